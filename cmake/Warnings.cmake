@@ -1,0 +1,10 @@
+# Every target of the project links this: the same warnings everywhere, all of them errors.
+add_library(korvel_warnings INTERFACE)
+target_compile_options(korvel_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+
+# Sanitizers must be the same in the plug-in and in every program that loads it.
+if(KORVEL_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
