@@ -1,0 +1,156 @@
+#include "platform/Xml.h"
+
+#include <pugixml.hpp>
+#include <utility>
+#include <vector>
+
+namespace KVXML {
+
+namespace {
+
+// Appends `text` with what would not read back as itself as references. In attributes that includes quotes and every
+// control character; in text, line feeds and tabs stand as they are.
+void AppendEscaped(std::string& out, const std::string& text, bool attribute) {
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '&')
+            out += "&amp;";
+        else if (c == '<')
+            out += "&lt;";
+        else if (c == '>')
+            out += "&gt;";
+        else if (c == '"' && attribute)
+            out += "&quot;";
+        else if (byte < 32 && (attribute || (c != '\n' && c != '\t')))
+            out.append("&#").append(std::to_string(byte)).append(";");
+        else
+            out += c;
+    }
+}
+
+class Node final : public kv::RefCounted<INode> {
+public:
+    Node(std::string name, std::string text) : m_name(std::move(name)), m_text(std::move(text)) {}
+
+    const std::string& GetName() const override { return m_name; }
+    void SetName(const std::string& name) override { m_name = name; }
+    const std::string& GetText() const override { return m_text; }
+    void SetText(const std::string& text) override { m_text = text; }
+
+    void SetAttribute(const std::string& name, const std::string& value) override {
+        for (auto& [key, old] : m_attributes) {
+            if (key == name) {
+                old = value;
+                return;
+            }
+        }
+        m_attributes.emplace_back(name, value);
+    }
+    void SetAttribute(const std::string& name, std::uint32_t value) override {
+        SetAttribute(name, std::to_string(value));
+    }
+    std::string GetAttribute(const std::string& name) const override {
+        for (const auto& [key, value] : m_attributes) {
+            if (key == name)
+                return value;
+        }
+        return "";
+    }
+    bool HasAttribute(const std::string& name) const override {
+        for (const auto& attribute : m_attributes) {
+            if (attribute.first == name)
+                return true;
+        }
+        return false;
+    }
+
+    void AppendChild(INode& child) override { m_children.push_back(kv::auto_com<INode>::retain(&child)); }
+    std::size_t GetChildCount() const override { return m_children.size(); }
+    INode& GetChild(std::size_t index) const override { return *m_children.at(index); }
+    INode* FindChild(const std::string& name) const override {
+        for (const auto& child : m_children) {
+            if (child->GetName() == name)
+                return child.get();
+        }
+        return nullptr;
+    }
+
+    std::string ToText() const override {
+        std::string out;
+        AppendText(out);
+        return out;
+    }
+    void AppendText(std::string& out) const override {
+        out.append("<").append(m_name);
+        for (const auto& [name, value] : m_attributes) {
+            out.append(" ").append(name).append("=\"");
+            AppendEscaped(out, value, true);
+            out += '"';
+        }
+        out += '>';
+        AppendEscaped(out, m_text, false);
+        for (const auto& child : m_children)
+            child->AppendText(out);
+        out.append("</").append(m_name).append(">");
+    }
+
+private:
+    std::string m_name;
+    std::string m_text;
+    std::vector<std::pair<std::string, std::string>> m_attributes;
+    std::vector<kv::auto_com<INode>> m_children;
+};
+
+class Document final : public kv::RefCounted<IDocument> {
+public:
+    explicit Document(kv::auto_com<INode> root) : m_root(std::move(root)) {}
+    kv::auto_com<INode> GetRoot() const override { return m_root; }
+
+private:
+    kv::auto_com<INode> m_root;
+};
+
+// Null when the element is nested deeper than `depthLeft`.
+kv::auto_com<INode> Build(const pugi::xml_node& element, std::size_t depthLeft) {
+    if (depthLeft == 0)
+        return nullptr;
+    std::string text;
+    auto node = CreateXmlNode(element.name());
+    for (const auto& attribute : element.attributes())
+        node->SetAttribute(attribute.name(), attribute.value());
+    for (const auto& child : element.children()) {
+        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
+            text += child.value();
+        } else if (child.type() == pugi::node_element) {
+            const auto built = Build(child, depthLeft - 1);
+            if (!built)
+                return nullptr;
+            node->AppendChild(*built);
+        }
+    }
+    node->SetText(text);
+    return node;
+}
+
+} // namespace
+
+kv::auto_com<INode> CreateXmlNode(const std::string& name, const std::string& text) {
+    return kv::auto_com<INode>::adopt(new Node(name, text));
+}
+
+kv::auto_com<IDocument> CreateXmlDocument(const std::string& text) {
+    if (text.size() > kMaxDocumentLength)
+        return nullptr;
+    pugi::xml_document parsed;
+    if (!parsed.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8))
+        return nullptr;
+    const auto element = parsed.document_element();
+    if (!element)
+        return nullptr;
+    auto root = Build(element, kMaxDocumentDepth);
+    if (!root)
+        return nullptr;
+    return kv::auto_com<IDocument>::adopt(new Document(std::move(root)));
+}
+
+} // namespace KVXML
