@@ -1,0 +1,112 @@
+// What each request does. Every request gets exactly one answer.
+#include <stdexcept>
+
+#include "audioserver/LineFormat.h"
+#include "audioserver/Log.h"
+#include "audioserver/MediaReference.h"
+#include "audioserver/Session.h"
+
+namespace korvel::audioserver {
+
+void Session::Dispatch(const Request& request) {
+    switch (request.command) {
+        case Command::kReset:
+            Send(Reset(request));
+            break;
+        case Command::kAddStream:
+        case Command::kAddAnnouncement:
+            Send(CreateStream(request));
+            break;
+        case Command::kRemoveStream:
+            Send(RemoveStream(request));
+            break;
+        default:
+            Send(WithStream(request));
+            break;
+    }
+}
+
+std::string Session::Reset(const Request& request) {
+    RemoveAllStreams();
+    return OkLine(request.sequence, CommandWord(request.command));
+}
+
+std::string Session::CreateStream(const Request& request) {
+    const std::string_view word = CommandWord(request.command);
+    if (m_streams.size() >= kMaxStreamsPerConnection) {
+        Log(m_name + " has too many streams");
+        return NoLine(request.sequence, word);
+    }
+    const StreamNumber number = m_context.numbers.Take();
+    try {
+        // The session outlives its streams, and a stream calls only from the loop.
+        m_streams[number] = Stream::Create(m_socket.get_executor(), number, m_context.inputs,
+                                           [this](std::string line) { Send(std::move(line)); });
+    } catch (const std::runtime_error& error) {
+        Log("no stream: " + std::string(error.what()));
+        m_streams.erase(number);
+        m_context.numbers.Release(number);
+        return NoLine(request.sequence, word);
+    }
+    Log("stream " + std::to_string(number) + ": created for " + m_name);
+    return CreatedLine(request.sequence, word, number);
+}
+
+std::string Session::RemoveStream(const Request& request) {
+    const std::string_view word = CommandWord(request.command);
+    if (m_streams.erase(request.stream) == 0) {
+        return NoLine(request.sequence, word, request.stream);
+    }
+    m_context.numbers.Release(request.stream);
+    Log("stream " + std::to_string(request.stream) + ": removed");
+    return OkLine(request.sequence, word, request.stream);
+}
+
+std::string Session::WithStream(const Request& request) {
+    const std::string_view word = CommandWord(request.command);
+    const auto stream = m_streams.find(request.stream);
+    if (stream == m_streams.end()) {
+        return NoLine(request.sequence, word, request.stream);
+    }
+    try {
+        return Apply(request, *stream->second) ? OkLine(request.sequence, word, request.stream)
+                                               : NoLine(request.sequence, word, request.stream);
+    } catch (const std::runtime_error& error) {
+        Log("stream " + std::to_string(request.stream) + ": " + error.what());
+        return NoLine(request.sequence, word, request.stream);
+    }
+}
+
+bool Session::Apply(const Request& request, Stream& stream) {
+    const std::string name = "stream " + std::to_string(request.stream) + ": ";
+    switch (request.command) {
+        case Command::kAddClient:
+            Log(name + "client " + request.client.ip + " port " + std::to_string(request.client.port));
+            return stream.AddClient(request.client);
+        case Command::kRemoveClient:
+            Log(name + "no client " + request.client.ip + " port " + std::to_string(request.client.port));
+            return stream.RemoveClient(request.client);
+        case Command::kAddMedia:
+            Log(name + "media " + OneLine(request.media));
+            stream.AddMedia(ParseMediaReference(request.media));
+            return true;
+        case Command::kSetState:
+            stream.SetState(request.state);
+            return true;
+        case Command::kRemoveMedia:
+        case Command::kEndOfStream:
+            stream.Unload();
+            return true;
+        default:
+            return false;
+    }
+}
+
+void Session::RemoveAllStreams() {
+    for (const auto& [number, stream] : m_streams) {
+        m_context.numbers.Release(number);
+    }
+    m_streams.clear();
+}
+
+} // namespace korvel::audioserver

@@ -1,0 +1,25 @@
+// What happens to the media of a stream.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace korvel::audioserver {
+
+struct MediaEvent {
+    enum class Kind {
+        kReady,   ///< the first sound is decoded
+        kDrained, ///< the last sound has been sent
+        kFailed,  ///< text is the reason
+        kTags,    ///< text is what the source says it plays
+        kStatus   ///< text is "buffering N%" or "playing"
+    };
+
+    Kind kind = Kind::kFailed;
+    std::string text;
+};
+
+/// Takes an event. Called from GStreamer's threads: an implementation only passes the event on.
+using MediaNotify = std::function<void(MediaEvent)>;
+
+} // namespace korvel::audioserver

@@ -1,0 +1,57 @@
+#include "audioserver/MediaReference.h"
+
+#include "audioserver/Protocol.h"
+
+namespace korvel::audioserver {
+namespace {
+
+MediaReference Bad(std::string_view reason) {
+    return {MediaReference::Kind::kBad, std::string(reason)};
+}
+
+bool IsWebAddress(std::string_view url) {
+    for (const std::string_view scheme : {"http://", "https://"}) {
+        if (url.starts_with(scheme) && url.size() > scheme.size()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// What follows "file:/".
+MediaReference FileReference(std::string_view target) {
+    if (target.starts_with(kWebReference)) {
+        target.remove_prefix(kWebReference.size());
+        return IsWebAddress(target) ? MediaReference{MediaReference::Kind::kWeb, std::string(target)}
+                                    : Bad("not an http address");
+    }
+    if (!target.starts_with('/')) {
+        return Bad("path is not absolute");
+    }
+    return {MediaReference::Kind::kFile, std::string(target)};
+}
+
+} // namespace
+
+MediaReference ParseMediaReference(std::string_view text) {
+    if (text.empty()) {
+        return Bad("empty reference");
+    }
+    if (text.front() != '"') {
+        return {MediaReference::Kind::kInput, std::string(text)};
+    }
+    const auto last = text.find_last_of('"');
+    if (last == 0) {
+        return Bad("unterminated reference");
+    }
+    const std::string_view reference = text.substr(1, last - 1);
+    if (reference.starts_with(kFileReference)) {
+        return FileReference(reference.substr(kFileReference.size()));
+    }
+    if (reference.starts_with(kCatalogueReference)) {
+        return Bad("no catalogue configured");
+    }
+    return Bad("unknown kind of reference");
+}
+
+} // namespace korvel::audioserver

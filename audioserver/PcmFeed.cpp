@@ -1,0 +1,95 @@
+#include "audioserver/PcmFeed.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace korvel::audioserver {
+namespace {
+
+/// A status line per this much of the reserve: enough to watch, too few to flood a connection.
+constexpr std::uint64_t kFillStepPercent = 25;
+
+} // namespace
+
+PcmFeed::PcmFeed(GstAppSink* sink, GstElement* queue, std::uint64_t fillMilliseconds, MediaNotify notify)
+    : m_sink(GST_ELEMENT(gst_object_ref(sink))),
+      m_queue(GST_ELEMENT(gst_object_ref(queue))),
+      m_adapter(gst_adapter_new()),
+      m_fillMilliseconds(fillMilliseconds),
+      m_notify(std::move(notify)),
+      m_filling(fillMilliseconds > 0) {}
+
+PcmFeed::~PcmFeed() {
+    g_object_unref(m_adapter);
+}
+
+PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
+    if (m_filling && !IsFilled()) {
+        return Result::kStarved;
+    }
+    Draw(packet.size());
+    std::size_t available = gst_adapter_available(m_adapter);
+    if (available < packet.size()) {
+        if (!gst_app_sink_is_eos(GST_APP_SINK(m_sink.get()))) {
+            m_filling = m_fillMilliseconds > 0;
+            return Result::kStarved;
+        }
+        // The end may have come together with a last buffer after the first look.
+        Draw(packet.size());
+        available = std::min<std::size_t>(gst_adapter_available(m_adapter), packet.size());
+        if (available == 0) {
+            return Result::kDrained;
+        }
+        std::fill(packet.begin(), packet.end(), std::uint8_t{0});
+    }
+    const std::size_t taken = std::min(available, packet.size());
+    gst_adapter_copy(m_adapter, packet.data(), 0, taken);
+    gst_adapter_flush(m_adapter, taken);
+    m_hadAudio = true;
+    return Result::kAudio;
+}
+
+void PcmFeed::ReportEnd() {
+    if (std::exchange(m_endReported, true)) {
+        return;
+    }
+    m_notify(m_hadAudio ? MediaEvent{MediaEvent::Kind::kDrained, {}}
+                        : MediaEvent{MediaEvent::Kind::kFailed, "no audio in it"});
+}
+
+bool PcmFeed::IsFilled() {
+    guint64 level = 0;
+    g_object_get(m_queue.get(), "current-level-time", &level, nullptr);
+    const std::uint64_t percent = level / (m_fillMilliseconds * (GST_MSECOND / 100));
+    if (percent < 100 && !gst_app_sink_is_eos(GST_APP_SINK(m_sink.get()))) {
+        ReportFill(percent);
+        return false;
+    }
+    m_filling = false;
+    m_reportedFill = 0;
+    m_notify({MediaEvent::Kind::kStatus, "playing"});
+    return true;
+}
+
+void PcmFeed::Draw(std::size_t wanted) {
+    while (gst_adapter_available(m_adapter) < wanted) {
+        const SamplePtr sample(gst_app_sink_try_pull_sample(GST_APP_SINK(m_sink.get()), 0));
+        if (!sample) {
+            return;
+        }
+        if (GstBuffer* buffer = gst_sample_get_buffer(sample.get())) {
+            gst_adapter_push(m_adapter, gst_buffer_ref(buffer));
+        }
+    }
+}
+
+void PcmFeed::ReportFill(std::uint64_t percent) {
+    const std::uint64_t step = percent / kFillStepPercent * kFillStepPercent;
+    if (step > m_reportedFill) {
+        m_reportedFill = step;
+        m_notify({MediaEvent::Kind::kStatus, "buffering " + std::to_string(step) + "%"});
+    }
+}
+
+} // namespace korvel::audioserver

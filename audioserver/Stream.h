@@ -1,0 +1,75 @@
+// One stream: its clients, its media and what it tells its owner.
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "audioserver/MediaEvent.h"
+#include "audioserver/MediaReference.h"
+#include "audioserver/MediaSource.h"
+#include "audioserver/Protocol.h"
+#include "audioserver/StreamOutput.h"
+
+namespace korvel::audioserver {
+
+using Inputs = std::map<std::string, std::string>;
+
+/// Lives on the loop. A new media replaces the one before at once; each media has a generation, and an event
+/// of an earlier generation is dropped, so nothing is ever reported about a media that is no longer loaded.
+///
+///     empty --AddMedia--> playing <--SetState play/pause--> paused
+///     playing, paused --AddMedia--> playing            (the new media)
+///     playing, paused --Unload, end, failure--> empty  (the stream and its clients stay)
+class Stream : public std::enable_shared_from_this<Stream> {
+public:
+    /// Takes the lines of events, on the loop and never from inside a call of this class.
+    using LineSink = std::function<void(std::string line)>;
+
+    /// @param inputs local inputs by name; must outlive the stream
+    /// @throws std::runtime_error when the output cannot be built
+    static std::shared_ptr<Stream> Create(boost::asio::any_io_executor executor, StreamNumber number,
+                                          const Inputs& inputs, LineSink sink);
+
+    /// Whether the client is in the stream now; false when it is full. Adding a client again changes nothing.
+    bool AddClient(const ClientAddress& client);
+
+    /// False when the client was not in the stream.
+    bool RemoveClient(const ClientAddress& client);
+
+    /// Starts a media. What is wrong with it is reported later as an event.
+    void AddMedia(const MediaReference& reference);
+
+    /// Ends the media without an event.
+    void Unload();
+
+    void SetState(PlayState state);
+
+private:
+    Stream(boost::asio::any_io_executor executor, StreamNumber number, const Inputs& inputs, LineSink sink);
+
+    void Start();
+    MediaNotify MakeNotify();
+    std::unique_ptr<MediaSource> OpenMedia(const MediaReference& reference, std::string& error);
+    void OnMediaEvent(std::uint64_t generation, MediaEvent& event);
+    void OnReady();
+    void Report(std::string_view prefix, const std::string& text, std::string& last);
+
+    boost::asio::any_io_executor m_executor;
+    StreamNumber m_number;
+    const Inputs& m_inputs;
+    LineSink m_sink;
+    std::unique_ptr<StreamOutput> m_output;
+    std::set<ClientAddress> m_clients;
+    std::unique_ptr<MediaSource> m_media;
+    MediaReference::Kind m_mediaKind = MediaReference::Kind::kBad;
+    std::uint64_t m_generation = 0;
+    std::string m_lastInfo;
+    std::string m_lastStatus;
+};
+
+} // namespace korvel::audioserver

@@ -1,0 +1,195 @@
+#include "audioserver/StreamOutput.h"
+
+#include <cstring>
+#include <span>
+#include <stdexcept>
+#include <utility>
+
+#include "audioserver/PcmFormat.h"
+
+namespace korvel::audioserver {
+namespace {
+
+constexpr GstClockTime kPacketDuration = kPacketMilliseconds * GST_MSECOND;
+/// Long enough that a gap between two songs is heard as silence and not as a lost sender.
+constexpr std::uint64_t kIdlePackets = 2000 / kPacketMilliseconds;
+
+using ErrorNotify = std::function<void(std::string)>;
+
+GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) {
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+        GError* error = nullptr;
+        gst_message_parse_error(message, &error, nullptr);
+        const GErrorPtr owner(error);
+        (*static_cast<const ErrorNotify*>(notifyPointer))(error != nullptr ? error->message
+                                                                           : "output failed");
+    }
+    gst_message_unref(message);
+    return GST_BUS_DROP;
+}
+
+void DeleteNotify(gpointer notify) {
+    delete static_cast<ErrorNotify*>(notify);
+}
+
+constexpr const char* kPipeline =
+    "rtpbin name=rtp "
+    "appsrc name=source ! rtpL16pay name=pay ! rtp.send_rtp_sink_0 "
+    "rtp.send_rtp_src_0 ! multiudpsink name=rtpsink "
+    "rtp.send_rtcp_src_0 ! multiudpsink name=rtcpsink sync=false async=false";
+
+} // namespace
+
+StreamOutput::StreamOutput(ErrorNotify onError) {
+    BuildPipeline();
+    const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
+    gst_bus_set_sync_handler(bus.get(), OnMessage, new ErrorNotify(std::move(onError)), DeleteNotify);
+    if (gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
+        gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
+        throw std::runtime_error("the output cannot be started");
+    }
+}
+
+StreamOutput::~StreamOutput() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stopping = true;
+    }
+    m_wake.notify_all();
+    gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
+    const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
+    gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
+}
+
+void StreamOutput::BuildPipeline() {
+    GError* failure = nullptr;
+    GstElement* pipeline = gst_parse_launch(kPipeline, &failure);
+    const GErrorPtr owner(failure);
+    if (pipeline != nullptr) {
+        m_pipeline.reset(GST_ELEMENT(gst_object_ref_sink(pipeline)));
+    }
+    if (failure != nullptr || pipeline == nullptr) {
+        throw std::runtime_error(failure != nullptr ? failure->message : "no output");
+    }
+    const auto part = [this](const char* name) {
+        // The pipeline keeps its children alive, so the looked-up reference is given back at once.
+        return ElementPtr(gst_bin_get_by_name(GST_BIN(m_pipeline.get()), name)).get();
+    };
+    m_source = part("source");
+    m_rtpSink = part("rtpsink");
+    m_rtcpSink = part("rtcpsink");
+
+    const CapsPtr caps(gst_caps_from_string(kPcmCaps));
+    g_object_set(m_source, "caps", caps.get(), "format", GST_FORMAT_TIME, "is-live", TRUE, "do-timestamp",
+                 FALSE, nullptr);
+    const auto packetDuration = static_cast<gint64>(kPacketDuration);
+    // Timestamps follow the clock and not the count of samples: after a rest they must have moved on.
+    g_object_set(part("pay"), "min-ptime", packetDuration, "max-ptime", packetDuration, "perfect-rtptime",
+                 FALSE, nullptr);
+    GstAppSrcCallbacks callbacks{};
+    callbacks.need_data = OnNeedData;
+    gst_app_src_set_callbacks(GST_APP_SRC(m_source), &callbacks, this, nullptr);
+}
+
+void StreamOutput::AddClient(const ClientAddress& client) {
+    const gint port = client.port;
+    g_signal_emit_by_name(m_rtpSink, "add", client.ip.c_str(), port, nullptr);
+    g_signal_emit_by_name(m_rtcpSink, "add", client.ip.c_str(), port + kRtcpPortOffset, nullptr);
+}
+
+void StreamOutput::RemoveClient(const ClientAddress& client) {
+    const gint port = client.port;
+    g_signal_emit_by_name(m_rtpSink, "remove", client.ip.c_str(), port, nullptr);
+    g_signal_emit_by_name(m_rtcpSink, "remove", client.ip.c_str(), port + kRtcpPortOffset, nullptr);
+}
+
+void StreamOutput::SetFeed(std::shared_ptr<PcmFeed> feed) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_feed.swap(feed);
+        m_paused = false;
+    }
+    m_wake.notify_all();
+}
+
+void StreamOutput::SetPaused(bool paused) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_paused = paused;
+    }
+    m_wake.notify_all();
+}
+
+void StreamOutput::OnNeedData(GstAppSrc*, guint, gpointer self) {
+    static_cast<StreamOutput*>(self)->SendPacket();
+}
+
+void StreamOutput::SendPacket() {
+    RestWhileIdle();
+    BufferPtr buffer(gst_buffer_new_allocate(nullptr, kPacketBytes, nullptr));
+    GstMapInfo map;
+    if (!buffer || gst_buffer_map(buffer.get(), &map, GST_MAP_WRITE) == FALSE) {
+        return;
+    }
+    const bool audible = FillPacket(map.data);
+    gst_buffer_unmap(buffer.get(), &map);
+    m_silentPackets = audible ? 0 : m_silentPackets + 1;
+    GST_BUFFER_PTS(buffer.get()) = m_packet * kPacketDuration;
+    GST_BUFFER_DURATION(buffer.get()) = kPacketDuration;
+    if (std::exchange(m_resumed, false)) {
+        GST_BUFFER_FLAG_SET(buffer.get(), GST_BUFFER_FLAG_DISCONT);
+    }
+    ++m_packet;
+    gst_app_src_push_buffer(GST_APP_SRC(m_source), buffer.release());
+}
+
+/// Fills one packet with sound or silence; returns whether it is sound. The sink has let go of the packet
+/// before, so an end found here is an end that was sent.
+bool StreamOutput::FillPacket(std::uint8_t* data) {
+    std::shared_ptr<PcmFeed> feed;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_paused) {
+            feed = m_feed;
+        }
+    }
+    PcmFeed::Result result = PcmFeed::Result::kStarved;
+    if (feed) {
+        result = feed->Read(std::span(data, kPacketBytes));
+    }
+    if (result == PcmFeed::Result::kAudio) {
+        return true;
+    }
+    std::memset(data, 0, kPacketBytes);
+    if (result == PcmFeed::Result::kDrained) {
+        feed->ReportEnd();
+    }
+    return false;
+}
+
+void StreamOutput::RestWhileIdle() {
+    if (m_silentPackets < kIdlePackets) {
+        return;
+    }
+    std::unique_lock lock(m_mutex);
+    const auto hasWork = [this] { return m_stopping || (m_feed && !m_paused); };
+    if (hasWork()) {
+        return;
+    }
+    m_wake.wait(lock, hasWork);
+    m_packet = PacketsUntilNow();
+    m_silentPackets = 0;
+    m_resumed = true;
+}
+
+/// The first packet that is not late.
+std::uint64_t StreamOutput::PacketsUntilNow() const {
+    const ClockPtr clock(gst_element_get_clock(m_pipeline.get()));
+    if (!clock) {
+        return m_packet;
+    }
+    const GstClockTime now = gst_clock_get_time(clock.get()) - gst_element_get_base_time(m_pipeline.get());
+    return std::max(m_packet, now / kPacketDuration + 1);
+}
+
+} // namespace korvel::audioserver
