@@ -1,0 +1,80 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace korvel::media {
+
+// A folder of music and the storage device that its songs belong to.
+struct ScanFolder {
+    std::string path;
+    std::uint32_t deviceId = 0;
+};
+
+enum class ScanPhase {
+    Listing,   // looking for files
+    Reading,   // reading tags of new and changed files
+    Finished,  // over: the database is up to date
+    Cancelled, // over: what was read so far is stored, nothing was removed
+    Failed     // over: `message` says why
+};
+
+// How far a scan has come.
+struct ScanProgress {
+    ScanPhase phase = ScanPhase::Listing;
+    std::uint32_t filesSeen = 0; // music files found
+    std::uint32_t filesDone = 0; // of those, dealt with
+    std::uint32_t added = 0;
+    std::uint32_t changed = 0;
+    std::uint32_t removed = 0;
+    std::uint32_t broken = 0;  // not playable: no song
+    std::uint32_t skipped = 0; // names that cannot be used, folders that cannot be read
+    std::string currentPath;   // UTF-8, for display
+    std::string message;       // a line for the log, else ""
+};
+
+// Keeps the songs of a media database in step with folders of music files (MP3, FLAC, Ogg Vorbis, Opus, M4A,
+// WAV).
+//
+// A scan runs on a thread of the scanner's own, over a database connection of its own. Files whose size and
+// time have not changed are not read again; a song keeps its id as long as its file keeps its path. A file
+// without audio is no song; one that was a song before keeps its record until it is readable again or gone.
+// The songs of a folder that cannot be read, or that is empty as a whole (a disk that is not mounted), are
+// kept.
+class MediaScanner {
+public:
+    // Called on the scanner's thread: at each change of phase, with each message, and at most
+    // kReportsPerSecond times a second in between. Must not throw, nor call Start() or destroy the scanner.
+    using Callback = std::function<void(const ScanProgress&)>;
+    static constexpr int kReportsPerSecond = 10;
+    // Further files of a scan, and folders nested deeper, are left out with a message.
+    static constexpr std::uint32_t kMaxFiles = 500000;
+    static constexpr int kMaxFolderDepth = 64;
+
+    // `databasePath` must be a file: the scanner opens it a second time.
+    MediaScanner(std::string databasePath, Callback callback);
+    // Cancels and waits for the file that is being read.
+    ~MediaScanner();
+    MediaScanner(const MediaScanner&) = delete;
+    MediaScanner& operator=(const MediaScanner&) = delete;
+
+    // Starts a scan of all folders of the house: songs of earlier scans that are in none of them are removed.
+    // False when a scan is running.
+    bool Start(std::vector<ScanFolder> folders);
+    // Ends a running scan soon; does not wait.
+    void Cancel();
+    bool IsRunning() const { return m_running; }
+
+private:
+    std::string m_databasePath;
+    Callback m_callback;
+    std::atomic<bool> m_running = false;
+    std::jthread m_worker;
+};
+
+} // namespace korvel::media
