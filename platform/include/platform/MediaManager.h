@@ -38,7 +38,7 @@ public:
     //   "BROADCAST_AUDIO": an element "station" with the values "name", "genre", "img"
     //   "ALBUM": as GetAlbumInfo
     //   "PLAYLIST": an element "playlist" with the value "title" and a child "songs" with a child "song" per
-    //   item that has the value "id": the song's id, or else the item's id in its outside catalogue
+    //   item that has the value "id": the song's id, or 0 for an item that is no song of the database
     virtual kv::auto_com<KVXML::INode> GetMediaRecord(std::uint32_t mediaId, const std::string& category) = 0;
     // The records of a category that belong to a device (0 stands for all; broadcasts belong to every
     // device), by ascending id: an element "list" with a child per record, named "song", "station", "album"

@@ -101,11 +101,12 @@ public:
     // Stores the songs in one transaction, each in the album of its title and group, and returns their ids.
     std::vector<std::uint32_t> PutScannedSongs(const std::vector<ScannedSong>& songs);
     void MoveSongToDevice(std::uint32_t id, std::uint32_t deviceId);
-    void SetSongImage(std::uint32_t id, const std::string& image);
-    // Remembers a file as broken, or forgets it for an id-less stamp of size 0.
+    // Whether the song has the picture "cover/<id>".
+    void SetSongHasImage(std::uint32_t id, bool hasImage);
     void PutBrokenFile(const FileStamp& file);
+    void ForgetBrokenFile(const std::string& location);
     void RemoveSongs(const std::vector<std::uint32_t>& ids);
-    // Drops the albums that no song is left in and names the artists of the others.
+    // Drops the albums of scans that no song is left in and names the artists of all others.
     void RefreshAlbums();
 
     // IMediaManager.
