@@ -77,18 +77,15 @@ std::vector<FileStamp> MediaDatabase::ListBrokenFiles() {
     return files;
 }
 
-std::vector<std::uint32_t> MediaDatabase::PutScannedSongs(const std::vector<ScannedSong>& songs) {
-    std::vector<std::uint32_t> ids;
+std::uint32_t MediaDatabase::PutScannedSong(const ScannedSong& scanned) {
+    std::uint32_t id = 0;
     InTransaction([&] {
-        for (const ScannedSong& scanned : songs) {
-            const std::uint32_t id = PutSong(scanned.song);
-            JoinAlbum(*m_connection, id, AlbumOf(*m_connection, scanned));
-            SetSongHasImage(id, scanned.hasImage);
-            ForgetBrokenFile(scanned.song.location);
-            ids.push_back(id);
-        }
+        id = PutSong(scanned.song);
+        JoinAlbum(*m_connection, id, AlbumOf(*m_connection, scanned));
+        SetSongHasImage(id, scanned.hasImage);
+        ForgetBrokenFile(scanned.song.location);
     });
-    return ids;
+    return id;
 }
 
 void MediaDatabase::MoveSongToDevice(std::uint32_t id, std::uint32_t deviceId) {
@@ -110,13 +107,6 @@ void MediaDatabase::PutBrokenFile(const FileStamp& file) {
 
 void MediaDatabase::ForgetBrokenFile(const std::string& location) {
     m_connection->Prepare("DELETE FROM broken_files WHERE location = ?").Bind(location).Run();
-}
-
-void MediaDatabase::RemoveSongs(const std::vector<std::uint32_t>& ids) {
-    InTransaction([&] {
-        for (const std::uint32_t id : ids)
-            RemoveSong(id);
-    });
 }
 
 void MediaDatabase::RefreshAlbums() {

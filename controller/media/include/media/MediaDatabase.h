@@ -98,14 +98,13 @@ public:
     // For the scanner. The stamps of all songs that scans have found and of all files that they found broken.
     std::vector<FileStamp> ListScannedFiles();
     std::vector<FileStamp> ListBrokenFiles();
-    // Stores the songs in one transaction, each in the album of its title and group, and returns their ids.
-    std::vector<std::uint32_t> PutScannedSongs(const std::vector<ScannedSong>& songs);
+    // Stores the song, in the album of its title and group, and returns its id.
+    std::uint32_t PutScannedSong(const ScannedSong& scanned);
     void MoveSongToDevice(std::uint32_t id, std::uint32_t deviceId);
     // Whether the song has the picture "cover/<id>".
     void SetSongHasImage(std::uint32_t id, bool hasImage);
     void PutBrokenFile(const FileStamp& file);
     void ForgetBrokenFile(const std::string& location);
-    void RemoveSongs(const std::vector<std::uint32_t>& ids);
     // Drops the albums of scans that no song is left in and names the artists of all others.
     void RefreshAlbums();
 

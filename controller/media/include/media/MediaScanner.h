@@ -52,9 +52,11 @@ public:
     // kReportsPerSecond times a second in between. Must not throw, nor call Start() or destroy the scanner.
     using Callback = std::function<void(const ScanProgress&)>;
     static constexpr int kReportsPerSecond = 10;
-    // Further files of a scan, and folders nested deeper, are left out with a message.
+    // Further files of a scan, and folders nested deeper, are left out with a message; further messages are
+    // dropped.
     static constexpr std::uint32_t kMaxFiles = 500000;
     static constexpr int kMaxFolderDepth = 64;
+    static constexpr std::uint32_t kMaxMessages = 200;
 
     // `databasePath` must be a file: the scanner opens it a second time.
     MediaScanner(std::string databasePath, Callback callback);

@@ -1,0 +1,73 @@
+// Finds the music files below folders.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <set>
+#include <stop_token>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "media/MediaScanner.h"
+
+namespace korvel::media {
+
+struct FoundFile {
+    std::string location;
+    std::uint32_t deviceId = 0;
+    std::uint64_t fileSize = 0;
+    std::int64_t fileTimeNs = 0;
+    bool folderHasPicture = false;
+};
+
+// Walks folders one after the other. Every folder is entered once, by its real path before any symbolic link
+// to it, so that links in a circle end and a link beside a folder does not double its songs.
+class FolderWalk {
+public:
+    // `found` is told the path of every file found, `skipped` the reason for everything left out.
+    FolderWalk(std::stop_token stop, std::function<void(const std::string&)> found,
+               std::function<void(const std::string&)> skipped);
+
+    void Walk(const ScanFolder& folder);
+
+    const std::vector<FoundFile>& GetFiles() const { return m_files; }
+    // Whether nothing can be said about the path: it is, or is below, a place that could not be looked into.
+    bool IsUnknown(const std::string& location) const;
+
+private:
+    using FileIdentity = std::pair<std::uint64_t, std::uint64_t>; // file system, number
+
+    struct Names {
+        std::vector<std::string> files;
+        std::vector<std::string> folders;
+        std::vector<std::string> links;
+        bool hasPicture = false;
+    };
+
+    void Enter(const std::string& path, int depth);
+    bool ListNames(const std::string& path, Names& names);
+    void SortOut(const std::string& folder, const std::string& name, Names& names);
+    void AddFile(const std::string& path, bool isLink, bool folderHasPicture);
+    void FollowLink(const std::string& path, int depth, bool folderHasPicture);
+    void GiveUp(const std::string& path, const std::string& why);
+
+    struct Link {
+        std::string path;
+        int depth;
+        bool folderHasPicture;
+    };
+
+    std::stop_token m_stop;
+    std::function<void(const std::string&)> m_found;
+    std::function<void(const std::string&)> m_skipped;
+    std::uint32_t m_deviceId = 0;
+    std::vector<FoundFile> m_files;
+    std::vector<std::string> m_unknown;
+    std::vector<Link> m_links; // to be followed when the real folders are done
+    std::set<FileIdentity> m_seenFolders;
+    std::set<FileIdentity> m_seenFiles;
+    bool m_full = false;
+};
+
+} // namespace korvel::media

@@ -1,0 +1,191 @@
+#include "ScanRun.h"
+
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "TagReader.h"
+#include "media/Utf8.h"
+
+namespace korvel::media {
+
+namespace {
+
+// Tags are read before the transaction begins and few changes make one: whoever else writes hardly waits.
+constexpr std::size_t kWritesPerTransaction = 100;
+constexpr std::chrono::milliseconds kReportInterval{1000 / MediaScanner::kReportsPerSecond};
+constexpr std::size_t kMaxMessageLength = 5000;
+
+bool IsUnchanged(const FileStamp& stamp, const FoundFile& file) {
+    return stamp.fileSize == file.fileSize && stamp.fileTimeNs == file.fileTimeNs;
+}
+
+const FileStamp* Find(const std::unordered_map<std::string, FileStamp>& stamps, const std::string& location) {
+    const auto found = stamps.find(location);
+    return found == stamps.end() ? nullptr : &found->second;
+}
+
+} // namespace
+
+ScanRun::ScanRun(MediaDatabase& database, MediaScanner::Callback callback, std::stop_token stop)
+    : m_database(database),
+      m_callback(std::move(callback)),
+      m_stop(stop),
+      m_walk(
+          stop,
+          [this](const std::string& path) {
+              ++m_progress.filesSeen;
+              ReportNowAndThen(path);
+          },
+          [this](const std::string& why) {
+              ++m_progress.skipped;
+              Say(why);
+          }) {}
+
+ScanProgress ScanRun::Run(const std::vector<ScanFolder>& folders) {
+    EnterPhase(ScanPhase::Listing);
+    LoadStamps();
+    List(folders);
+    EnterPhase(ScanPhase::Reading);
+    ReadFiles();
+    if (!m_stop.stop_requested())
+        RemoveGone();
+    FlushWrites();
+    m_database.RefreshAlbums();
+    m_progress.phase = m_stop.stop_requested() ? ScanPhase::Cancelled : ScanPhase::Finished;
+    m_progress.currentPath.clear();
+    return m_progress;
+}
+
+void ScanRun::LoadStamps() {
+    for (FileStamp& stamp : m_database.ListScannedFiles())
+        m_songs.emplace(stamp.location, stamp);
+    for (FileStamp& stamp : m_database.ListBrokenFiles())
+        m_broken.emplace(stamp.location, stamp);
+}
+
+void ScanRun::List(const std::vector<ScanFolder>& folders) {
+    for (const ScanFolder& folder : folders) {
+        if (m_stop.stop_requested())
+            return;
+        m_walk.Walk(folder);
+    }
+}
+
+void ScanRun::ReadFiles() {
+    for (const FoundFile& file : m_walk.GetFiles()) {
+        if (m_stop.stop_requested())
+            return;
+        ReportNowAndThen(file.location);
+        ReadFile(file);
+        ++m_progress.filesDone;
+    }
+}
+
+void ScanRun::ReadFile(const FoundFile& file) {
+    const FileStamp* known = Find(m_songs, file.location);
+    if (known && IsUnchanged(*known, file))
+        return KeepSong(*known, file);
+    const FileStamp* broken = Find(m_broken, file.location);
+    if (broken && IsUnchanged(*broken, file))
+        return NoteBroken(file, false);
+    ReadSong(file, known);
+}
+
+void ScanRun::KeepSong(const FileStamp& known, const FoundFile& file) {
+    const std::uint32_t id = known.songId;
+    if (known.deviceId != file.deviceId)
+        Write([this, id, device = file.deviceId] { m_database.MoveSongToDevice(id, device); });
+    if (!known.hasImage && file.folderHasPicture)
+        Write([this, id] { m_database.SetSongHasImage(id, true); });
+}
+
+void ScanRun::ReadSong(const FoundFile& file, const FileStamp* known) {
+    ScannedSong scanned;
+    scanned.song.id = known ? known->songId : 0;
+    scanned.song.deviceId = file.deviceId;
+    scanned.song.fileSize = file.fileSize;
+    scanned.song.fileTimeNs = file.fileTimeNs;
+    scanned.hasImage = file.folderHasPicture;
+    const TagOutcome outcome = ReadTags(file.location, scanned);
+    if (outcome != TagOutcome::Song) {
+        // A song that turned broken may be in the middle of being copied anew: it is looked at again next
+        // time.
+        NoteBroken(file, outcome == TagOutcome::NoAudio && !known);
+        return;
+    }
+    ++(known ? m_progress.changed : m_progress.added);
+    Write([this, scanned = std::move(scanned)] { m_database.PutScannedSong(scanned); });
+}
+
+void ScanRun::NoteBroken(const FoundFile& file, bool remember) {
+    ++m_progress.broken;
+    Say("Cannot play " + file.location + ": no audio can be read from it");
+    if (!remember)
+        return;
+    FileStamp stamp;
+    stamp.location = file.location;
+    stamp.fileSize = file.fileSize;
+    stamp.fileTimeNs = file.fileTimeNs;
+    Write([this, stamp = std::move(stamp)] { m_database.PutBrokenFile(stamp); });
+}
+
+void ScanRun::RemoveGone() {
+    std::unordered_set<std::string_view> present;
+    for (const FoundFile& file : m_walk.GetFiles())
+        present.insert(file.location);
+    for (const auto& [location, stamp] : m_songs) {
+        if (present.contains(location) || m_walk.IsUnknown(location))
+            continue;
+        ++m_progress.removed;
+        Write([this, id = stamp.songId] { m_database.RemoveSong(id); });
+    }
+    for (const auto& [location, stamp] : m_broken) {
+        if (!present.contains(location) && !m_walk.IsUnknown(location))
+            Write([this, location = location] { m_database.ForgetBrokenFile(location); });
+    }
+}
+
+void ScanRun::Write(std::function<void()> change) {
+    m_writes.push_back(std::move(change));
+    if (m_writes.size() >= kWritesPerTransaction)
+        FlushWrites();
+}
+
+void ScanRun::FlushWrites() {
+    if (m_writes.empty())
+        return;
+    m_database.InTransaction([&] {
+        for (const auto& change : m_writes)
+            change();
+    });
+    m_writes.clear();
+}
+
+void ScanRun::EnterPhase(ScanPhase phase) {
+    m_progress.phase = phase;
+    m_progress.currentPath.clear();
+    m_lastReport = std::chrono::steady_clock::now();
+    m_callback(m_progress);
+}
+
+void ScanRun::ReportNowAndThen(const std::string& path) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - m_lastReport < kReportInterval)
+        return;
+    m_lastReport = now;
+    m_progress.currentPath = CleanText(path);
+    m_callback(m_progress);
+}
+
+void ScanRun::Say(const std::string& message) {
+    if (m_messages == MediaScanner::kMaxMessages)
+        return;
+    ++m_messages;
+    ScanProgress report = m_progress;
+    report.message = m_messages < MediaScanner::kMaxMessages ? CleanText(message, kMaxMessageLength)
+                                                             : "Further messages of this scan are left out";
+    m_callback(report);
+}
+
+} // namespace korvel::media
