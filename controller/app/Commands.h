@@ -1,0 +1,42 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "bindings/ServerBindings.h"
+#include "host/DriverHost.h"
+#include "persistence/StateKeeper.h"
+#include "rooms/RoomRouter.h"
+
+namespace korvel::controller {
+
+// Commands and requests from outside on their way to the driver. Both operations throw Refused: for a name
+// that the driver does not know, while no audio server can play (the driver would make a queue that nobody
+// answers for), and for a command that fills the queue of a room that is not there.
+class Commands {
+public:
+    struct Parts {
+        DriverPort& driver;
+        const DriverHost& host;
+        const ServerBindings& bindings;
+        RoomRouter& router;
+        const RoomTable& rooms;
+        StateKeeper& state;
+    };
+
+    explicit Commands(const Parts& parts) : m_parts(parts) {}
+
+    // The text that the command returned. What the command leads to (a room that is routed) is done when
+    // whatever the caller posts to the loop next runs.
+    std::string Execute(const ICmdMessage& command);
+    // The element that the request is answered with; null when there is none.
+    kv::auto_com<KVXML::INode> Request(const ICmdMessage& request);
+
+private:
+    void RequireReady() const;
+    std::uint32_t RequireRoom(const ICmdMessage& command) const;
+
+    Parts m_parts;
+};
+
+} // namespace korvel::controller

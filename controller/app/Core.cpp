@@ -1,0 +1,100 @@
+#include "app/Core.h"
+
+#include <nlohmann/json.hpp>
+
+#include "host/Ids.h"
+
+namespace korvel::controller {
+
+Core::Core(asio::io_context& loop, const Config& config, const Log& log)
+    : m_config(config),
+      m_log(log),
+      m_folder(config.stateFolder),
+      m_system(log),
+      m_timers(loop),
+      m_driver(log),
+      m_rooms(config.rooms),
+      m_variables(m_events),
+      m_devices(m_rooms, m_events, log),
+      m_library(loop, config.stateFolder, config.musicFolders, m_events, log),
+      m_helper(m_rooms, m_library.StorageDevices()),
+      m_host({m_variables, m_timers, m_devices, m_helper, m_driver, m_events, log, &m_library.Database()}),
+      m_bindings({loop, m_driver, m_system, m_events, log}, config.servers),
+      m_router({loop, m_driver, m_rooms, m_events, log, [this] { return m_bindings.WhyNotReady(); },
+                [this] { return m_bindings.ActiveBinding(); }}),
+      m_stateFile(config.stateFolder + "/driver-state.xml", log),
+      m_state(loop, m_driver, m_stateFile),
+      m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_state}),
+      m_stringX(CreateStandardStringX()),
+      m_message(CreateStandardKVMessage()) {
+    m_devices.SetRoomListener(
+        [this](Room& room, const ICmdMessage& message) { m_router.OnMessage(room, message); });
+    m_host.SetBindingOffered([this](std::uint32_t id) { m_bindings.OnBindingOffered(id); });
+    m_host.SetStateInvalid([this] { m_state.SaveSoon(); });
+    m_bindings.SetServerLost([this](std::uint32_t binding) { m_router.OnServerLost(binding); });
+    OfferServices();
+    m_plugin = std::make_unique<Plugin>(config.plugin, m_instances);
+    const auto settings = KVXML::CreateXmlNode("config");
+    const auto persist = m_stateFile.Load();
+    m_plugin->Initialize(kDriverDeviceId, *settings, persist.get());
+    m_driver.Attach(m_plugin->GetDriver());
+}
+
+Core::~Core() {
+    Stop();
+}
+
+void Core::OfferServices() {
+    m_instances.Offer<kv::ISystem>(m_system);
+    m_instances.Offer<IDriverHost>(m_host);
+    m_instances.Offer<ITimerManager>(m_timers);
+    m_instances.Offer<IDeviceMessaging>(m_devices);
+    m_instances.Offer<IUINotifier>(m_devices);
+    m_instances.Offer<IRoomService>(m_devices);
+    m_instances.Offer<IBindMessageSender>(m_bindings);
+    m_instances.Offer<IVariableService>(m_variables);
+    m_instances.Offer<IMediaManager>(m_library.Database());
+    m_instances.Offer<IStringX>(*m_stringX);
+    m_instances.Offer<IKVMessage>(*m_message);
+}
+
+void Core::Start() {
+    m_bindings.Start();
+    m_library.StartScan();
+}
+
+void Core::Stop() {
+    if (!m_plugin)
+        return;
+    m_library.CancelScan();
+    m_state.SaveNow();
+    m_bindings.Stop();
+    m_driver.Detach();
+    m_plugin.reset();
+    m_timers.CancelAll();
+}
+
+nlohmann::json Core::Status() const {
+    const std::string why = m_bindings.WhyNotReady();
+    return {{"version", kVersion},
+            {"ready", why.empty()},
+            {"notReadyBecause", why},
+            {"servers", m_bindings.ToJson()},
+            {"scan", m_library.ScanStatus()}};
+}
+
+nlohmann::json Core::Snapshot() const {
+    return {{"type", "snapshot"},
+            {"status", Status()},
+            {"rooms", RoomsToJson(m_rooms)},
+            {"variables", m_variables.ToJson()}};
+}
+
+nlohmann::json RoomsToJson(const RoomTable& rooms) {
+    nlohmann::json list = nlohmann::json::array();
+    for (const Room& room : rooms.All())
+        list.push_back(ToJson(room));
+    return list;
+}
+
+} // namespace korvel::controller

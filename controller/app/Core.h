@@ -1,0 +1,79 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "app/Commands.h"
+#include "app/Library.h"
+#include "app/StateFolder.h"
+#include "host/Instances.h"
+#include "host/RealSystem.h"
+#include "loader/Plugin.h"
+#include "platform/Utilities.h"
+
+namespace korvel::controller {
+
+inline constexpr const char* kVersion = KORVEL_VERSION;
+
+// A controller core around one driver: makes all services, loads the driver, connects the audio servers.
+// Everything runs on the loop given to it, which is the driver's thread; the loop must not run handlers any
+// more when the core is destroyed.
+class Core {
+public:
+    // Throws std::exception with one clear line when the configuration, the state folder or the plug-in does
+    // not serve.
+    Core(asio::io_context& loop, const Config& config, const Log& log);
+    ~Core();
+    Core(const Core&) = delete;
+    Core& operator=(const Core&) = delete;
+
+    // Connects the audio servers and starts a scan of the music folders.
+    void Start();
+    // Saves the driver's state, closes the connections and destroys the driver. Nothing happens the second
+    // time.
+    void Stop();
+
+    Commands& GetCommands() { return m_commands; }
+    RoomRouter& GetRouter() { return m_router; }
+    RoomTable& GetRooms() { return m_rooms; }
+    VariableStore& GetVariables() { return m_variables; }
+    ServerBindings& GetBindings() { return m_bindings; }
+    Library& GetLibrary() { return m_library; }
+    EventBus& GetEvents() { return m_events; }
+
+    // {"version","ready","notReadyBecause","servers","scan"}
+    nlohmann::json Status() const;
+    // The event that a new listener begins with: {"type":"snapshot","status","rooms","variables"}.
+    nlohmann::json Snapshot() const;
+
+private:
+    void OfferServices();
+
+    const Config m_config;
+    const Log& m_log;
+    StateFolder m_folder;
+    EventBus m_events;
+    RealSystem m_system;
+    TimerService m_timers;
+    DriverPort m_driver;
+    RoomTable m_rooms;
+    VariableStore m_variables;
+    DeviceMessaging m_devices;
+    Library m_library;
+    DriverHelper m_helper;
+    DriverHost m_host;
+    ServerBindings m_bindings;
+    RoomRouter m_router;
+    StateFile m_stateFile;
+    StateKeeper m_state;
+    Commands m_commands;
+    kv::auto_com<IStringX> m_stringX;
+    kv::auto_com<IKVMessage> m_message;
+    Instances m_instances;
+    std::unique_ptr<Plugin> m_plugin;
+};
+
+// [{"id","name",...}, ...]
+nlohmann::json RoomsToJson(const RoomTable& rooms);
+
+} // namespace korvel::controller

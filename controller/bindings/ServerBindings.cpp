@@ -1,0 +1,127 @@
+#include "bindings/ServerBindings.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "host/Ids.h"
+
+namespace korvel::controller {
+
+ServerBindings::ServerBindings(const Parts& parts, const std::vector<ServerConfig>& servers, BackOff backOff)
+    : m_parts(parts), m_offered{kFirstServerBinding} {
+    for (const ServerConfig& server : servers)
+        m_links.push_back(std::make_shared<ServerLink>(m_parts.loop, server, static_cast<Listener&>(*this),
+                                                       m_parts.log, backOff));
+}
+
+ServerBindings::~ServerBindings() {
+    Stop();
+}
+
+void ServerBindings::OnBindingOffered(std::uint32_t bindingId) {
+    m_offered.insert(bindingId);
+    // The driver is inside the call that offers it.
+    if (m_running) {
+        asio::post(m_parts.loop, [this] {
+            if (m_running)
+                BindOffered();
+        });
+    }
+}
+
+void ServerBindings::Start() {
+    m_running = true;
+    BindOffered();
+}
+
+void ServerBindings::Stop() {
+    m_running = false;
+    for (const auto& link : m_links)
+        link->Stop();
+}
+
+void ServerBindings::BindOffered() {
+    // Each binding that is taken makes the driver offer another.
+    while (m_bound < m_links.size()) {
+        const std::uint32_t bindingId = kFirstServerBinding + static_cast<std::uint32_t>(m_bound);
+        if (!m_offered.contains(bindingId))
+            return;
+        ServerLink& link = *m_links[m_bound++];
+        m_parts.driver.BindingChanged(bindingId);
+        link.Start();
+    }
+}
+
+std::string ServerBindings::WhyNotReady() const {
+    if (std::ranges::none_of(m_links, [](const auto& link) { return link->IsConnected(); }))
+        return "no audio server is connected";
+    const ServerLink* active = LinkOf(m_active);
+    if (!active || !active->IsConnected())
+        return "the audio server of this machine is not connected";
+    return "";
+}
+
+std::uint32_t ServerBindings::BindingOf(const ServerLink& link) const {
+    const auto found = std::ranges::find_if(m_links, [&](const auto& each) { return each.get() == &link; });
+    return kFirstServerBinding + static_cast<std::uint32_t>(found - m_links.begin());
+}
+
+ServerLink* ServerBindings::LinkOf(std::uint32_t bindingId) const {
+    if (bindingId < kFirstServerBinding || bindingId - kFirstServerBinding >= m_links.size())
+        return nullptr;
+    return m_links[bindingId - kFirstServerBinding].get();
+}
+
+void ServerBindings::OnConnected(ServerLink& link, const std::string& address) {
+    const std::uint32_t bindingId = BindingOf(link);
+    if (m_parts.system.IsLocalIPv4(address))
+        m_active = bindingId;
+    PublishServer(link);
+    m_parts.driver.BoundCall(bindingId, "SERVER_ONLINE", address);
+}
+
+void ServerBindings::OnLine(ServerLink& link, const std::string& line) {
+    m_parts.log.Debug("from " + link.GetName() + ": " + line);
+    m_parts.driver.BoundCall(BindingOf(link), "DATA_RECEIVED", line);
+}
+
+void ServerBindings::OnLost(ServerLink& link) {
+    const std::uint32_t bindingId = BindingOf(link);
+    m_parts.driver.BoundCall(bindingId, "SERVER_OFFLINE", "");
+    PublishServer(link);
+    if (m_lost)
+        m_lost(bindingId);
+}
+
+void ServerBindings::SendBindMessage(std::uint32_t, std::uint32_t bindingId,
+                                     const IOutboundBindMessage& message) {
+    ServerLink* link = LinkOf(bindingId);
+    if (!link || message.GetName() != "SEND") {
+        m_parts.log.Warning("dropped a message " + message.GetName() + " to binding " +
+                            std::to_string(bindingId));
+        return;
+    }
+    link->Send(message.GetData());
+}
+
+nlohmann::json ServerBindings::ToJson(std::size_t index) const {
+    const ServerLink& link = *m_links[index];
+    const std::uint32_t bindingId = kFirstServerBinding + static_cast<std::uint32_t>(index);
+    return {{"binding", bindingId},     {"host", link.GetConfig().host},   {"port", link.GetConfig().port},
+            {"bound", index < m_bound}, {"connected", link.IsConnected()}, {"active", bindingId == m_active}};
+}
+
+nlohmann::json ServerBindings::ToJson() const {
+    nlohmann::json list = nlohmann::json::array();
+    for (std::size_t i = 0; i < m_links.size(); ++i)
+        list.push_back(ToJson(i));
+    return list;
+}
+
+void ServerBindings::PublishServer(const ServerLink& link) {
+    nlohmann::json event = ToJson(BindingOf(link) - kFirstServerBinding);
+    event["type"] = "server";
+    m_parts.events.Publish(event);
+}
+
+} // namespace korvel::controller

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/Log.h"
+#include "platform/IDriver.h"
+
+namespace korvel::controller {
+
+// The one way into the driver. Entries come from handlers of the loop, never from within a service that the
+// driver is calling: whoever has something to tell the driver then posts it. An entry that comes all the same
+// is logged and dropped, and so is every entry while no driver is attached.
+class DriverPort {
+public:
+    explicit DriverPort(const Log& log) : m_log(log) {}
+
+    // The driver stays owned by the caller and attached until Detach().
+    void Attach(IDriver& driver) { m_driver = &driver; }
+    void Detach() { m_driver = nullptr; }
+
+    void BindingChanged(std::uint32_t bindingId);
+    // The bound call `name` with `data` over an audio server's binding.
+    void BoundCall(std::uint32_t bindingId, const std::string& name, const std::string& data);
+    void Execute(const ICmdMessage& command, ICmdReturn& answer);
+    kv::auto_com<KVXML::INode> Request(const ICmdMessage& request);
+    void Select(const AVParams& params, const AVLocationInfo& location);
+    void Deselect(std::uint32_t roomId);
+    void RoomOff(std::uint32_t roomId);
+    void TimerExpired(std::uint32_t timerId);
+    kv::auto_com<KVXML::INode> PersistState();
+
+private:
+    template <class Body>
+    void Enter(const char* entry, Body&& body);
+
+    const Log& m_log;
+    IDriver* m_driver = nullptr;
+    bool m_inside = false;
+};
+
+} // namespace korvel::controller

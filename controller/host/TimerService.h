@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <unordered_map>
+
+#include "net/Asio.h"
+#include "platform/TimerManager.h"
+
+namespace korvel::controller {
+
+// Timers on the driver's loop. The timers of drivers (IDriverHost::AddTimer) count in the same sequence of
+// ids.
+class TimerService final : public ITimerManager {
+public:
+    static constexpr std::uint32_t kForever = 0; // as a count: until cancelled
+
+    explicit TimerService(asio::io_context& loop) : m_loop(loop) {}
+
+    std::uint32_t StartTimer(std::uint32_t milliseconds, std::uint32_t count,
+                             ITimerManagerCallback* callback) override;
+    void CancelTimer(std::uint32_t timerId) override { m_timers.erase(timerId); }
+    void RemoveCallback(ITimerManagerCallback* callback) override;
+
+    // Starts a timer that calls `expired` with its id on the loop; kForever repeats it until it is cancelled.
+    std::uint32_t Start(std::uint32_t milliseconds, std::uint32_t count,
+                        std::function<void(std::uint32_t)> expired);
+    void CancelAll() { m_timers.clear(); }
+    std::size_t Running() const { return m_timers.size(); }
+
+private:
+    struct Timer {
+        Timer(asio::io_context& loop, std::uint32_t length, std::uint32_t left)
+            : clock(loop), interval(length), remaining(left) {}
+
+        asio::steady_timer clock;
+        std::chrono::milliseconds interval;
+        std::uint32_t remaining; // expiries to come, or kForever
+        ITimerManagerCallback* owner = nullptr;
+        std::function<void(std::uint32_t)> expired;
+    };
+
+    void Arm(std::uint32_t id, Timer& timer);
+    void OnClock(std::uint32_t id);
+
+    asio::io_context& m_loop;
+    // An expiry that is on its way finds its timer gone from here once it was cancelled.
+    std::unordered_map<std::uint32_t, std::unique_ptr<Timer>> m_timers;
+    std::uint32_t m_lastId = 0;
+};
+
+} // namespace korvel::controller

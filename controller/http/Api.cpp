@@ -1,0 +1,192 @@
+#include "http/Api.h"
+
+#include <algorithm>
+#include <array>
+#include <nlohmann/json.hpp>
+
+#include "host/Refused.h"
+
+namespace korvel::controller {
+namespace {
+
+using nlohmann::json;
+using Why = Refused::Why;
+
+constexpr std::size_t kMaxParameters = 100;
+constexpr std::size_t kMaxParameterName = 100;
+
+unsigned StatusOf(Why why) {
+    switch (why) {
+        case Why::Invalid:
+            return 400;
+        case Why::NotFound:
+            return 404;
+        case Why::Conflict:
+            return 409;
+        case Why::Unavailable:
+            return 503;
+    }
+    return 500;
+}
+
+// An object; an empty body is an empty one.
+json ParseBody(const HttpRequest& request) {
+    if (request.body.empty())
+        return json::object();
+    json body = json::parse(request.body, nullptr, false);
+    if (!body.is_object())
+        throw Refused(Why::Invalid, "the body must be a JSON object");
+    return body;
+}
+
+std::uint32_t NumberIn(const json& body, const char* name) {
+    const json& value = body.at(name);
+    if (!value.is_number_unsigned() || value.get<std::uint64_t>() > 2147483647)
+        throw Refused(Why::Invalid, std::string("\"") + name + "\" must be a whole number");
+    return value.get<std::uint32_t>();
+}
+
+void AddParameter(ICmdMessage& message, const std::string& name, const json& value) {
+    if (name.empty() || name.size() > kMaxParameterName)
+        throw Refused(Why::Invalid, "a parameter's name must have 1 to 100 characters");
+    if (value.is_string())
+        message.AddParam(name, "STRING", value.get<std::string>());
+    else if (value.is_number_integer())
+        message.AddParam(name, "INT", value.dump());
+    else
+        throw Refused(Why::Invalid, "parameter " + name + " must be a text or a whole number");
+}
+
+kv::auto_com<ICmdMessage> MessageOf(const json& body) {
+    if (!body.contains("name") || !body["name"].is_string())
+        throw Refused(Why::Invalid, "\"name\" must be a text");
+    for (const auto& [key, value] : body.items()) {
+        if (key != "name" && key != "parameters")
+            throw Refused(Why::Invalid, "unknown member \"" + key + "\"");
+    }
+    auto message = kv::CreateCmdMessage(body["name"].get<std::string>());
+    const auto parameters = body.find("parameters");
+    if (parameters == body.end())
+        return message;
+    if (!parameters->is_object() || parameters->size() > kMaxParameters)
+        throw Refused(Why::Invalid, "\"parameters\" must be an object with at most 100 members");
+    for (const auto& [name, value] : parameters->items())
+        AddParameter(*message, name, value);
+    return message;
+}
+
+HttpReply MethodReply(const std::string& allow) {
+    HttpReply reply = ErrorReply(405, "use " + allow);
+    reply.allow = allow;
+    return reply;
+}
+
+bool IsPostPath(const std::vector<std::string>& path) {
+    static constexpr std::array<std::string_view, 3> kActions = {"select", "deselect", "off"};
+    if (path.size() == 2)
+        return path[1] == "command" || path[1] == "request";
+    if (path.size() == 3)
+        return path[1] == "library" && path[2] == "scan";
+    return path.size() == 4 && path[1] == "rooms" && std::ranges::find(kActions, path[3]) != kActions.end();
+}
+
+} // namespace
+
+void Api::Handle(const HttpRequest& request, const Done& done) {
+    std::function<json()> later;
+    HttpReply reply;
+    try {
+        const auto target = ParseTarget(request.target);
+        if (!target)
+            reply = ErrorReply(400, "the address is badly encoded");
+        else if (!target->path.empty() && target->path[0] == "api" && IsPostPath(target->path))
+            reply = request.method == "POST" ? Post(*target, request, later) : MethodReply("POST");
+        else
+            reply = request.method == "GET" ? Get(*target) : MethodReply("GET");
+    } catch (const Refused& refused) {
+        reply = ErrorReply(StatusOf(refused.GetWhy()), refused.what());
+    } catch (const std::exception& error) {
+        reply = ErrorReply(500, error.what());
+    }
+    if (!later || reply.status != 200) {
+        done(std::move(reply));
+        return;
+    }
+    // Rooms follow a command after the driver's call, by handlers that wait on the loop already.
+    asio::post(m_loop, [done, later = std::move(later)] { done(JsonReply(later())); });
+}
+
+HttpReply Api::Get(const Target& target) {
+    const auto& path = target.path;
+    if (path.empty() || path[0] != "api") {
+        if (!m_webFolder.empty())
+            return ServeFile(m_webFolder, target);
+        if (path.empty())
+            return {200, "text/plain; charset=utf-8",
+                    "This is the Korvel controller. Its interface is under /api.\n", ""};
+        return ErrorReply(404, "there is nothing here");
+    }
+    if (path.size() >= 2 && path[1] == "library")
+        return BrowseLibrary(m_core.GetLibrary().Database(), target);
+    if (path.size() == 2 && path[1] == "variables")
+        return JsonReply(m_core.GetVariables().ToJson());
+    if (path.size() == 2 && path[1] == "rooms")
+        return JsonReply(RoomsToJson(m_core.GetRooms()));
+    if (path.size() == 2 && path[1] == "status")
+        return JsonReply(m_core.Status());
+    if (path.size() == 2 && path[1] == "events")
+        return ErrorReply(400, "/api/events is a WebSocket");
+    return ErrorReply(404, "there is no such address");
+}
+
+HttpReply Api::Post(const Target& target, const HttpRequest& request, std::function<json()>& later) {
+    if (!request.body.empty() && request.contentType.rfind("application/json", 0) != 0)
+        return ErrorReply(415, "the body must be application/json");
+    const json body = ParseBody(request);
+    if (target.path[1] == "command")
+        return RunCommand(body, later);
+    if (target.path[1] == "request")
+        return RunRequest(body);
+    if (target.path[1] == "rooms")
+        return ChangeRoom(target, body, later);
+    if (!m_core.GetLibrary().StartScan())
+        throw Refused(Why::Conflict, "a scan is running already");
+    return JsonReply({{"started", true}}, 202);
+}
+
+HttpReply Api::RunCommand(const json& body, std::function<json()>& later) {
+    const auto message = MessageOf(body);
+    later = [answer = m_core.GetCommands().Execute(*message)] { return json{{"return", answer}}; };
+    return {};
+}
+
+HttpReply Api::RunRequest(const json& body) {
+    const auto reply = m_core.GetCommands().Request(*MessageOf(body));
+    return JsonReply({{"reply", reply ? json(reply->ToText()) : json(nullptr)}});
+}
+
+HttpReply Api::ChangeRoom(const Target& target, const json& body, std::function<json()>& later) {
+    const auto id = ParseNumber(target.path[2]);
+    if (!id || !m_core.GetRooms().Find(*id))
+        throw Refused(Why::NotFound, "there is no room " + target.path[2]);
+    const std::string& action = target.path[3];
+    for (const auto& [key, value] : body.items()) {
+        if (action != "select" || (key != "queue" && key != "join"))
+            throw Refused(Why::Invalid, "unknown member \"" + key + "\"");
+    }
+    RoomRouter& router = m_core.GetRouter();
+    if (action == "deselect")
+        router.Deselect(*id);
+    else if (action == "off")
+        router.TurnOff(*id);
+    else if (body.size() == 2)
+        throw Refused(Why::Invalid, "give a queue or a room to join, not both");
+    else if (body.contains("join"))
+        router.Join(*id, NumberIn(body, "join"));
+    else
+        router.Select(*id, body.contains("queue") ? NumberIn(body, "queue") : 0);
+    later = [this, room = *id] { return ToJson(*m_core.GetRooms().Find(room)); };
+    return {};
+}
+
+} // namespace korvel::controller

@@ -1,0 +1,123 @@
+#include "http/Message.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <nlohmann/json.hpp>
+
+#include "host/EventBus.h"
+
+namespace korvel::controller {
+namespace {
+
+bool EqualIgnoringCase(std::string_view a, std::string_view b) {
+    return std::ranges::equal(
+        a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+std::optional<std::string> Decode(std::string_view text, bool plusIsBlank) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '+' && plusIsBlank) {
+            out.push_back(' ');
+        } else if (text[i] == '%') {
+            unsigned value = 0;
+            const char* first = text.data() + i + 1;
+            if (i + 2 >= text.size() || std::from_chars(first, first + 2, value, 16).ptr != first + 2 ||
+                value == 0)
+                return std::nullopt;
+            out.push_back(static_cast<char>(value));
+            i += 2;
+        } else {
+            out.push_back(text[i]);
+        }
+    }
+    return out;
+}
+
+bool ParsePath(std::string_view text, Target& target) {
+    while (!text.empty()) {
+        text.remove_prefix(1); // the slash
+        const std::size_t end = std::min(text.find('/'), text.size());
+        auto segment = Decode(text.substr(0, end), false);
+        if (!segment)
+            return false;
+        text.remove_prefix(end);
+        if (!segment->empty() || !text.empty())
+            target.path.push_back(std::move(*segment));
+    }
+    return true;
+}
+
+bool ParseQuery(std::string_view text, Target& target) {
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('&'), text.size());
+        const std::string_view pair = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        const std::size_t equals = std::min(pair.find('='), pair.size());
+        auto name = Decode(pair.substr(0, equals), true);
+        auto value = Decode(pair.substr(std::min(equals + 1, pair.size())), true);
+        if (!name || !value)
+            return false;
+        target.query[std::move(*name)] = std::move(*value);
+    }
+    return true;
+}
+
+} // namespace
+
+HttpReply JsonReply(const nlohmann::json& value, unsigned status) {
+    return {status, "application/json", JsonText(value), ""};
+}
+
+HttpReply ErrorReply(unsigned status, const std::string& text) {
+    return JsonReply({{"error", text}}, status);
+}
+
+std::optional<std::uint32_t> ParseNumber(std::string_view text) {
+    std::uint32_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (text.empty() || error != std::errc() || end != text.data() + text.size() || value > 2147483647)
+        return std::nullopt;
+    return value;
+}
+
+std::optional<std::uint32_t> Target::Number(const std::string& name, std::uint32_t fallback) const {
+    const auto found = query.find(name);
+    return found == query.end() ? std::optional(fallback) : ParseNumber(found->second);
+}
+
+std::string Target::Text(const std::string& name) const {
+    const auto found = query.find(name);
+    return found == query.end() ? "" : found->second;
+}
+
+std::optional<Target> ParseTarget(std::string_view text) {
+    if (text.empty() || text.front() != '/')
+        return std::nullopt;
+    Target target;
+    text = text.substr(0, text.find('#'));
+    const std::size_t mark = std::min(text.find('?'), text.size());
+    if (!ParsePath(text.substr(0, mark), target))
+        return std::nullopt;
+    if (!ParseQuery(text.substr(std::min(mark + 1, text.size())), target))
+        return std::nullopt;
+    return target;
+}
+
+bool IsOwnHost(std::string_view host, std::string_view address) {
+    const std::size_t colon = std::min(host.find(':'), host.size());
+    const std::string_view port = host.substr(std::min(colon + 1, host.size()));
+    if (colon != host.size() && !ParseNumber(port))
+        return false;
+    const std::string_view name = host.substr(0, colon);
+    return EqualIgnoringCase(name, "localhost") || name == "127.0.0.1" || name == address;
+}
+
+bool IsOwnOrigin(std::string_view origin, std::string_view host) {
+    static constexpr std::string_view kScheme = "http://";
+    return origin.empty() || (origin.substr(0, kScheme.size()) == kScheme &&
+                              EqualIgnoringCase(origin.substr(kScheme.size()), host));
+}
+
+} // namespace korvel::controller

@@ -1,0 +1,20 @@
+#include "persistence/StateKeeper.h"
+
+namespace korvel::controller {
+
+void StateKeeper::SaveSoon() {
+    if (m_planned)
+        return;
+    m_planned = true;
+    asio::post(m_loop, [this] {
+        m_planned = false;
+        SaveNow();
+    });
+}
+
+void StateKeeper::SaveNow() {
+    if (const auto state = m_driver.PersistState())
+        m_file.Save(*state);
+}
+
+} // namespace korvel::controller

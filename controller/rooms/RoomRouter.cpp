@@ -1,0 +1,164 @@
+#include "rooms/RoomRouter.h"
+
+#include <algorithm>
+#include <array>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "host/Ids.h"
+#include "host/Refused.h"
+#include "platform/Text.h"
+#include "platform/XmlHelper.h"
+
+namespace korvel::controller {
+
+bool IsMediaCommand(const std::string& name) {
+    static constexpr std::array<std::string_view, 9> kNames = {
+        "ADD_SONG",      "ADD_SONG_LIST", "ADD_ALBUM_MP3", "ADD_ALBUM_LIST", "QUEUE_ALL", "ADD_PLAYLIST",
+        "ADD_IR_STREAM", "PLAY",          "JOIN"};
+    return std::ranges::find(kNames, name) != kNames.end();
+}
+
+std::uint32_t QueueIdOf(const std::string& answer) {
+    static constexpr std::string_view kTag = "<queueid>";
+    return answer.rfind(kTag, 0) == 0 ? kv::ToULong(std::string_view(answer).substr(kTag.size())) : 0;
+}
+
+void RoomRouter::OnMessage(Room& room, const ICmdMessage& message) {
+    const std::uint32_t roomId = room.config.id;
+    if (message.GetName() == "UPDATE_MEDIA_INFO") {
+        room.mediaInfo = message.GetParam("MEDIA_INFO");
+    } else if (message.GetName() == "DESELECT_AUDIO_PATH") {
+        asio::post(m_parts.loop, [this, roomId] { Deselect(roomId); });
+    } else if (message.GetName() == "SELECT_AUDIO_DEVICE") {
+        if (message.GetNumber("deviceid") == kDriverDeviceId)
+            asio::post(m_parts.loop, [this, roomId, queueId = message.GetNumber("queueid")] {
+                TrySelect(roomId, queueId);
+            });
+    }
+}
+
+void RoomRouter::OnServerLost(std::uint32_t bindingId) {
+    for (Room& room : m_parts.rooms.All()) {
+        if (room.IsRouted() && room.bindingId == bindingId)
+            SetQueue(room, 0);
+    }
+}
+
+void RoomRouter::RouteSoon(std::uint32_t roomId, std::uint32_t queueId) {
+    asio::post(m_parts.loop, [this, roomId, queueId] {
+        const Room* room = m_parts.rooms.Find(roomId);
+        const std::uint32_t wanted = queueId != 0 ? queueId : QueueOfRoom(roomId);
+        if (room && wanted != 0 && room->queueId != wanted)
+            TrySelect(roomId, wanted);
+    });
+}
+
+void RoomRouter::TrySelect(std::uint32_t roomId, std::uint32_t queueId) {
+    try {
+        Select(roomId, queueId);
+    } catch (const Refused& refused) {
+        m_parts.log.Warning("room " + std::to_string(roomId) + " not routed: " + refused.what());
+    }
+}
+
+void RoomRouter::Select(std::uint32_t roomId, std::uint32_t queueId) {
+    Room& room = Require(roomId);
+    RequireReady();
+    const std::uint32_t wanted = queueId != 0 ? queueId : QueueOfRoom(roomId);
+    if (wanted == 0)
+        throw Refused(Refused::Why::Conflict,
+                      room.config.name + " has no queue: add music to it, or join a room");
+    CallSelected(room, wanted);
+    // What the room hears now is the driver's decision: an empty queue, say, is not kept.
+    SetQueue(room, QueueOfRoom(roomId));
+    if (room.queueId != wanted)
+        throw Refused(Refused::Why::Conflict,
+                      room.config.name + " was not taken into queue " + std::to_string(wanted));
+}
+
+void RoomRouter::CallSelected(Room& room, std::uint32_t queueId) {
+    AVParams params;
+    params.roomId = room.config.id;
+    params.queueId = queueId;
+    params.mediaKind = "QUEUE";
+    params.sourceDeviceId = kDriverDeviceId;
+    AVLocationInfo location;
+    location.endpointAddress = room.config.address;
+    location.endpointPort = room.config.port;
+    location.endpointChannel = room.config.channel;
+    location.targetDeviceId = room.config.id;
+    m_parts.driver.Select(params, location);
+}
+
+void RoomRouter::Deselect(std::uint32_t roomId) {
+    Room& room = Require(roomId);
+    m_parts.driver.Deselect(roomId);
+    SetQueue(room, 0);
+}
+
+void RoomRouter::TurnOff(std::uint32_t roomId) {
+    Room& room = Require(roomId);
+    m_parts.driver.RoomOff(roomId);
+    SetQueue(room, 0);
+}
+
+void RoomRouter::Join(std::uint32_t roomId, std::uint32_t other) {
+    Room& room = Require(roomId);
+    Room& host = Require(other);
+    RequireReady();
+    if (roomId == other)
+        throw Refused(Refused::Why::Invalid, "a room cannot join itself");
+    if (QueueOfRoom(other) == 0)
+        throw Refused(Refused::Why::Conflict,
+                      host.config.name + " plays nothing that " + room.config.name + " could join");
+    // The driver takes the room out of its own queue and then asks it, through a message, to select the other
+    // one.
+    const auto command = kv::CreateCmdMessage("ADD_ROOMS_TO_SESSION");
+    command->AddParam("ROOM_ID", "INT", std::to_string(other));
+    command->AddParam("ROOM_ID_LIST", "STRING", std::to_string(roomId));
+    CR_String answer;
+    m_parts.driver.Execute(*command, answer);
+}
+
+std::uint32_t RoomRouter::QueueOfRoom(std::uint32_t roomId) {
+    const auto request = kv::CreateCmdMessage("GET_QUEUE_INFO");
+    request->AddParam("ROOM_ID", "INT", std::to_string(roomId));
+    const auto info = m_parts.driver.Request(*request);
+    std::uint32_t queueId = 0;
+    if (info)
+        XmlHelper::fromXml(*info, "id", queueId);
+    return queueId;
+}
+
+Room& RoomRouter::Require(std::uint32_t roomId) {
+    Room* room = m_parts.rooms.Find(roomId);
+    if (!room)
+        throw Refused(Refused::Why::NotFound, "there is no room " + std::to_string(roomId));
+    return *room;
+}
+
+void RoomRouter::RequireReady() const {
+    if (const std::string why = m_parts.whyNotReady(); !why.empty())
+        throw Refused(Refused::Why::Unavailable, why);
+}
+
+void RoomRouter::SetQueue(Room& room, std::uint32_t queueId) {
+    const bool changed = room.queueId != queueId;
+    room.queueId = queueId;
+    room.bindingId = queueId != 0 ? m_parts.activeBinding() : 0;
+    if (queueId == 0)
+        room.mediaInfo.clear();
+    if (changed)
+        PublishRoom(room);
+}
+
+void RoomRouter::PublishRoom(const Room& room) {
+    m_parts.log.Info(room.config.name + (room.IsRouted() ? " hears queue " + std::to_string(room.queueId)
+                                                         : std::string(" hears nothing")));
+    nlohmann::json event = ToJson(room);
+    event["type"] = "room";
+    m_parts.events.Publish(event);
+}
+
+} // namespace korvel::controller
