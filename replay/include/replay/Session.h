@@ -24,7 +24,7 @@
 namespace korvel::replay {
 
 // More expiries than these in one step of time are a timer that starts itself for ever.
-inline constexpr std::size_t kMaxExpiries = 1000000;
+inline constexpr std::size_t kMaxExpiries = 500000;
 
 class Session {
 public:
