@@ -2,7 +2,9 @@
 
 #include <utility>
 
-void CmdDispatcher::RegisterCmd(const std::string& name, Handler handler) { m_handlers[name] = std::move(handler); }
+void CmdDispatcher::RegisterCmd(const std::string& name, Handler handler) {
+    m_handlers[name] = std::move(handler);
+}
 
 bool CmdDispatcher::Dispatch(const ICmdMessage& message, ICmdReturn* ret) const {
     const auto found = m_handlers.find(message.GetName());

@@ -10,15 +10,21 @@ namespace {
 ISystem* g_system = nullptr;
 }
 
-void InstallSystem(ISystem* system) { g_system = system; }
+void InstallSystem(ISystem* system) {
+    g_system = system;
+}
 
 void UninstallSystem(ISystem* system) {
     if (g_system == system)
         g_system = nullptr;
 }
 
-std::uint32_t Time() { return g_system ? g_system->Time() : 0; }
-std::int32_t Random() { return g_system ? g_system->Random() : 0; }
+std::uint32_t Time() {
+    return g_system ? g_system->Time() : 0;
+}
+std::int32_t Random() {
+    return g_system ? g_system->Random() : 0;
+}
 
 void SeedRandom(std::uint32_t seed) {
     if (g_system)
@@ -51,7 +57,9 @@ int KernelX::gettime(timespec* now) {
     return 0;
 }
 
-std::uint32_t KernelX::GetSystemType() { return kv::g_system ? kv::g_system->SystemType() : 0; }
+std::uint32_t KernelX::GetSystemType() {
+    return kv::g_system ? kv::g_system->SystemType() : 0;
+}
 
 bool NetworkInterfaces::isLocalIPv4(const std::string& address) {
     return kv::g_system && kv::g_system->IsLocalIPv4(address);

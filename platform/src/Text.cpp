@@ -6,7 +6,9 @@ namespace kv {
 
 namespace {
 
-bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool IsSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
 
 } // namespace
 
@@ -29,9 +31,13 @@ std::int32_t ToLong(std::string_view text) {
     return static_cast<std::int32_t>(negative ? -value : value);
 }
 
-std::uint32_t ToULong(std::string_view text) { return static_cast<std::uint32_t>(ToLong(text)); }
+std::uint32_t ToULong(std::string_view text) {
+    return static_cast<std::uint32_t>(ToLong(text));
+}
 
-std::string ToString(bool value) { return value ? TRUE_STRING : FALSE_STRING; }
+std::string ToString(bool value) {
+    return value ? TRUE_STRING : FALSE_STRING;
+}
 
 std::string base64EncodeString(std::string_view text) {
     static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";

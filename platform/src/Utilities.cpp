@@ -33,10 +33,16 @@ kv::auto_com<Interface> Share(IInstanceManager& instances) {
 
 } // namespace
 
-kv::auto_com<IStringX> CreateStandardStringX() { return kv::auto_com<IStringX>::adopt(new StandardStringX); }
+kv::auto_com<IStringX> CreateStandardStringX() {
+    return kv::auto_com<IStringX>::adopt(new StandardStringX);
+}
 kv::auto_com<IKVMessage> CreateStandardKVMessage() {
     return kv::auto_com<IKVMessage>::adopt(new StandardKVMessage);
 }
 
-kv::auto_com<IStringX> StringX::Create(IInstanceManager& instances) { return Share<IStringX>(instances); }
-kv::auto_com<IKVMessage> KVMessage::Create(IInstanceManager& instances) { return Share<IKVMessage>(instances); }
+kv::auto_com<IStringX> StringX::Create(IInstanceManager& instances) {
+    return Share<IStringX>(instances);
+}
+kv::auto_com<IKVMessage> KVMessage::Create(IInstanceManager& instances) {
+    return Share<IKVMessage>(instances);
+}

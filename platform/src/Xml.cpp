@@ -8,8 +8,8 @@ namespace KVXML {
 
 namespace {
 
-// Appends `text` with what would not read back as itself as references. In attributes that includes quotes and every
-// control character; in text, line feeds and tabs stand as they are.
+// Appends `text` with what would not read back as itself as references. In attributes that includes quotes
+// and every control character; in text, line feeds and tabs stand as they are.
 void AppendEscaped(std::string& out, const std::string& text, bool attribute) {
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);

@@ -24,7 +24,9 @@ void XmlHelper::toXml(const std::string& value, INode& parent, const std::string
     AddChild(parent, tag, value);
 }
 
-void XmlHelper::toXml(const char* value, INode& parent, const std::string& tag) { AddChild(parent, tag, value); }
+void XmlHelper::toXml(const char* value, INode& parent, const std::string& tag) {
+    AddChild(parent, tag, value);
+}
 
 bool XmlHelper::fromXml(const INode& parent, const std::string& tag, std::uint32_t& value) {
     const INode* child = parent.FindChild(tag);

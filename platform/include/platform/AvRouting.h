@@ -28,11 +28,11 @@ struct AVLocationInfo {
     std::string endpointAddress; // IP address of the room's audio endpoint
     std::uint32_t endpointPort = 0;
     std::uint32_t endpointChannel = 0;
-    std::string inputName;                // a local input; empty for library media
-    std::vector<std::uint32_t> mediaIds;  // media to queue
-    std::uint32_t targetDeviceId = 0;     // is sent "MEDIA_SELECTED"
-    std::string locationKind;             // "GENERIC_MEDIA" bypasses all queue handling
-    std::string location;                 // filled by OnAVAddLocationInfo: where the media is
+    std::string inputName;               // a local input; empty for library media
+    std::vector<std::uint32_t> mediaIds; // media to queue
+    std::uint32_t targetDeviceId = 0;    // is sent "MEDIA_SELECTED"
+    std::string locationKind;            // "GENERIC_MEDIA" bypasses all queue handling
+    std::string location;                // filled by OnAVAddLocationInfo: where the media is
 };
 
 // A driver's private addition to a location; this driver makes none.

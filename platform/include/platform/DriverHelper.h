@@ -5,8 +5,8 @@
 
 #include "platform/CmdMessage.h"
 
-// Makes messages for a driver. Implemented by the core, obtained from KVBaseDriver::GetHelper(), lives as long as the
-// driver.
+// Makes messages for a driver. Implemented by the core, obtained from KVBaseDriver::GetHelper(), lives as
+// long as the driver.
 class IDriverHelper {
 public:
     // A command or event of that name without parameters. Null when the core cannot make one.
@@ -22,8 +22,8 @@ class IDriverHelperV2 : public IDriverHelper {
 public:
     // The driver's own device id.
     virtual std::uint32_t GetDeviceId() = 0;
-    // The interface `interfaceId` of a device or room, owned by it and valid during the present call only; null when
-    // it has none.
+    // The interface `interfaceId` of a device or room, owned by it and valid during the present call only;
+    // null when it has none.
     virtual void* GetDeviceInterface(std::uint32_t deviceId, const std::string& interfaceId) = 0;
 
 protected:

@@ -9,8 +9,8 @@ namespace kv {
 // Logs that `entry` ended with an exception. Never throws.
 void RecordEntryFailure(const char* entry, const char* what) noexcept;
 
-// Runs `body` and returns its result. When it throws, the failure is recorded under the entry's name and `neutral`
-// is returned: the state stays as it was at the throw and the rest of the entry is dropped.
+// Runs `body` and returns its result. When it throws, the failure is recorded under the entry's name and
+// `neutral` is returned: the state stays as it was at the throw and the rest of the entry is dropped.
 template <class Result, class Body>
 Result GuardEntry(const char* entry, Result neutral, Body&& body) noexcept {
     try {

@@ -12,8 +12,8 @@
 // The code of a binding's type, as drivers pass it to AddDynamicBinding.
 using BindingType = std::uint32_t;
 
-// What a core calls on a driver. All calls come on the driver thread, one at a time, except that the core may call in
-// again while the driver is inside a call to a service. No exception leaves any of them.
+// What a core calls on a driver. All calls come on the driver thread, one at a time, except that the core may
+// call in again while the driver is inside a call to a service. No exception leaves any of them.
 class IDriver {
 public:
     virtual ~IDriver() = default;
@@ -33,13 +33,15 @@ public:
     virtual void OnAVDeselected(const AVParams& params, const AV_Class& output, const AV_Class& input) = 0;
     virtual void OnAVAddLocationInfo(const AVParams& params, const AV_Class& output, const AV_Class& input,
                                      AVLocationInfo& location, AVDriverLocationInfo** driverLocation) = 0;
-    virtual bool IsAVOutputToInputValid(const AVParams& params, const AV_Class& output, const AV_Class& input) = 0;
+    virtual bool IsAVOutputToInputValid(const AVParams& params, const AV_Class& output,
+                                        const AV_Class& input) = 0;
 
     // The element to persist; the core hands it back to Initialize at the next start.
     virtual kv::auto_com<KVXML::INode> GetPersistState(std::uint32_t) = 0;
-    // 0 when the command was run or deliberately ignored, negative for an unknown one. `source` is the device or
-    // binding that sent it.
-    virtual std::int32_t ExecuteCommand(const ICmdMessage& message, ICmdReturn* ret, std::uint32_t source) = 0;
+    // 0 when the command was run or deliberately ignored, negative for an unknown one. `source` is the device
+    // or binding that sent it.
+    virtual std::int32_t ExecuteCommand(const ICmdMessage& message, ICmdReturn* ret,
+                                        std::uint32_t source) = 0;
     virtual bool TestCondition(const ICondMessage& condition, std::uint32_t* value) = 0;
     virtual kv::auto_com<KVXML::INode> UIRequest(const ICmdMessage& message) = 0;
 
@@ -55,8 +57,9 @@ public:
     virtual void OnTimerExpired(std::uint32_t timerId, std::int32_t) = 0;
 };
 
-// What a plug-in's exported, extern "C" function GetCreationFunc returns. The driver that a CreationFunc makes belongs
-// to the core, which deletes it; a second call with the same instance manager while it lives yields the same driver.
+// What a plug-in's exported, extern "C" function GetCreationFunc returns. The driver that a CreationFunc
+// makes belongs to the core, which deletes it; a second call with the same instance manager while it lives
+// yields the same driver.
 using CreationFunc = IDriver* (*)(IInstanceManager&);
 using GetCreationFuncType = CreationFunc (*)();
 inline constexpr const char* kGetCreationFuncName = "GetCreationFunc";

@@ -17,22 +17,23 @@ inline constexpr std::uint32_t kTimerFlagPeriodic = 16;
 inline constexpr std::uint32_t kVariableTypeNumber = 2;
 inline constexpr std::uint32_t kVariableTypeXml = 13;
 
-// What a core does for one driver. Implemented by the core; a driver reaches it through the members of KVBaseDriver.
-// Driver thread; every operation may be called from the driver's constructor on.
+// What a core does for one driver. Implemented by the core; a driver reaches it through the members of
+// KVBaseDriver. Driver thread; every operation may be called from the driver's constructor on.
 class IDriverHost {
 public:
     static constexpr const char* kInterfaceId = "DriverHost";
 
     // Variables: `a` and `b` are the core's own marks (shown to programmers, kept from user interfaces).
-    virtual void VmAdd(std::uint32_t id, const std::string& name, std::uint32_t type, const std::string& value,
-                       std::int32_t a, std::int32_t b, const std::string& extra) = 0;
+    virtual void VmAdd(std::uint32_t id, const std::string& name, std::uint32_t type,
+                       const std::string& value, std::int32_t a, std::int32_t b,
+                       const std::string& extra) = 0;
     virtual void VmRemove(std::uint32_t id) = 0;
     virtual void ChangeVariable(std::uint32_t id, const std::string& text) = 0;
 
     virtual void FireEvent(std::uint32_t id) = 0;
 
-    // Starts a timer whose expiry is IDriver::OnTimerExpired. The id is never 0 and never used twice. The core drops
-    // the timers of a driver that is destroyed.
+    // Starts a timer whose expiry is IDriver::OnTimerExpired. The id is never 0 and never used twice. The
+    // core drops the timers of a driver that is destroyed.
     virtual std::uint32_t AddTimer(std::uint32_t milliseconds, std::uint32_t flags) = 0;
     virtual void KillTimer(std::uint32_t id) = 0;
 

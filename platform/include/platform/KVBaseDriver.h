@@ -10,14 +10,14 @@
 #include "platform/InstanceManager.h"
 #include "platform/System.h"
 
-// The base of a driver: turns its members into calls of the core's services and gives every entry of IDriver a
-// default. A core implements IDriverHost and the other services, never this class.
+// The base of a driver: turns its members into calls of the core's services and gives every entry of IDriver
+// a default. A core implements IDriverHost and the other services, never this class.
 class KVBaseDriver : public IDriver, public CmdDispatcher, public UICmdDispatcher {
 public:
     std::int32_t Initialize(std::uint32_t id, KVXML::INode& config, KVXML::INode* persist) override;
     void RemovedFromProject() override {}
-    std::int32_t BoundCall(std::uint32_t id, BindingType type, const std::string& text, const IBindMessage& message,
-                           ICmdReturn* ret) override;
+    std::int32_t BoundCall(std::uint32_t id, BindingType type, const std::string& text,
+                           const IBindMessage& message, ICmdReturn* ret) override;
     void OnBindingChanged(std::uint32_t id, const std::string& name, bool bound) override;
     void OnAVRoomOff(std::uint32_t roomId) override;
     void OnAVSelected(const AVParams& params, const AV_Class& output, const AV_Class& input,
@@ -26,7 +26,8 @@ public:
     void OnAVDeselected(const AVParams& params, const AV_Class& output, const AV_Class& input) override;
     void OnAVAddLocationInfo(const AVParams& params, const AV_Class& output, const AV_Class& input,
                              AVLocationInfo& location, AVDriverLocationInfo** driverLocation) override;
-    bool IsAVOutputToInputValid(const AVParams& params, const AV_Class& output, const AV_Class& input) override;
+    bool IsAVOutputToInputValid(const AVParams& params, const AV_Class& output,
+                                const AV_Class& input) override;
     kv::auto_com<KVXML::INode> GetPersistState(std::uint32_t) override;
     // Runs the registered handler; -1 when there is none.
     std::int32_t ExecuteCommand(const ICmdMessage& message, ICmdReturn* ret, std::uint32_t source) override;
@@ -44,16 +45,16 @@ public:
     void OnTimerExpired(std::uint32_t, std::int32_t) override {}
 
 protected:
-    // `model` is the version of the driver model (3), `flags` the core's own (0). The services "DriverHost" and
-    // "System" must be there: a core without them cannot create drivers, and std::runtime_error says which one is
-    // missing.
+    // `model` is the version of the driver model (3), `flags` the core's own (0). The services "DriverHost"
+    // and "System" must be there: a core without them cannot create drivers, and std::runtime_error says
+    // which one is missing.
     KVBaseDriver(IInstanceManager& instances, int model, int flags);
     ~KVBaseDriver() override;
     KVBaseDriver(const KVBaseDriver&) = delete;
     KVBaseDriver& operator=(const KVBaseDriver&) = delete;
 
-    void VmAdd(std::uint32_t id, const std::string& name, std::uint32_t type, const std::string& value, std::int32_t a,
-               std::int32_t b, const std::string& extra);
+    void VmAdd(std::uint32_t id, const std::string& name, std::uint32_t type, const std::string& value,
+               std::int32_t a, std::int32_t b, const std::string& extra);
     void VmRemove(std::uint32_t id);
     void ChangeMyVariable(std::uint32_t id, const std::string& text);
     void FireEvent(std::uint32_t id);

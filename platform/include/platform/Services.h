@@ -1,6 +1,6 @@
-// Services of the core that a driver obtains from its instance manager. All are implemented by the core, live as long
-// as the driver, and are called on the driver thread in any state of the driver. None of them keeps a reference or
-// pointer that it is handed beyond the call.
+// Services of the core that a driver obtains from its instance manager. All are implemented by the core, live
+// as long as the driver, and are called on the driver thread in any state of the driver. None of them keeps a
+// reference or pointer that it is handed beyond the call.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,8 @@
 #include "platform/CmdMessage.h"
 #include "platform/Xml.h"
 
-// Messages and commands to rooms and devices. The receiver may call back into the driver before the call returns.
+// Messages and commands to rooms and devices. The receiver may call back into the driver before the call
+// returns.
 class IDeviceMessaging {
 public:
     static constexpr const char* kInterfaceId = "{731E9F66-23F5-4100-AA7B-C3F189BAABFD}";

@@ -7,8 +7,8 @@
 
 namespace kv {
 
-// Implemented by the core and published under kInterfaceId. Called on the driver thread only. Must outlive every
-// driver created with it.
+// Implemented by the core and published under kInterfaceId. Called on the driver thread only. Must outlive
+// every driver created with it.
 class ISystem {
 public:
     static constexpr const char* kInterfaceId = "System";
@@ -32,8 +32,8 @@ protected:
     ~ISystem() = default;
 };
 
-// Makes `system` the one that the functions below use in this image; null uninstalls it. KVBaseDriver does this
-// with the core's. Without one the clocks stand at 0, the random numbers are 0 and nothing is recorded.
+// Makes `system` the one that the functions below use in this image; null uninstalls it. KVBaseDriver does
+// this with the core's. Without one the clocks stand at 0, the random numbers are 0 and nothing is recorded.
 void InstallSystem(ISystem* system);
 // Uninstalls `system` if it is the installed one.
 void UninstallSystem(ISystem* system);

@@ -9,8 +9,9 @@
 
 namespace KVXML {
 
-// One element: a name, a text, attributes in the order set, children in the order added. A child may be shared by
-// several parents; it must not be changed once it is shared, and a node must never become its own descendant.
+// One element: a name, a text, attributes in the order set, children in the order added. A child may be
+// shared by several parents; it must not be changed once it is shared, and a node must never become its own
+// descendant.
 class INode : public kv::IRefCounted {
 public:
     virtual const std::string& GetName() const = 0;

@@ -61,8 +61,8 @@ enum class RhapsodyBranding { Standard, PartnerBrand };
 
 RhapsodyBranding GetRhapsodyBranding(const std::string& text);
 
-// Asynchronous: every call returns at once and is answered later through the callback given with it, or through
-// RC_ErrorHandler. Destroying the client drops all calls that are under way.
+// Asynchronous: every call returns at once and is answered later through the callback given with it, or
+// through RC_ErrorHandler. Destroying the client drops all calls that are under way.
 class RhapsodyClient {
 public:
     virtual ~RhapsodyClient() = default;
@@ -73,8 +73,10 @@ public:
     virtual void GetMemberPlaylists(IRhapsodyCallback* callback) = 0;
     virtual void GetTracksForPlaylist(const std::string& playlistId, unsigned int offset, unsigned int count,
                                       unsigned int flags, IRhapsodyCallback* callback) = 0;
-    // What a queue's channel, or a track, is now: `id` is a queue id with its stream, or a track id with stream 0.
-    virtual void GetCurrentSongInfo(const std::string& id, std::int32_t stream, IRhapsodyCallback* callback) = 0;
+    // What a queue's channel, or a track, is now: `id` is a queue id with its stream, or a track id with
+    // stream 0.
+    virtual void GetCurrentSongInfo(const std::string& id, std::int32_t stream,
+                                    IRhapsodyCallback* callback) = 0;
 };
 
 // Makes clients. Implemented by the core; a core without the service does not publish one.

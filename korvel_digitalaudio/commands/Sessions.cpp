@@ -1,0 +1,160 @@
+// Sessions: queues shared by several rooms, and how a room gets its queue.
+#include <sstream>
+
+#include "driver/korvel_digitalaudio.h"
+#include "platform/Text.h"
+
+namespace {
+
+constexpr std::uint32_t kFirstQueueId = 10000;
+constexpr int kMaxListedRooms = 100;
+
+std::vector<std::uint32_t> SplitRoomList(const std::string& list) {
+    std::vector<std::string> pieces;
+    ASPacket::SplitPacket(list, ",", pieces, kMaxListedRooms);
+    std::vector<std::uint32_t> rooms;
+    for (const std::string& piece : pieces)
+        rooms.push_back(kv::ToULong(piece));
+    return rooms;
+}
+
+std::string AddressText(const void* address) {
+    std::ostringstream out;
+    out << "0x" << std::hex << reinterpret_cast<std::uintptr_t>(address);
+    return out.str();
+}
+
+} // namespace
+
+void korvel_digitalaudio::ReturnQueueId(ICmdReturn* ret, std::uint32_t queueId) {
+    setReturnValue(ret, "<queueid>" + std::to_string(queueId) + "</queueid>");
+}
+
+std::int32_t korvel_digitalaudio::AudioServer_CreateQueue(std::uint32_t roomId, AudioQueue** queue,
+                                                          bool* created) {
+    *created = false;
+    *queue = nullptr;
+    if (m_activeServerBinding == 0)
+        return -1;
+    AudioServer* server = AudioServer_GetServerFromRoom(roomId);
+    const bool onActive = server && server->GetBindingId() == m_activeServerBinding;
+    if (server) {
+        *queue = server->GetAudioQueueFromRoom(roomId);
+        if (onActive && *queue && (*queue)->GetInputFile().empty())
+            return 0;
+        // Media cannot be added to a queue that plays a local input, nor to one on another server.
+        if (*queue)
+            RoomClient_Remove(roomId, server, queue);
+    }
+    if (!onActive)
+        server = AudioServer_Create(m_activeServerBinding, false);
+    *queue = AudioServer_CreateQueue(server, roomId);
+    *created = *queue != nullptr;
+    return *created ? 0 : -1;
+}
+
+AudioQueue* korvel_digitalaudio::AudioServer_CreateQueue(AudioServer* server, std::uint32_t roomId) {
+    AudioQueue* queue = server->CreateAudioQueue(roomId, m_nextQueueId);
+    m_nextQueueId = std::max(m_nextQueueId + 1, kFirstQueueId);
+    SetQueuesShuffleState(*queue, roomId);
+    SetQueuesRepeatState(*queue, roomId);
+    return queue;
+}
+
+AudioQueue* korvel_digitalaudio::AudioQueue_Get(std::uint32_t roomId, std::uint32_t queueId) const {
+    if (roomId != 0)
+        return AudioServer_GetQueueFromRoom(roomId);
+    return queueId != 0 ? AudioServer_GetQueueFromId(queueId) : nullptr;
+}
+
+// Takes the room out of its queue. It joins the other one when it selects this driver's device with the
+// queue's id.
+std::uint32_t korvel_digitalaudio::AudioQueue_Join(std::uint32_t roomId, std::uint32_t joinRoomId) {
+    if (roomId == joinRoomId)
+        return 0;
+    const AudioQueue* target = AudioServer_GetQueueFromRoom(joinRoomId);
+    if (!target)
+        return 0;
+    const std::uint32_t targetId = target->GetQueueId();
+    AudioServer* server = AudioServer_GetServerFromRoom(roomId);
+    AudioQueue* queue = server ? server->GetAudioQueueFromRoom(roomId) : nullptr;
+    if (queue) {
+        RoomClient_Remove(roomId, server, &queue);
+        DeselectAudioPath(roomId);
+    }
+    return targetId;
+}
+
+void korvel_digitalaudio::OnJoin(const ICmdMessage& message, ICmdReturn* ret) {
+    const std::string room = message.GetParam("ROOM_ID");
+    if (room.empty())
+        return;
+    const std::string joinRoom = message.GetParam("JOIN_ID");
+    const std::uint32_t queueId = joinRoom.empty()
+                                      ? message.GetNumber("QUEUE_ID")
+                                      : AudioQueue_Join(kv::ToULong(room), kv::ToULong(joinRoom));
+    if (queueId != 0)
+        ReturnQueueId(ret, queueId);
+}
+
+void korvel_digitalaudio::OnAddRoomsToSession(const ICmdMessage& message, ICmdReturn* ret) {
+    LogDebugMessage("OnAddRoomsToSession: pReturn = ", AddressText(ret));
+    const std::string room = message.GetParam("ROOM_ID");
+    const std::string list = message.GetParam("ROOM_ID_LIST");
+    if (room.empty() || list.empty())
+        return;
+    const std::uint32_t roomId = kv::ToULong(room);
+    const AudioQueue* session = AudioServer_GetQueueFromRoom(roomId);
+    if (!session)
+        return;
+    const std::uint32_t sessionId = session->GetQueueId();
+    for (const std::uint32_t listedRoom : SplitRoomList(list)) {
+        AudioQueue_Join(listedRoom, roomId);
+        SelectInRoom(listedRoom, sessionId);
+    }
+    UpdateQueueStatusVariable();
+    LogDebugMessage("OnAddRoomsToSession: calling setReturnValue pReturn = ", AddressText(ret));
+    ReturnQueueId(ret, sessionId);
+}
+
+// Asks a room to select this driver's device with a queue.
+void korvel_digitalaudio::SelectInRoom(std::uint32_t roomId, std::uint32_t queueId) {
+    const auto select = CreateCommandMessageFromName("SELECT_AUDIO_DEVICE");
+    if (!select)
+        return;
+    select->AddParam("deviceid", "INT", std::to_string(GetDeviceId()));
+    select->AddParam("queueid", "INT", std::to_string(queueId));
+    SendCommand(roomId, *select, nullptr);
+}
+
+void korvel_digitalaudio::OnRemoveRoomsFromSession(const ICmdMessage& message, ICmdReturn*) {
+    const std::string room = message.GetParam("ROOM_ID");
+    const std::string list = message.GetParam("ROOM_ID_LIST");
+    if (room.empty() || list.empty())
+        return;
+    const AudioQueue* session = AudioServer_GetQueueFromRoom(kv::ToULong(room));
+    if (!session)
+        return;
+    const std::uint32_t sessionId = session->GetQueueId();
+    for (const std::uint32_t listedRoom : SplitRoomList(list)) {
+        const AudioQueue* queue = AudioServer_GetQueueFromRoom(listedRoom);
+        if (queue && queue->GetQueueId() == sessionId)
+            DeselectAudioPath(listedRoom);
+    }
+    UpdateQueueStatusVariable();
+}
+
+// The room leaves its session as if it had switched its source away.
+void korvel_digitalaudio::OnRemove(const ICmdMessage& message, ICmdReturn*) {
+    const std::string room = message.GetParam("ROOM_ID");
+    if (!room.empty() && AudioServer_GetQueueFromRoom(kv::ToULong(room)))
+        DeselectAudioPath(kv::ToULong(room));
+}
+
+void korvel_digitalaudio::OnRemoveQueue(const ICmdMessage& message, ICmdReturn*) {
+    const std::string room = message.GetParam("ROOM_ID");
+    if (room.empty())
+        return;
+    if (AudioServer* server = AudioServer_GetServerFromRoom(kv::ToULong(room)))
+        RoomClient_DeselectAll(server, kv::ToULong(room));
+}

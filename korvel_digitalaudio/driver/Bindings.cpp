@@ -1,0 +1,95 @@
+#include <algorithm>
+#include <boost/algorithm/string/case_conv.hpp>
+
+#include "driver/korvel_digitalaudio.h"
+#include "platform/Text.h"
+
+namespace {
+
+constexpr BindingType kAudioBinding = 6;
+constexpr std::uint32_t kClientBindingId = 4000;
+constexpr std::uint32_t kFirstDynamicServer = 3001;
+constexpr std::uint32_t kFirstMediaBinding = 3501;
+// Ids that a persisted element may claim: the server family ends where the media family begins, and the media
+// family where the client binding stands. More can only come from a damaged element.
+constexpr std::uint32_t kLastServerId = 3500;
+constexpr std::uint32_t kLastMediaId = 3999;
+
+} // namespace
+
+void korvel_digitalaudio::AddServerBinding(std::uint32_t id) {
+    AddDynamicBinding(id, kAudioBinding, false, "Digital Audio", "DIGITAL_AUDIO_SERVER", false, true);
+}
+
+void korvel_digitalaudio::AddMediaBinding(std::uint32_t id) {
+    AddDynamicBinding(id, kAudioBinding, false, "Audio Media Storage", "AUDIO_MEDIA_STORAGE", false, true);
+}
+
+void korvel_digitalaudio::RestoreDynamicBindings() {
+    AddDynamicBinding(kClientBindingId, kAudioBinding, true, "Digital Audio", "DIGITAL_AUDIO_CLIENT", false,
+                      true);
+    m_lastServerBinding = std::min(m_lastServerBinding, kLastServerId);
+    for (std::uint32_t id = kFirstDynamicServer; id <= m_lastServerBinding; ++id)
+        AddServerBinding(id);
+    m_lastMediaBinding = std::clamp(m_lastMediaBinding, kFirstMediaBinding, kLastMediaId);
+    for (std::uint32_t id = kFirstMediaBinding + 1; id <= m_lastMediaBinding; ++id)
+        AddMediaBinding(id);
+}
+
+// The families only grow, so that there is always one spare binding of each.
+void korvel_digitalaudio::ExtendBindings(std::uint32_t boundId) {
+    if (boundId == m_lastServerBinding)
+        AddServerBinding(++m_lastServerBinding);
+    else if (boundId == m_lastMediaBinding)
+        AddMediaBinding(++m_lastMediaBinding);
+    else
+        return;
+    DmInvalidateState();
+}
+
+void korvel_digitalaudio::HandleBoundCall(std::uint32_t id, const IBindMessage& message, ICmdReturn* ret) {
+    if (message.GetName() == "DATA_RECEIVED")
+        HandleData(id, message.GetData());
+    else if (message.GetName() == "SERVER_ONLINE")
+        HandleServerOnline(id, message);
+    else if (message.GetName() == "SERVER_OFFLINE")
+        HandleServerOffline(id);
+    if (message.GetMessageType() == "PROTOCOL_COMMAND")
+        RunProtocolCommand(id, message, ret);
+}
+
+void korvel_digitalaudio::HandleData(std::uint32_t id, const std::string& line) {
+    const ASPacket packet(line);
+    AudioServer* server = GetServer(id);
+    if (!server)
+        return;
+    bool changed = false;
+    server->OnDataIn(packet, changed);
+    if (changed)
+        UpdateQueueStatusVariable();
+}
+
+void korvel_digitalaudio::HandleServerOnline(std::uint32_t id, const IBindMessage& message) {
+    const std::string multiple = boost::algorithm::to_lower_copy(message.GetParam("ALLOW_MULT_INPUT"));
+    const std::string address = message.GetData();
+    AudioServer_Create(id, multiple == kv::TRUE_STRING);
+    if (!address.empty() && NetworkInterfaces::isLocalIPv4(address))
+        m_activeServerBinding = id;
+}
+
+// The active binding stays as it was: the server of this controller is expected back.
+void korvel_digitalaudio::HandleServerOffline(std::uint32_t id) {
+    const auto found = m_servers.find(id);
+    if (found == m_servers.end())
+        return;
+    auto server = std::move(found->second);
+    m_servers.erase(found);
+    RetireServer(std::move(server));
+}
+
+void korvel_digitalaudio::RunProtocolCommand(std::uint32_t id, const IBindMessage& message, ICmdReturn* ret) {
+    const KVXML::INode* xml = message.GetXml();
+    const auto command = xml ? CreateCommandMessageFromXml(*xml) : nullptr;
+    if (command)
+        ExecuteCommand(*command, ret, id);
+}

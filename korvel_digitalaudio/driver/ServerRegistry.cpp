@@ -1,0 +1,82 @@
+#include "driver/Asserts.h"
+#include "driver/korvel_digitalaudio.h"
+#include "server/ASPackets.h"
+
+AudioServer* korvel_digitalaudio::AudioServer_Create(std::uint32_t id, bool allowMultInput) {
+    if (AudioServer* known = GetServer(id))
+        return known;
+    auto created = std::make_unique<AudioServer>(GetHelper(), GetInstanceManager(), this, id, allowMultInput,
+                                                 m_rhapsody.get(), this);
+    AudioServer* server = created.get();
+    m_servers.emplace(id, std::move(created));
+    server->SetClearPlaylistSettings(m_clearPlaylist);
+    server->AddToServerSendQueue(ASResetPacket().str().c_str());
+    return server;
+}
+
+AudioServer* korvel_digitalaudio::GetServer(std::uint32_t bindingId) const {
+    const auto found = m_servers.find(bindingId);
+    return found == m_servers.end() ? nullptr : found->second.get();
+}
+
+// Takes a server out of use; it is freed when the outermost entry has ended.
+void korvel_digitalaudio::RetireServer(std::unique_ptr<AudioServer> server) {
+    server->CancelAnnouncement();
+    if (server->HasQueues())
+        m_outlivingLinks.push_back(server->GetSendLink());
+    m_retiredServers.push_back(std::move(server));
+}
+
+// Named after a server's id, though the key is a queue's.
+AudioServer* korvel_digitalaudio::AudioServer_GetServerFromId(std::uint32_t queueId) const {
+    for (const auto& [id, server] : m_servers) {
+        if (server->GetAudioQueue(queueId))
+            return server.get();
+    }
+    return nullptr;
+}
+
+AudioServer* korvel_digitalaudio::AudioServer_GetInUseServer(const std::string& ip, std::uint32_t channel,
+                                                             std::uint32_t port) const {
+    for (const auto& [id, server] : m_servers) {
+        AudioQueue* found = nullptr;
+        if (server->IsClientInUse(ip, channel, port, &found))
+            return server.get();
+    }
+    return nullptr;
+}
+
+AudioServer* korvel_digitalaudio::AudioServer_GetServerFromRoom(std::uint32_t roomId) const {
+    for (const auto& [id, server] : m_servers) {
+        if (server->ContainsRoom(roomId))
+            return server.get();
+    }
+    return nullptr;
+}
+
+AudioQueue* korvel_digitalaudio::AudioServer_GetQueueFromRoom(std::uint32_t roomId) const {
+    const AudioServer* server = AudioServer_GetServerFromRoom(roomId);
+    return server ? server->GetAudioQueueFromRoom(roomId) : nullptr;
+}
+
+AudioQueue* korvel_digitalaudio::AudioServer_GetQueueFromId(std::uint32_t queueId) const {
+    const AudioServer* server = AudioServer_GetServerFromId(queueId);
+    return server ? server->GetAudioQueue(queueId) : nullptr;
+}
+
+std::vector<std::uint32_t> korvel_digitalaudio::GetMp3Devices(std::uint32_t deviceId) {
+    if (auto* storage = kv::GetDeviceService<IMp3Storage>(GetHelper(), deviceId))
+        return storage->GetMp3Devices();
+    kv::AssertWrite(asserts::kDriverPath, asserts::kNoMp3Storage, kv::StackTrace());
+    return {};
+}
+
+void korvel_digitalaudio::SendErrorToUI(const std::string& text) {
+    const auto error = KVXML::CreateXmlNode("DA_ERROR");
+    if (!error) {
+        kv::AssertWrite(asserts::kDriverPath, asserts::kErrorElement, kv::StackTrace());
+        return;
+    }
+    error->SetAttribute("Error", text);
+    ConSendDataToUI(*error);
+}

@@ -1,0 +1,337 @@
+#include "driver/SourceSelection.h"
+
+#include "driver/Asserts.h"
+#include "driver/korvel_digitalaudio.h"
+
+namespace {
+
+constexpr int kLogQueue = 6;
+constexpr int kLogConfiguration = 7;
+// Bindings above this are media storages.
+constexpr std::uint32_t kLastServerBinding = 3500;
+// In an input's address it marks the port of an announcing source, which is never kept.
+constexpr const char* kAnnouncingPort = ":6330";
+
+} // namespace
+
+SourceSelection::SourceSelection(korvel_digitalaudio& driver, const AVParams& params, const AV_Class& input,
+                                 const AVLocationInfo& location, AVReturn& result)
+    : m_driver(driver),
+      m_params(params),
+      m_input(input),
+      m_location(location),
+      m_result(result),
+      m_room(params.roomId),
+      m_requested(params.queueId),
+      m_kind(params.mediaKind),
+      m_inputName(location.inputName) {}
+
+void SourceSelection::Run() {
+    if (m_kind == "DIGITAL_MEDIA")
+        return;
+    if (m_kind == "ANNOUNCEMENT") {
+        JoinAnnouncement();
+        return;
+    }
+    if (m_kind == "ANNOUNCEMENT_COMPLETE") {
+        m_driver.UpdateRoomMapInfoVar();
+        return;
+    }
+    if (m_location.locationKind != "GENERIC_MEDIA") {
+        if (!FindBinding()) {
+            m_driver.LogMessage(kLogConfiguration, "Default binding for audio server is invalid");
+            return;
+        }
+        if (SelectQueue())
+            m_driver.UpdateQueueStatusVariable();
+    }
+    SendMediaSelected();
+}
+
+void SourceSelection::JoinAnnouncement() {
+    const std::uint32_t active = m_driver.m_activeServerBinding;
+    if (active != 0)
+        m_driver.AudioServer_Create(active, false)
+            ->AddClientToAnnouncement(m_room, m_location.endpointAddress, m_location.endpointPort);
+}
+
+// Library media plays on this controller's own server; a local input plays where it is, in a queue of its
+// own.
+bool SourceSelection::FindBinding() {
+    m_binding = m_input.bindingId;
+    if (m_binding == 0 || m_binding > kLastServerBinding || m_inputName.empty())
+        m_binding = m_driver.m_activeServerBinding;
+    if (!m_inputName.empty())
+        m_kind = "QUEUE";
+    return m_binding != 0;
+}
+
+bool SourceSelection::IsComplete() const {
+    if (m_location.endpointAddress.empty() || m_room == 0 || m_location.endpointPort == 0)
+        return false;
+    const bool needsQueue = m_kind == "SONG" || m_kind == "PLAYLIST" || m_kind == "BROADCAST_AUDIO";
+    return !needsQueue || m_requested != 0;
+}
+
+bool SourceSelection::SelectQueue() {
+    if (!IsComplete())
+        return false;
+    m_server = m_driver.AudioServer_Create(m_binding, false);
+    m_inUse = m_driver.AudioServer_GetInUseServer(m_location.endpointAddress, m_location.endpointChannel,
+                                                  m_location.endpointPort);
+    LeaveOtherServer();
+    FreeEndpoint();
+    if (!m_inputName.empty() && !m_server->AllowMultipleStreamingInputs())
+        m_driver.AudioServer_DeselectIfDifferntInput(m_server, m_room, m_inputName);
+
+    AudioQueue* queue = ChooseQueue();
+    if (!queue)
+        return false;
+    AddRoom(*queue);
+    TakeSourceDevice(*queue);
+    if (m_requested == 0) {
+        FillResult(*queue, false);
+    } else if (m_kind == "QUEUE") {
+        if (m_inputName.empty())
+            PlayQueue(*queue);
+        else
+            PlayInput(*queue);
+    } else if (m_kind == "PLAYLIST") {
+        PlayPlaylist(*queue);
+    } else if (m_kind == "BROADCAST_AUDIO") {
+        PlayBroadcast(*queue);
+    } else if (m_kind == "SONGS" || m_kind == "ALBUM" || m_kind == "SONG") {
+        PlayMedia(*queue);
+    }
+    return true;
+}
+
+void SourceSelection::LeaveOtherServer() {
+    AudioServer* current = m_driver.AudioServer_GetServerFromRoom(m_room);
+    if (!current || current == m_server)
+        return;
+    AudioQueue* queue = current->GetAudioQueueFromRoom(m_room);
+    if (queue)
+        m_driver.RoomClient_Remove(m_room, current, &queue);
+}
+
+// Decides whether the queue that already plays to the room's endpoint goes on doing so.
+void SourceSelection::FreeEndpoint() {
+    if (!m_inUse)
+        return;
+    const std::string& address = m_location.endpointAddress;
+    const std::uint32_t channel = m_location.endpointChannel;
+    const std::uint32_t port = m_location.endpointPort;
+    AudioQueue* queue = m_inUse->GetInUseClientQueue(address, channel, port);
+    if (!queue || KeepsEndpoint(*m_inUse, *queue))
+        return;
+    m_driver.RoomClient_Remove(m_room, m_inUse, &queue);
+    m_driver.AudioQueue_DeselectClients(queue, address, channel, port);
+}
+
+bool SourceSelection::KeepsEndpoint(const AudioServer& inUse, const AudioQueue& queue) const {
+    const bool isRequested = queue.GetQueueId() == m_requested;
+    const bool broadcast = m_kind == "BROADCAST_AUDIO";
+    const std::string inputFile = queue.GetInputFile();
+    if (m_requested != 0 && !inUse.GetAudioQueue(m_requested))
+        return false;
+    if (&inUse != m_server)
+        return m_requested != 0 && isRequested;
+    if (!m_inputName.empty())
+        return m_inputName == inputFile;
+    if (!inputFile.empty())
+        return inputFile.find(kAnnouncingPort) == std::string::npos && !broadcast &&
+               (m_requested == 0 || isRequested);
+    if (m_requested != 0)
+        return isRequested;
+    return !broadcast || queue.ContainsRoom(m_room);
+}
+
+AudioQueue* SourceSelection::ChooseQueue() {
+    AudioQueue* queue = m_requested != 0 && m_kind == "QUEUE" ? RequestedQueue() : nullptr;
+    if (!queue)
+        queue = m_server->GetAudioQueueFromRoom(m_room);
+    if (queue)
+        queue = CheckQueue(queue);
+    return queue ? queue : NewQueue();
+}
+
+// The requested queue, if it exists; the room leaves another one that it hears now.
+AudioQueue* SourceSelection::RequestedQueue() {
+    AudioQueue* present = m_server->GetAudioQueueFromRoom(m_room);
+    if (present && present != m_server->GetAudioQueue(m_requested) && !present->GetWaitingForAddResponse() &&
+        present->GetStreamId() != protocol::kNoStream)
+        m_driver.RoomClient_Remove(m_room, m_server, &present);
+    return m_server->GetAudioQueue(m_requested);
+}
+
+// The queue, or null when the room had to leave it. A queue with an input makes that the input of this
+// selection.
+AudioQueue* SourceSelection::CheckQueue(AudioQueue* queue) {
+    if (!queue->GetInputFile().empty())
+        m_inputName = queue->GetInputFile();
+    if (!m_inputName.empty() || !queue->IsSongListEmpty())
+        return queue;
+    if (m_location.inputName == queue->GetInputFile() && m_server->ContainsRoom(m_room)) {
+        m_driver.LogMessage(kLogQueue, "Not removing room on reselect due to same source and server");
+        return queue;
+    }
+    m_driver.RoomClient_Remove(m_room, m_server, &queue);
+    return nullptr;
+}
+
+AudioQueue* SourceSelection::NewQueue() {
+    AudioQueue* requested = m_inUse && m_requested != 0 ? m_inUse->GetAudioQueue(m_requested) : nullptr;
+    return requested ? requested : m_driver.AudioServer_CreateQueue(m_server, m_room);
+}
+
+void SourceSelection::AddRoom(AudioQueue& queue) {
+    queue.AddRoomClient(m_room, m_location.endpointAddress, m_location.endpointPort,
+                        m_location.endpointChannel);
+    m_driver.FireEvent(1);
+    m_driver.UpdateRoomMapInfoVar();
+}
+
+// A queue that plays the input of another device makes the room listen to that device, and so does everything
+// on the way there up to this driver.
+void SourceSelection::TakeSourceDevice(AudioQueue& queue) {
+    if (queue.GetStreamId() == protocol::kNoStream || queue.GetInputFile().empty() ||
+        queue.GetSourceDevice() == m_params.sourceDeviceId)
+        return;
+    auto* room = kv::GetDeviceService<IAnalogSource>(m_driver.GetHelper(), m_room);
+    if (!room)
+        return;
+    room->TakeSourceDevice(queue.GetSourceDevice());
+    for (const std::uint32_t deviceId : queue.GetDevicesInAnalogSource()) {
+        if (deviceId == m_driver.GetDeviceId())
+            break;
+        room->SelectDevice(deviceId);
+    }
+}
+
+void SourceSelection::PlayInput(AudioQueue& queue) {
+    queue.SetSourceDevice(m_params.sourceDeviceId);
+    ReturnQueue(queue);
+    if (queue.GetRoomCount() == 1) {
+        if (auto* room = kv::GetDeviceService<IAnalogSource>(m_driver.GetHelper(), m_room))
+            queue.SetDevicesInAnalogSource(room->GetDevicesInAnalogSource());
+    }
+    if (queue.GetStreamId() == protocol::kNoStream)
+        StartInput(queue);
+    else if (queue.GetQueueState() == END)
+        queue.PlayNextSong(true, false);
+}
+
+// Two queues of a server never play the same input: the room moves to the one that has it.
+void SourceSelection::StartInput(AudioQueue& queue) {
+    AudioQueue* playing = m_server->GetAudioQueue(m_inputName);
+    if (playing && playing != &queue) {
+        LeaveQueue(&queue);
+        AddRoom(*playing);
+        ReturnQueue(*playing);
+        return;
+    }
+    m_server->SetInUseInput(m_inputName, &queue);
+    queue.SetInputFile(m_inputName);
+    if (!queue.GetWaitingForAddResponse())
+        queue.CreateStream();
+}
+
+void SourceSelection::PlayQueue(AudioQueue& queue) {
+    if (queue.IsSongListEmpty() && queue.GetInputFile().empty()) {
+        LeaveQueue(&queue);
+        return;
+    }
+    queue.SetSourceDevice(m_params.sourceDeviceId);
+    FillResult(queue, false);
+    Start(queue);
+}
+
+void SourceSelection::PlayPlaylist(AudioQueue& queue) {
+    const std::uint32_t playlistId = m_location.mediaIds.empty() ? 0 : m_location.mediaIds.front();
+    m_driver.Playlist_Load(m_room, playlistId, &queue, 0);
+    Start(queue);
+    FillResult(queue, true);
+}
+
+void SourceSelection::PlayBroadcast(AudioQueue& queue) {
+    ReturnQueue(queue);
+    queue.ClearNotifications();
+    queue.SetIsInternetRadio(true);
+    queue.AddSongList(m_location.mediaIds);
+    if (queue.GetStreamId() != protocol::kNoStream)
+        queue.PlayFirstSong();
+    else if (!queue.GetWaitingForAddResponse())
+        queue.CreateStream();
+}
+
+void SourceSelection::PlayMedia(AudioQueue& queue) {
+    if (m_location.mediaIds.empty()) {
+        LeaveQueue(&queue);
+        return;
+    }
+    ReturnQueue(queue);
+    queue.AddSongList(m_location.mediaIds);
+    Start(queue);
+}
+
+void SourceSelection::Start(AudioQueue& queue) {
+    if (queue.GetStreamId() == protocol::kNoStream && !queue.GetWaitingForAddResponse())
+        queue.CreateStream();
+    if (queue.GetQueueState() == END)
+        queue.PlayNextSong(true, false);
+}
+
+void SourceSelection::LeaveQueue(AudioQueue* queue) {
+    AudioServer* owner = m_driver.AudioServer_GetServerFromId(queue->GetQueueId());
+    if (owner)
+        m_driver.RoomClient_Remove(m_room, owner, &queue);
+}
+
+void SourceSelection::ReturnQueue(const AudioQueue& queue) {
+    m_result.handled = true;
+    m_result.queueId = queue.GetQueueId();
+}
+
+// What the room hears: the current media or, with `orNext` and nothing current, the next one.
+void SourceSelection::FillResult(AudioQueue& queue, bool orNext) {
+    ReturnQueue(queue);
+    AudioMedia media = queue.GetCurrentMedia();
+    if (orNext && media.type == MEDIA_NONE)
+        media = queue.PeekNextSong();
+    switch (media.type) {
+        case MEDIA_DIGITAL:
+            m_result.mediaKind = "SONG";
+            m_result.mediaId = media.mediaId;
+            break;
+        case MEDIA_RHAPSODY_TRACK:
+            m_result.mediaKind = "RHAPSODY";
+            break;
+        case MEDIA_RHAPSODY_CHANNEL:
+            m_result.mediaKind = "RHAPSODY_CHANNEL";
+            break;
+        case MEDIA_INTERNET_RADIO:
+            // A station is only ever joined by its queue's id.
+            if (m_requested == 0)
+                kv::AssertWrite(asserts::kDriverPath, asserts::kSelectedRadio, kv::StackTrace());
+            else
+                m_result.mediaKind = "INTERNET_MEDIA";
+            break;
+        default:
+            break;
+    }
+}
+
+void SourceSelection::SendMediaSelected() {
+    const auto message = m_driver.CreateCommandMessageFromName("MEDIA_SELECTED");
+    if (!message)
+        return;
+    IMediaManager* mediaManager = m_driver.GetMediaManager();
+    if (mediaManager && !m_location.mediaIds.empty()) {
+        std::string location;
+        mediaManager->GetLocation(m_location.mediaIds.front(), m_kind, location);
+        message->AddParam("location", "STRING", location);
+    }
+    message->AddParam("idRoom", "INT", std::to_string(m_room));
+    m_driver.SendCommand(m_location.targetDeviceId, *message, nullptr);
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/AvRouting.h"
+
+class AudioQueue;
+class AudioServer;
+class korvel_digitalaudio;
+
+// One room selecting this driver as its audio source: decides on which server and in which queue the room
+// listens, takes it out of every other queue, adds it to the chosen one and starts playback where needed.
+// Lives for one call.
+class SourceSelection {
+public:
+    SourceSelection(korvel_digitalaudio& driver, const AVParams& params, const AV_Class& input,
+                    const AVLocationInfo& location, AVReturn& result);
+
+    void Run();
+
+private:
+    bool FindBinding();
+    void JoinAnnouncement();
+    // True when the room may have ended in a queue, which then needs a fresh status.
+    bool SelectQueue();
+    bool IsComplete() const;
+    void FreeEndpoint();
+    bool KeepsEndpoint(const AudioServer& inUse, const AudioQueue& queue) const;
+    void LeaveOtherServer();
+    AudioQueue* ChooseQueue();
+    AudioQueue* RequestedQueue();
+    AudioQueue* CheckQueue(AudioQueue* queue);
+    AudioQueue* NewQueue();
+    void AddRoom(AudioQueue& queue);
+    void TakeSourceDevice(AudioQueue& queue);
+    void PlayInput(AudioQueue& queue);
+    void StartInput(AudioQueue& queue);
+    void PlayQueue(AudioQueue& queue);
+    void PlayPlaylist(AudioQueue& queue);
+    void PlayMedia(AudioQueue& queue);
+    void PlayBroadcast(AudioQueue& queue);
+    void Start(AudioQueue& queue);
+    void LeaveQueue(AudioQueue* queue);
+    void FillResult(AudioQueue& queue, bool orNext);
+    void ReturnQueue(const AudioQueue& queue);
+    void SendMediaSelected();
+
+    korvel_digitalaudio& m_driver;
+    const AVParams& m_params;
+    const AV_Class& m_input;
+    const AVLocationInfo& m_location;
+    AVReturn& m_result;
+    const std::uint32_t m_room;
+    const std::uint32_t m_requested; // the queue that the room is to join; 0 for none
+    std::string m_kind;
+    std::string m_inputName;
+    std::uint32_t m_binding = 0;
+    AudioServer* m_server = nullptr;
+    AudioServer* m_inUse = nullptr; // the server on which the room's endpoint is in use already
+};

@@ -1,0 +1,329 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "korvel_digitalaudio/IDigitalAudio.h"
+#include "platform/EntryGuard.h"
+#include "platform/KVBaseDriver.h"
+#include "platform/Services.h"
+#include "platform/Utilities.h"
+#include "platform/rhapsody/RhapsodyClient.h"
+#include "queue/AudioQueue.h"
+#include "server/AudioServer.h"
+#include "server/AudioServerWatcher.h"
+#include "status/RoomHistories.h"
+
+// What the user prefers to happen on play; opaque to the driver.
+using DigitalAudioPlayPref = std::int32_t;
+
+// The digital-audio driver: play queues for the rooms of a house, played by audio servers.
+//
+// The way of a command: ExecuteCommand (Entries.cpp) -> the dispatcher's table (CommandTable.cpp) -> the
+// handler (commands/) -> AudioQueue (queue/) -> ASPacketSendQueue -> ServerUtility (server/) -> the binding.
+//
+// Every entry from the core runs inside Enter(), which lets no exception out and, when the outermost entry
+// ends, frees the queues and servers that were removed meanwhile.
+class korvel_digitalaudio final : public KVBaseDriver,
+                                  public AudioServerWatcher,
+                                  public RhapsodyCallbackBase,
+                                  public IDigitalAudio {
+public:
+    static const std::string s_DigitalAudioPersistTag;
+    static const std::string s_DA_LastServerIDTag;
+    static const std::string s_DA_LastMediaIDTag;
+    static const std::string s_DA_PlayPreferenceTag;
+    static const std::string s_DigitalAudioSettingsTag;
+    static const std::string s_DAClearPlaylistTag;
+    static const std::string s_DAClearPlaylistDelayTag;
+    static constexpr bool s_DefClearPlaylistFlag = true;
+    static constexpr std::uint16_t s_DefClearPlaylistDelayMinutes = 5;
+    static constexpr DigitalAudioPlayPref s_DefPlayPreference = 0;
+
+    // The driver that is registered with `instances`, or a new one, owned by the caller.
+    static IDriver* Create(IInstanceManager& instances);
+    ~korvel_digitalaudio() override;
+
+    // IDriver (Entries.cpp)
+    std::int32_t Initialize(std::uint32_t id, KVXML::INode& config, KVXML::INode* persist) override;
+    std::int32_t BoundCall(std::uint32_t id, BindingType type, const std::string& text,
+                           const IBindMessage& message, ICmdReturn* ret) override;
+    void OnBindingChanged(std::uint32_t id, const std::string& name, bool bound) override;
+    void OnAVRoomOff(std::uint32_t roomId) override;
+    void OnAVSelected(const AVParams& params, const AV_Class& output, const AV_Class& input,
+                      const AVLocationInfo& location, const AVDriverLocationInfo* driverLocation,
+                      AVReturn& result) override;
+    void OnAVDeselected(const AVParams& params, const AV_Class& output, const AV_Class& input) override;
+    void OnAVAddLocationInfo(const AVParams& params, const AV_Class& output, const AV_Class& input,
+                             AVLocationInfo& location, AVDriverLocationInfo** driverLocation) override;
+    bool IsAVOutputToInputValid(const AVParams& params, const AV_Class& output,
+                                const AV_Class& input) override;
+    kv::auto_com<KVXML::INode> GetPersistState(std::uint32_t) override;
+    std::int32_t ExecuteCommand(const ICmdMessage& message, ICmdReturn* ret, std::uint32_t source) override;
+    bool TestCondition(const ICondMessage& condition, std::uint32_t* value) override;
+    kv::auto_com<KVXML::INode> UIRequest(const ICmdMessage& message) override;
+    void OnTimerExpired(std::uint32_t timerId, std::int32_t) override;
+
+    // AudioServerWatcher (ClearTimers.cpp)
+    void StartClearTimer(AudioQueue* queue) override;
+    void InterruptClearTimer(AudioQueue* queue) override;
+
+    // IRhapsodyCallback (Entries.cpp); the connection's state is of no interest here
+    using RhapsodyCallbackBase::RC_Completed;
+    void RC_ErrorHandler(RC_Error code) override;
+    void RC_Completed(std::vector<DataPlaylistLite>& playlists) override;
+    void RC_Completed(unsigned int total, std::vector<DataTrackInfo>& tracks) override;
+    void RC_Completed(std::vector<DataTrackFull>& tracks) override;
+
+    // IDigitalAudio (Entries.cpp)
+    void CreateAnnouncementStream() override;
+    void RemoveAnnouncementStream() override;
+    void PlayAnnouncement(const std::string& path) override;
+
+    // Shows an error to the users (ServerRegistry.cpp).
+    void SendErrorToUI(const std::string& text);
+
+private:
+    friend class SourceSelection;
+
+    explicit korvel_digitalaudio(IInstanceManager& instances);
+
+    // Runs the body of an entry; `neutral` is what the entry returns when the body throws.
+    template <class Result, class Body>
+    Result Enter(const char* entry, Result neutral, Body&& body) noexcept;
+    template <class Body>
+    void Enter(const char* entry, Body&& body) noexcept;
+    void LeaveEntry() noexcept;
+
+    // Lifecycle.cpp
+    std::int32_t Start(std::uint32_t id, KVXML::INode& config, KVXML::INode* persist);
+    void AddVariables();
+    void CreateRhapsodyClient();
+
+    // CommandTable.cpp
+    using CommandHandler = void (korvel_digitalaudio::*)(const ICmdMessage&, ICmdReturn*);
+    struct Command {
+        const char* name;
+        CommandHandler handler;
+    };
+    static const Command s_commands[];
+    void RegisterCommands();
+
+    // Bindings.cpp
+    void RestoreDynamicBindings();
+    void AddServerBinding(std::uint32_t id);
+    void AddMediaBinding(std::uint32_t id);
+    void ExtendBindings(std::uint32_t boundId);
+    void HandleBoundCall(std::uint32_t id, const IBindMessage& message, ICmdReturn* ret);
+    void HandleData(std::uint32_t id, const std::string& line);
+    void HandleServerOnline(std::uint32_t id, const IBindMessage& message);
+    void HandleServerOffline(std::uint32_t id);
+    void RunProtocolCommand(std::uint32_t id, const IBindMessage& message, ICmdReturn* ret);
+
+    // ServerRegistry.cpp
+    AudioServer* AudioServer_Create(std::uint32_t id, bool allowMultInput);
+    AudioServer* AudioServer_GetServerFromId(std::uint32_t queueId) const;
+    AudioServer* AudioServer_GetInUseServer(const std::string& ip, std::uint32_t channel,
+                                            std::uint32_t port) const;
+    AudioServer* AudioServer_GetServerFromRoom(std::uint32_t roomId) const;
+    AudioQueue* AudioServer_GetQueueFromRoom(std::uint32_t roomId) const;
+    AudioQueue* AudioServer_GetQueueFromId(std::uint32_t queueId) const;
+    AudioServer* GetServer(std::uint32_t bindingId) const;
+    template <class Action>
+    void ForEachServer(Action action);
+    template <class Action>
+    void ForEachQueue(Action action);
+    void RetireServer(std::unique_ptr<AudioServer> server);
+    std::vector<std::uint32_t> GetMp3Devices(std::uint32_t deviceId);
+
+    // Settings.cpp
+    void OnGetSettings(const ICmdMessage& message, ICmdReturn* ret);
+    void OnSetPlaylistClearFlag(const ICmdMessage& message, ICmdReturn* ret);
+    void OnSetPlaylistClearDelay(const ICmdMessage& message, ICmdReturn* ret);
+    void OnSetPlayPreference(const ICmdMessage& message, ICmdReturn* ret);
+    void SetPlaylistClearFlag(bool clear);
+    void SetPlaylistDelayValue(std::uint16_t minutes);
+    void UpdatePlayPreferenceVariable(DigitalAudioPlayPref preference);
+    void SendSettingsToServers();
+    void SendSettingsToUI();
+    void SettingsToXml(KVXML::INode& parent) const;
+    kv::auto_com<KVXML::INode> PersistedState();
+    void RestoreSettings(const KVXML::INode& persist);
+
+    // ClearTimers.cpp
+    void HandleTimer(std::uint32_t timerId);
+    void ClearRestingQueue(AudioQueue& queue);
+    void PollRhapsodyChannels();
+
+    // RoomQueueSettings.cpp
+    void AddRoomsShuffleState(std::uint32_t roomId, bool on);
+    void AddRoomsRepeatState(std::uint32_t roomId, bool on);
+    kv::auto_com<KVXML::INode> RoomQueueSettingsToXml();
+    void UpdateRoomsQueueSettingsVariable(KVXML::INode* parent);
+    void RoomQueueSettingsFromXml(KVXML::INode* persist);
+    void SetQueuesShuffleState(AudioQueue& queue, std::uint32_t roomId);
+    void SetQueuesRepeatState(AudioQueue& queue, std::uint32_t roomId);
+
+    // Deselection.cpp
+    void DeselectRoom(std::uint32_t roomId);
+    void SwitchRoomOff(std::uint32_t roomId);
+    void AddLocationInfo(const AVParams& params, AVLocationInfo& location);
+    void DeselectAudioPath(std::uint32_t deviceId);
+    void AudioQueue_DeselectAll(AudioQueue* queue);
+    void AudioQueue_DeselectClients(AudioQueue* queue, const std::string& ip, std::uint32_t channel,
+                                    std::uint32_t port);
+    void RoomClient_Remove(std::uint32_t roomId, AudioServer* server, AudioQueue** queue);
+    void RoomClient_RemoveAll(AudioServer* server, AudioQueue* queue);
+    void RoomClient_DeselectAll(AudioServer* server, std::uint32_t roomId);
+    void AudioServer_DeselectIfDifferntInput(AudioServer* server, std::uint32_t roomId,
+                                             const std::string& input);
+
+    // commands/Transport.cpp
+    void OnPlay(const ICmdMessage& message, ICmdReturn* ret);
+    void OnPause(const ICmdMessage& message, ICmdReturn* ret);
+    void OnStop(const ICmdMessage& message, ICmdReturn* ret);
+    void OnSkipFwd(const ICmdMessage& message, ICmdReturn* ret);
+    void OnSkipRev(const ICmdMessage& message, ICmdReturn* ret);
+    void OnGoToSong(const ICmdMessage& message, ICmdReturn* ret);
+    void OnRepeat(const ICmdMessage& message, ICmdReturn* ret);
+    void OnShuffle(const ICmdMessage& message, ICmdReturn* ret);
+    AudioQueue* QueueForTransport(const ICmdMessage& message);
+
+    // commands/Sessions.cpp
+    void OnJoin(const ICmdMessage& message, ICmdReturn* ret);
+    void OnAddRoomsToSession(const ICmdMessage& message, ICmdReturn* ret);
+    void OnRemoveRoomsFromSession(const ICmdMessage& message, ICmdReturn* ret);
+    void OnRemove(const ICmdMessage& message, ICmdReturn* ret);
+    void OnRemoveQueue(const ICmdMessage& message, ICmdReturn* ret);
+    // 0 on success, -1 when the room can have no queue.
+    std::int32_t AudioServer_CreateQueue(std::uint32_t roomId, AudioQueue** queue, bool* created);
+    AudioQueue* AudioServer_CreateQueue(AudioServer* server, std::uint32_t roomId);
+    AudioQueue* AudioQueue_Get(std::uint32_t roomId, std::uint32_t queueId) const;
+    std::uint32_t AudioQueue_Join(std::uint32_t roomId, std::uint32_t joinRoomId);
+    void SelectInRoom(std::uint32_t roomId, std::uint32_t queueId);
+    static void ReturnQueueId(ICmdReturn* ret, std::uint32_t queueId);
+
+    // commands/AddSong.cpp, AddSongList.cpp, AddAlbums.cpp
+    void OnAddSong(const ICmdMessage& message, ICmdReturn* ret);
+    void OnAddSongList(const ICmdMessage& message, ICmdReturn* ret);
+    void OnAddAlbumMp3(const ICmdMessage& message, ICmdReturn* ret);
+    void OnAddAlbumList(const ICmdMessage& message, ICmdReturn* ret);
+    void OnQueueAll(const ICmdMessage& message, ICmdReturn* ret);
+    void AttachRoom(AudioQueue& queue, std::uint32_t roomId);
+    std::vector<AudioMedia> ReadSongList(const KVXML::INode& root, AudioQueue& queue, std::uint32_t roomId,
+                                         bool& playNow, bool& playNext);
+    void RequestRhapsodyPlaylist(const std::string& playlistId, std::uint32_t roomId);
+    AudioQueue* QueueSongVector(std::uint32_t roomId, const std::vector<AudioMedia>& songs, bool playNow,
+                                bool playNext);
+
+    // commands/OutsideMedia.cpp
+    void OnAddIRSTREAM(const ICmdMessage& message, ICmdReturn* ret);
+    void OnGetRhapsodyMyPlaylists(const ICmdMessage& message, ICmdReturn* ret);
+    void SendMemberPlaylists(const std::vector<DataPlaylistLite>& playlists);
+    void FillWithPlaylistTracks(const std::vector<DataTrackInfo>& tracks);
+    void ShowTrack(const DataTrackFull& track);
+
+    // commands/EditQueue.cpp
+    void OnEditQueue(const ICmdMessage& message, ICmdReturn* ret);
+    void OnRemoveSong(const ICmdMessage& message, ICmdReturn* ret);
+
+    // commands/Playlists.cpp
+    void OnAddPlaylist(const ICmdMessage& message, ICmdReturn* ret);
+    void OnSavePlaylist(const ICmdMessage& message, ICmdReturn* ret);
+    void OnRenamePlaylist(const ICmdMessage& message, ICmdReturn* ret);
+    void OnDeletePlaylist(const ICmdMessage& message, ICmdReturn* ret);
+    void Playlist_Load(std::uint32_t roomId, std::uint32_t playlistId, AudioQueue* queue,
+                       std::int32_t playNext);
+    void Playlist_Save(std::uint32_t roomId, const std::string& name);
+    void Playlist_Rename(const std::string& name, std::uint32_t playlistId);
+    void Playlist_Delete(std::uint32_t playlistId);
+    void Playlist_Delete(const std::string& name);
+    // 0 when there is no playlist of that name.
+    std::uint32_t GetPlaylistID(const std::string& name);
+
+    // commands/SecondaryInfo.cpp
+    void OnUpdateSecondaryMediaInfo(const ICmdMessage& message, ICmdReturn* ret);
+
+    // status/QueueStatus.cpp
+    void OnGetQueueStatus(const ICmdMessage& message, ICmdReturn* ret);
+    void OnGetQueueStatusV2(const ICmdMessage& message, ICmdReturn* ret);
+    void OnRequestCurrentMediaInfo(const ICmdMessage& message, ICmdReturn* ret);
+    kv::auto_com<KVXML::INode> OnGetQueueInfo(const ICmdMessage& message);
+    kv::auto_com<KVXML::INode> GetQueueStatusVariable();
+    kv::auto_com<KVXML::INode> GetQueueStatusVariable132();
+    void UpdateQueueStatusVariable();
+
+    // status/RoomMap.cpp
+    void UpdateRoomMapInfoVar();
+
+    // status/RoomHistory.cpp
+    void OnGetRoomHistory(const ICmdMessage& message, ICmdReturn* ret);
+    void UpdateRoomHistoryVariable();
+
+    std::map<std::uint32_t, std::unique_ptr<AudioServer>> m_servers; // by binding id
+    std::uint32_t m_periodicTimer = 0;
+    [[maybe_unused]] IUINotifier* m_instanceA = nullptr;
+    [[maybe_unused]] IDeviceMessaging* m_instanceB = nullptr;
+    std::uint32_t m_activeServerBinding = 0; // the server on this controller; 0 until it has come online
+    std::uint32_t m_nextQueueId = 0;
+    kv::auto_com<IStringX> m_stringX;
+    kv::auto_com<IKVMessage> m_message;
+    std::uint32_t m_lastServerBinding = 0;
+    std::uint32_t m_lastMediaBinding = 0;
+    RoomHistories m_roomHistories;
+    std::map<std::uint32_t, bool> m_roomShuffle;
+    std::map<std::uint32_t, bool> m_roomRepeat;
+    std::unique_ptr<KVRhapsodyClient::RhapsodyClient> m_rhapsody;
+    bool m_clearPlaylist = s_DefClearPlaylistFlag;
+    std::uint16_t m_clearDelayMinutes = s_DefClearPlaylistDelayMinutes;
+    std::map<std::uint32_t, AudioQueue*> m_clearTimers; // by timer id
+    DigitalAudioPlayPref m_playPreference = s_DefPlayPreference;
+    std::uint32_t m_pendingRhapsodyRoom = 0; // waits for the tracks of a playlist
+    std::uint32_t m_playlistsDevice = 0;     // asked for the member playlists
+
+    int m_entryDepth = 0;
+    std::vector<std::unique_ptr<AudioServer>> m_retiredServers;
+    std::vector<kv::auto_com<ServerUtility>> m_outlivingLinks; // of servers that left queues behind
+};
+
+template <class Result, class Body>
+Result korvel_digitalaudio::Enter(const char* entry, Result neutral, Body&& body) noexcept {
+    ++m_entryDepth;
+    Result result = kv::GuardEntry(entry, std::move(neutral), std::forward<Body>(body));
+    LeaveEntry();
+    return result;
+}
+
+template <class Body>
+void korvel_digitalaudio::Enter(const char* entry, Body&& body) noexcept {
+    ++m_entryDepth;
+    kv::GuardEntry(entry, std::forward<Body>(body));
+    LeaveEntry();
+}
+
+// Walks copied ids: the action may add or remove servers.
+template <class Action>
+void korvel_digitalaudio::ForEachServer(Action action) {
+    std::vector<std::uint32_t> ids;
+    for (const auto& entry : m_servers)
+        ids.push_back(entry.first);
+    for (const std::uint32_t id : ids) {
+        if (AudioServer* server = GetServer(id))
+            action(*server);
+    }
+}
+
+// In ascending binding id and queue id.
+template <class Action>
+void korvel_digitalaudio::ForEachQueue(Action action) {
+    ForEachServer([&](AudioServer& server) {
+        for (const std::uint32_t queueId : server.GetQueueIds()) {
+            if (AudioQueue* queue = server.GetAudioQueue(queueId))
+                action(*queue);
+        }
+    });
+}

@@ -1,0 +1,163 @@
+#include <algorithm>
+#include <stdexcept>
+
+#include "driver/Asserts.h"
+#include "driver/DeviceIds.h"
+#include "driver/Variables.h"
+#include "platform/XmlHelper.h"
+#include "queue/AudioQueue.h"
+
+using KVXML::INode;
+using NodePtr = kv::auto_com<INode>;
+
+namespace {
+
+// Stands in the older documents for an item that has no id in the media database.
+constexpr std::uint32_t kNoDatabaseId = 268435440;
+
+std::uint32_t PositionIn(const std::vector<AudioMedia>& list, const AudioMedia& media) {
+    return static_cast<std::uint32_t>(std::find(list.begin(), list.end(), media) - list.begin());
+}
+
+// The queue's id and owner, which the info documents begin with; the owner is a number here.
+NodePtr InfoRoot(std::uint32_t queueId, std::uint32_t owner) {
+    auto root = KVXML::CreateXmlNode("info");
+    XmlHelper::toXml(queueId, *root, "id");
+    XmlHelper::toXml(owner, *root, "name");
+    return root;
+}
+
+} // namespace
+
+NodePtr AudioQueue::GetSessionData() const {
+    auto rooms = KVXML::CreateXmlNode("rooms");
+    for (const auto& room : m_rooms)
+        XmlHelper::toXml(room.first, *rooms, "id");
+    return rooms;
+}
+
+std::uint32_t AudioQueue::PublishedSource(const AudioMedia& media) const {
+    return m_isInternetRadio ? static_cast<std::uint32_t>(MEDIA_INTERNET_RADIO)
+                             : static_cast<std::uint32_t>(media.type);
+}
+
+NodePtr AudioQueue::GetInfoVariable() const {
+    auto root = InfoRoot(m_queueId, m_owner);
+    auto songs = XmlHelper::AddChild(*root, "songs");
+    for (const AudioMedia& media : m_songs) {
+        auto song = XmlHelper::AddChild(*songs, "song");
+        switch (media.type) {
+            case MEDIA_DIGITAL:
+                song->SetAttribute("id", media.mediaId);
+                break;
+            case MEDIA_RHAPSODY_TRACK:
+                song->SetAttribute("id", media.externalId);
+                break;
+            case MEDIA_RHAPSODY_CHANNEL:
+                song->SetAttribute("id", media.metaData);
+                song->SetAttribute("station_id", media.externalId);
+                break;
+            case MEDIA_RESERVED:
+            case MEDIA_INTERNET_RADIO:
+                break;
+            default:
+                kv::AssertWrite(asserts::kQueuePath, asserts::kInfoMediaType, kv::StackTrace());
+        }
+        song->SetAttribute("source", PublishedSource(media));
+    }
+    return root;
+}
+
+// Readers of this older document take the list from elsewhere: its "songs" stays empty.
+NodePtr AudioQueue::GetInfoVariableVersion132() const {
+    auto root = InfoRoot(m_queueId, m_owner);
+    XmlHelper::AddChild(*root, "songs");
+    for (const AudioMedia& media : m_songs) {
+        if (media.type < MEDIA_DIGITAL || media.type > MEDIA_INTERNET_RADIO)
+            kv::AssertWrite(asserts::kQueuePath, asserts::kInfo132MediaType, kv::StackTrace());
+    }
+    return root;
+}
+
+void AudioQueue::UpdateInfoVariable() {
+    if (m_closed || !m_variables)
+        return;
+    const auto publish = [&](std::uint32_t variable, const INode& document) {
+        m_variables->SetVariable(kDriverDeviceId, kDriverDeviceId, variable, document.ToText(), true);
+    };
+    publish(variables::kQueueInfoV2, *GetInfoVariable());
+    publish(variables::kQueueInfo, *GetInfoVariableVersion132());
+}
+
+// What both status documents begin with. A queue that has ended shows as stopped.
+NodePtr AudioQueue::StatusRoot() const {
+    auto root = KVXML::CreateXmlNode("queue");
+    XmlHelper::toXml(m_queueId, *root, "id");
+    XmlHelper::toXml(m_messaging ? m_messaging->GetDeviceName(m_owner) : "", *root, "name");
+    switch (m_state) {
+        case STOP:
+        case END:
+            XmlHelper::toXml("Stop", *root, "state");
+            break;
+        case PAUSE:
+            XmlHelper::toXml("Pause", *root, "state");
+            break;
+        case PLAY:
+            XmlHelper::toXml("Play", *root, "state");
+            break;
+    }
+    return root;
+}
+
+void AudioQueue::SetStatusMediaAttributes(INode& element, const AudioMedia& media) const {
+    switch (media.type) {
+        case MEDIA_RHAPSODY_CHANNEL:
+            element.SetAttribute("id", media.metaData);
+            element.SetAttribute("station_id", media.externalId);
+            break;
+        case MEDIA_INTERNET_RADIO:
+            element.SetAttribute("id", media.metaData);
+            break;
+        case MEDIA_RHAPSODY_TRACK:
+            element.SetAttribute("id", media.externalId);
+            break;
+        default:
+            element.SetAttribute("id", media.mediaId);
+    }
+    element.SetAttribute("source", PublishedSource(media));
+}
+
+// Counts in the order in which songs were added, also while shuffle is on.
+std::uint32_t AudioQueue::PublishedIndex(const AudioMedia& current) const {
+    return m_shuffle ? PositionIn(m_songs, current) : m_currentIndex;
+}
+
+NodePtr AudioQueue::GetStatusData() {
+    auto root = StatusRoot();
+    SetStatusMediaAttributes(*XmlHelper::AddChild(*root, "song"), m_currentMedia);
+
+    AudioMedia next;
+    try {
+        next = PeekNextSong();
+    } catch (const std::out_of_range&) {
+        // A pin past the end of the list: there is no telling what comes next, and the other queues must
+        // still show.
+    }
+    SetStatusMediaAttributes(*XmlHelper::AddChild(*root, "next"), next);
+    XmlHelper::toXml(PublishedIndex(m_currentIndex == NO_SONG_INDEX ? AudioMedia() : m_currentMedia), *root,
+                     "index");
+    root->AppendChild(*GetSessionData());
+    return root;
+}
+
+NodePtr AudioQueue::GetStatusDataVersion132() {
+    auto root = StatusRoot();
+    const bool outside = m_currentMedia.type == MEDIA_RHAPSODY_TRACK ||
+                         m_currentMedia.type == MEDIA_RHAPSODY_CHANNEL ||
+                         m_currentMedia.type == MEDIA_INTERNET_RADIO;
+    XmlHelper::toXml(outside ? kNoDatabaseId : m_currentMedia.mediaId, *root, "item");
+    XmlHelper::toXml(m_currentIndex == NO_SONG_INDEX ? NO_SONG_INDEX : PublishedIndex(m_currentMedia), *root,
+                     "index");
+    root->AppendChild(*GetSessionData());
+    return root;
+}

@@ -1,0 +1,62 @@
+#include "server/ASPackets.h"
+
+std::string ASResetPacket::build() const {
+    return protocol::kReset;
+}
+std::string ASAddStreamPacket::build() const {
+    return protocol::kAddStream;
+}
+std::string ASAddAnnouncementPacket::build() const {
+    return protocol::kAddAnnouncement;
+}
+
+std::string ASStreamPacketBase::str() const {
+    return m_streamId == protocol::kNoStream ? "" : build();
+}
+
+std::string ASStreamPacketBase::Start(const char* command) const {
+    return std::string(command) + " " + std::to_string(m_streamId);
+}
+
+std::string ASRemoveStreamPacket::build() const {
+    return Start(protocol::kRemoveStream);
+}
+std::string ASEndOfStreamPacket::build() const {
+    return Start(protocol::kEndOfStream);
+}
+std::string ASRemoveMediaPacket::build() const {
+    return Start(protocol::kRemoveMedia);
+}
+
+std::string ASChangeStatePacket::build() const {
+    const char* state = m_state == PLAY ? " play" : m_state == PAUSE ? " pause" : " stop";
+    return Start(protocol::kSetState) + state;
+}
+
+std::string ASClientPacketBase::BuildClient(const char* command) const {
+    return Start(command) + " " + m_ipAddress + " " + std::to_string(m_port);
+}
+
+std::string ASAddClientPacket::build() const {
+    return BuildClient(protocol::kAddClient);
+}
+std::string ASRemoveClientPacket::build() const {
+    return BuildClient(protocol::kRemoveClient);
+}
+
+std::string ASAddMediaPacket::build() const {
+    return Start(protocol::kAddMedia) + " " + GetMediaText();
+}
+std::string ASAddFileInputPacket::build() const {
+    return Start(protocol::kAddMedia) + " " + GetMediaText();
+}
+
+std::string ASAddFileMediaPacket::build() const {
+    return Start(protocol::kAddMedia) + " \"file:/" + GetMediaText() + "\"";
+}
+
+// The stream stands in the reference a second time: it tells the server which session of the service to use.
+std::string ASAddRhapsodyMediaPacket::build() const {
+    return Start(protocol::kAddMedia) + " \"rhap://" + std::to_string(GetStreamId()) + ":" + GetMediaText() +
+           "\"";
+}

@@ -1,0 +1,68 @@
+// Which room hears which stream.
+#include "driver/Variables.h"
+#include "driver/korvel_digitalaudio.h"
+#include "platform/XmlHelper.h"
+
+using KVXML::INode;
+
+namespace {
+
+// An announcement shows as a playing queue of one song.
+constexpr std::uint32_t kAnnouncementQueueId = 2000;
+constexpr std::uint32_t kAnnouncementSong = 1;
+constexpr const char* kAnnouncementPort = "6200";
+constexpr const char* kAnnouncementChannel = "2";
+
+void AppendQueue(INode& root, AudioQueue& queue) {
+    auto info = KVXML::CreateXmlNode("audioQueueInfo");
+    info->AppendChild(*queue.GetStatusData());
+    for (const auto& [roomId, client] : queue.GetRoomClientMap()) {
+        auto room = XmlHelper::AddChild(*info, "roomInfo");
+        room->SetAttribute("roomId", roomId);
+        room->SetAttribute("ip", client->GetIpAddress());
+        room->SetAttribute("port", client->GetIpPort());
+        room->SetAttribute("channel", client->GetChannel());
+    }
+    root.AppendChild(*info);
+}
+
+void AppendAnnouncement(INode& root, const Announcement& announcement) {
+    auto info = KVXML::CreateXmlNode("audioQueueInfo");
+    auto queue = XmlHelper::AddChild(*info, "queue");
+    queue->SetAttribute("id", kAnnouncementQueueId);
+    queue->SetAttribute("name", "Announcement");
+    queue->SetAttribute("state", "Play");
+    for (const char* tag : {"song", "next"}) {
+        auto song = XmlHelper::AddChild(*queue, tag);
+        song->SetAttribute("id", kAnnouncementSong);
+        song->SetAttribute("source", kAnnouncementSong);
+    }
+    queue->SetAttribute("index", kAnnouncementSong);
+    auto rooms = XmlHelper::AddChild(*queue, "rooms");
+    for (const std::uint32_t roomId : announcement.GetRooms())
+        rooms->SetAttribute("id", roomId);
+    for (std::size_t i = 0; i < announcement.GetAddresses().size(); ++i) {
+        auto room = XmlHelper::AddChild(*info, "roomInfo");
+        room->SetAttribute("roomId", announcement.GetRooms()[i]);
+        room->SetAttribute("ip", announcement.GetAddresses()[i]);
+        room->SetAttribute("port", kAnnouncementPort);
+        room->SetAttribute("channel", kAnnouncementChannel);
+    }
+    root.AppendChild(*info);
+}
+
+} // namespace
+
+void korvel_digitalaudio::UpdateRoomMapInfoVar() {
+    const auto root = KVXML::CreateXmlNode("info");
+    ForEachServer([&](const AudioServer& server) {
+        for (const std::uint32_t queueId : server.GetQueueIds()) {
+            if (AudioQueue* queue = server.GetAudioQueue(queueId))
+                AppendQueue(*root, *queue);
+        }
+        const Announcement* announcement = server.GetAnnouncement();
+        if (announcement && !announcement->GetAddresses().empty())
+            AppendAnnouncement(*root, *announcement);
+    });
+    ChangeMyVariable(variables::kRoomMapInfo, root->ToText());
+}
