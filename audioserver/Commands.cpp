@@ -41,7 +41,7 @@ std::string Session::CreateStream(const Request& request) {
     try {
         // The session outlives its streams, and a stream calls only from the loop.
         m_streams[number] = Stream::Create(m_socket.get_executor(), number, m_context.inputs,
-                                           [this](std::string line) { Send(std::move(line)); });
+                                           [this](std::string_view line) { Send(line); });
     } catch (const std::runtime_error& error) {
         Log("no stream: " + std::string(error.what()));
         m_streams.erase(number);

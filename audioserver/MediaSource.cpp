@@ -14,7 +14,7 @@ namespace korvel::audioserver {
 /// How much decoded sound is kept between decoder and sender.
 struct MediaSource::Reserve {
     std::uint64_t queueMilliseconds;
-    std::uint64_t fillMilliseconds;
+    std::size_t fillMilliseconds;
     bool live;
 };
 
@@ -194,8 +194,7 @@ MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, MediaNotify no
                      sink.get(), nullptr);
     gst_element_link_many(converter.get(), resampler.get(), queue.get(), sink.get(), nullptr);
     ConnectHead(m_head, converter.get());
-    m_feed = std::make_shared<PcmFeed>(GST_APP_SINK(sink.get()), queue.get(), reserve.fillMilliseconds,
-                                       std::move(notify));
+    m_feed = std::make_shared<PcmFeed>(GST_APP_SINK(sink.get()), reserve.fillMilliseconds, std::move(notify));
 }
 
 void MediaSource::ConnectHead(GstElement* head, GstElement* converter) {

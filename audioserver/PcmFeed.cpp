@@ -4,21 +4,22 @@
 #include <string>
 #include <utility>
 
+#include "audioserver/PcmFormat.h"
+
 namespace korvel::audioserver {
 namespace {
 
 /// A status line per this much of the reserve: enough to watch, too few to flood a connection.
-constexpr std::uint64_t kFillStepPercent = 25;
+constexpr std::size_t kFillStepPercent = 25;
 
 } // namespace
 
-PcmFeed::PcmFeed(GstAppSink* sink, GstElement* queue, std::uint64_t fillMilliseconds, MediaNotify notify)
+PcmFeed::PcmFeed(GstAppSink* sink, std::size_t fillMilliseconds, MediaNotify notify)
     : m_sink(GST_ELEMENT(gst_object_ref(sink))),
-      m_queue(GST_ELEMENT(gst_object_ref(queue))),
       m_adapter(gst_adapter_new()),
-      m_fillMilliseconds(fillMilliseconds),
+      m_fillBytes(fillMilliseconds * kSampleRate / 1000 * kFrameBytes),
       m_notify(std::move(notify)),
-      m_filling(fillMilliseconds > 0) {}
+      m_filling(m_fillBytes > 0) {}
 
 PcmFeed::~PcmFeed() {
     g_object_unref(m_adapter);
@@ -32,7 +33,7 @@ PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
     std::size_t available = gst_adapter_available(m_adapter);
     if (available < packet.size()) {
         if (!gst_app_sink_is_eos(GST_APP_SINK(m_sink.get()))) {
-            m_filling = m_fillMilliseconds > 0;
+            m_filling = m_fillBytes > 0;
             return Result::kStarved;
         }
         // The end may have come together with a last buffer after the first look.
@@ -59,9 +60,8 @@ void PcmFeed::ReportEnd() {
 }
 
 bool PcmFeed::IsFilled() {
-    guint64 level = 0;
-    g_object_get(m_queue.get(), "current-level-time", &level, nullptr);
-    const std::uint64_t percent = level / (m_fillMilliseconds * (GST_MSECOND / 100));
+    Draw(m_fillBytes);
+    const std::size_t percent = gst_adapter_available(m_adapter) * 100 / m_fillBytes;
     if (percent < 100 && !gst_app_sink_is_eos(GST_APP_SINK(m_sink.get()))) {
         ReportFill(percent);
         return false;
@@ -84,8 +84,8 @@ void PcmFeed::Draw(std::size_t wanted) {
     }
 }
 
-void PcmFeed::ReportFill(std::uint64_t percent) {
-    const std::uint64_t step = percent / kFillStepPercent * kFillStepPercent;
+void PcmFeed::ReportFill(std::size_t percent) {
+    const std::size_t step = percent / kFillStepPercent * kFillStepPercent;
     if (step > m_reportedFill) {
         m_reportedFill = step;
         m_notify({MediaEvent::Kind::kStatus, "buffering " + std::to_string(step) + "%"});

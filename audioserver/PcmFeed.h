@@ -23,12 +23,10 @@ public:
     };
 
     /// @param sink where decoded sound arrives, started before the first Read()
-    /// @param queue in front of the sink
-    /// @param fillMilliseconds sound that must wait in the queue before any is given out, again after each
-    /// time that
-    ///        it ran dry; 0 for a source that needs no reserve
+    /// @param fillMilliseconds sound that must be there before any is given out, again after each
+    ///        time that it ran dry; 0 for a source that needs no reserve
     /// @param notify hears kStatus while filling, and kFailed or kDrained once at the end
-    PcmFeed(GstAppSink* sink, GstElement* queue, std::uint64_t fillMilliseconds, MediaNotify notify);
+    PcmFeed(GstAppSink* sink, std::size_t fillMilliseconds, MediaNotify notify);
     ~PcmFeed();
     PcmFeed(const PcmFeed&) = delete;
     PcmFeed& operator=(const PcmFeed&) = delete;
@@ -42,17 +40,16 @@ public:
 private:
     bool IsFilled();
     void Draw(std::size_t wanted);
-    void ReportFill(std::uint64_t percent);
+    void ReportFill(std::size_t percent);
 
     ElementPtr m_sink;
-    ElementPtr m_queue;
     GstAdapter* m_adapter;
-    std::uint64_t m_fillMilliseconds;
+    std::size_t m_fillBytes;
     MediaNotify m_notify;
     bool m_filling;
     bool m_hadAudio = false;
     bool m_endReported = false;
-    std::uint64_t m_reportedFill = 0;
+    std::size_t m_reportedFill = 0;
 };
 
 } // namespace korvel::audioserver

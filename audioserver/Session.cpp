@@ -11,6 +11,10 @@
 namespace korvel::audioserver {
 namespace {
 
+constexpr int kSendBufferBytes = 256 * 1024;
+/// Further unusable lines of a connection would only fill the log.
+constexpr unsigned kMaxLoggedRefusals = 10;
+
 std::string PeerName(const boost::asio::ip::tcp::socket& socket) {
     boost::system::error_code error;
     const auto peer = socket.remote_endpoint(error);
@@ -35,6 +39,8 @@ void Session::Start() {
     boost::system::error_code ignored;
     m_socket.set_option(boost::asio::ip::tcp::no_delay(true), ignored);
     m_socket.set_option(boost::asio::socket_base::keep_alive(true), ignored);
+    // The kernel's share of what waits to go out; the rest is bounded by kMaxPendingBytes.
+    m_socket.set_option(boost::asio::socket_base::send_buffer_size(kSendBufferBytes), ignored);
     Log(m_name + " connected");
     Read();
 }
@@ -93,32 +99,40 @@ void Session::OnBytes(std::size_t count) {
 void Session::HandleLine(std::string_view line) {
     const auto parsed = ParseLine(line);
     if (const auto* refusal = std::get_if<Refusal>(&parsed)) {
-        Log(m_name + " sent an unusable line: " + OneLine(line));
+        LogRefusal(line);
         Send(NoLine(refusal->sequence, refusal->command, refusal->stream));
         return;
     }
     Dispatch(std::get<Request>(parsed));
 }
 
-void Session::Send(std::string line) {
+void Session::LogRefusal(std::string_view line) {
+    if (m_loggedRefusals > kMaxLoggedRefusals) {
+        return;
+    }
+    const bool last = m_loggedRefusals++ == kMaxLoggedRefusals;
+    Log(m_name + (last ? " goes on sending unusable lines" : " sent an unusable line: " + OneLine(line)));
+}
+
+void Session::Send(std::string_view line) {
     if (!m_open) {
         return;
     }
-    m_outgoingBytes += line.size();
-    if (m_outgoingBytes > kMaxPendingBytes) {
+    m_outgoing.append(line);
+    if (m_outgoing.size() + m_inFlight.size() > kMaxPendingBytes) {
         Close("does not read its answers");
         return;
     }
-    m_outgoing.push_back(std::move(line));
-    if (!m_writing) {
+    if (m_inFlight.empty()) {
         Write();
     }
 }
 
+/// Sends all that waits in one go; what comes meanwhile waits for the next.
 void Session::Write() {
-    m_writing = true;
+    m_inFlight.swap(m_outgoing);
     boost::asio::async_write(
-        m_socket, boost::asio::buffer(m_outgoing.front()),
+        m_socket, boost::asio::buffer(m_inFlight),
         [self = shared_from_this()](const boost::system::error_code& error, std::size_t) {
             if (!self->m_open) {
                 return;
@@ -127,9 +141,7 @@ void Session::Write() {
                 self->Close(error.message());
                 return;
             }
-            self->m_outgoingBytes -= self->m_outgoing.front().size();
-            self->m_outgoing.pop_front();
-            self->m_writing = false;
+            self->m_inFlight.clear();
             if (!self->m_outgoing.empty()) {
                 self->Write();
             }

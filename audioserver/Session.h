@@ -3,11 +3,11 @@
 
 #include <array>
 #include <boost/asio/ip/tcp.hpp>
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "audioserver/LineParser.h"
 #include "audioserver/Stream.h"
@@ -43,7 +43,8 @@ private:
     void Read();
     void OnBytes(std::size_t count);
     void HandleLine(std::string_view line);
-    void Send(std::string line);
+    void LogRefusal(std::string_view line);
+    void Send(std::string_view line);
     void Write();
 
     // Commands.cpp
@@ -63,10 +64,10 @@ private:
 
     std::array<char, 4096> m_chunk{};
     std::string m_line;
+    unsigned m_loggedRefusals = 0;
 
-    std::deque<std::string> m_outgoing;
-    std::size_t m_outgoingBytes = 0;
-    bool m_writing = false;
+    std::string m_outgoing;
+    std::string m_inFlight;
 
     std::map<StreamNumber, std::shared_ptr<Stream>> m_streams;
 };

@@ -63,6 +63,9 @@ void Stream::AddMedia(const MediaReference& reference) {
     }
     if (reference.kind == MediaReference::Kind::kWeb) {
         MakeNotify()({MediaEvent::Kind::kStatus, "connecting"});
+    } else if (reference.kind == MediaReference::Kind::kInput) {
+        // A live source never reports that it has its first sound.
+        MakeNotify()({MediaEvent::Kind::kReady, {}});
     }
     m_output->SetFeed(m_media->Feed());
 }
@@ -71,6 +74,7 @@ void Stream::Unload() {
     ++m_generation;
     m_output->SetFeed(nullptr);
     m_media.reset();
+    m_ready = false;
     m_lastInfo.clear();
     m_lastStatus.clear();
 }
@@ -143,7 +147,10 @@ void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
 }
 
 void Stream::OnReady() {
-    if (m_mediaKind != MediaReference::Kind::kFile && m_media->IsBroadcast()) {
+    if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile) {
+        return;
+    }
+    if (m_media->IsBroadcast()) {
         m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
     }
 }

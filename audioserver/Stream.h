@@ -28,7 +28,7 @@ using Inputs = std::map<std::string, std::string>;
 class Stream : public std::enable_shared_from_this<Stream> {
 public:
     /// Takes the lines of events, on the loop and never from inside a call of this class.
-    using LineSink = std::function<void(std::string line)>;
+    using LineSink = std::function<void(std::string_view line)>;
 
     /// @param inputs local inputs by name; must outlive the stream
     /// @throws std::runtime_error when the output cannot be built
@@ -68,6 +68,7 @@ private:
     std::unique_ptr<MediaSource> m_media;
     MediaReference::Kind m_mediaKind = MediaReference::Kind::kBad;
     std::uint64_t m_generation = 0;
+    bool m_ready = false;
     std::string m_lastInfo;
     std::string m_lastStatus;
 };

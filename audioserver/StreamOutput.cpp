@@ -1,5 +1,6 @@
 #include "audioserver/StreamOutput.h"
 
+#include <algorithm>
 #include <cstring>
 #include <span>
 #include <stdexcept>
@@ -12,7 +13,7 @@ namespace {
 
 constexpr GstClockTime kPacketDuration = kPacketMilliseconds * GST_MSECOND;
 /// Long enough that a gap between two songs is heard as silence and not as a lost sender.
-constexpr std::uint64_t kIdlePackets = 2000 / kPacketMilliseconds;
+constexpr std::uint64_t kIdlePackets = 1000 / kPacketMilliseconds;
 
 using ErrorNotify = std::function<void(std::string)>;
 
@@ -30,6 +31,18 @@ GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) 
 
 void DeleteNotify(gpointer notify) {
     delete static_cast<ErrorNotify*>(notify);
+}
+
+/// Often enough that a room which joins learns the stream's clock within a moment.
+constexpr guint64 kReportInterval = GST_SECOND;
+
+void SetReportInterval(GstElement* rtpbin) {
+    GObject* session = nullptr;
+    g_signal_emit_by_name(rtpbin, "get-internal-session", 0U, &session);
+    if (session != nullptr) {
+        g_object_set(session, "rtcp-min-interval", kReportInterval, nullptr);
+        g_object_unref(session);
+    }
 }
 
 constexpr const char* kPipeline =
@@ -86,6 +99,7 @@ void StreamOutput::BuildPipeline() {
     // Timestamps follow the clock and not the count of samples: after a rest they must have moved on.
     g_object_set(part("pay"), "min-ptime", packetDuration, "max-ptime", packetDuration, "perfect-rtptime",
                  FALSE, nullptr);
+    SetReportInterval(part("rtp"));
     GstAppSrcCallbacks callbacks{};
     callbacks.need_data = OnNeedData;
     gst_app_src_set_callbacks(GST_APP_SRC(m_source), &callbacks, this, nullptr);

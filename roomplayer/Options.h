@@ -12,7 +12,7 @@ inline constexpr unsigned kMinLatencyMilliseconds = 5;
 inline constexpr unsigned kMaxLatencyMilliseconds = 5000;
 
 struct Options {
-    std::string address = "0.0.0.0";
+    std::string address = "127.0.0.1";
     /// RTP port, RTCP on the next; 0 picks a free pair.
     std::uint16_t port = 0;
     unsigned latencyMilliseconds = 100;

@@ -84,7 +84,8 @@ Player::Player(const Options& options)
     : m_ports(BindUdpPorts(options.address, options.port)),
       m_drainTime(std::chrono::milliseconds(options.latencyMilliseconds) + kForgetMargin),
       m_pipeline(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr)))),
-      m_loop(g_main_loop_new(nullptr, FALSE)) {
+      m_loop(g_main_loop_new(nullptr, FALSE)),
+      m_signals{g_unix_signal_add(SIGINT, OnSignal, this), g_unix_signal_add(SIGTERM, OnSignal, this)} {
     if (!options.recordPath.empty()) {
         m_recording = std::make_unique<WavWriter>(options.recordPath);
     }
@@ -101,6 +102,9 @@ Player::~Player() {
     gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
     const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
     gst_bus_remove_watch(bus.get());
+    for (const guint signal : m_signals) {
+        g_source_remove(signal);
+    }
     g_main_loop_unref(m_loop);
 }
 
@@ -191,11 +195,7 @@ void Player::AddRecorder() {
 }
 
 bool Player::Run() {
-    const guint interrupt = g_unix_signal_add(SIGINT, OnSignal, this);
-    const guint terminate = g_unix_signal_add(SIGTERM, OnSignal, this);
     g_main_loop_run(m_loop);
-    g_source_remove(interrupt);
-    g_source_remove(terminate);
     return !m_failed;
 }
 

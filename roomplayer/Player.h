@@ -3,6 +3,7 @@
 
 #include <gst/app/gstappsink.h>
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -29,7 +30,7 @@ namespace korvel::roomplayer {
 class Player {
 public:
     /// Binds the ports, opens the recording and starts. A missing sound device is no error: the sound is
-    /// discarded.
+    /// discarded. From here on SIGINT and SIGTERM end Run(), also when they come before it.
     /// @throws std::runtime_error with one line of text
     explicit Player(const Options& options);
     ~Player();
@@ -71,7 +72,8 @@ private:
     GstElement* m_rtpbin = nullptr; // these three are owned by the pipeline
     GstElement* m_mixer = nullptr;
     GstElement* m_tee = nullptr;
-    GMainLoop* m_loop = nullptr;
+    GMainLoop* m_loop;
+    std::array<guint, 2> m_signals;
     bool m_failed = false;
 
     SenderGate m_gate;              // only used by the receiving thread

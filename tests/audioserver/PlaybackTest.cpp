@@ -1,0 +1,110 @@
+// What a room hears of one stream.
+#include "Bed.h"
+
+namespace korvel::tests {
+namespace {
+
+class Playback : public Bed {
+protected:
+    /// A stream with the room as its client.
+    std::string StreamTo(LineClient& driver, const Room& room) {
+        const std::string stream = std::to_string(driver.AddStream());
+        EXPECT_EQ(driver.Ask("addcli " + stream + " " + room.Client()), "OK addcli " + stream);
+        return stream;
+    }
+};
+
+TEST_F(Playback, PlaysASongAndReportsItsEndWhenItIsSent) {
+    const auto room = AddRoom();
+    const auto driver = Connect();
+    EXPECT_EQ(driver->Ask("reset"), "OK reset");
+    const std::string stream = StreamTo(*driver, *room);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(driver->Ask("addmed " + stream + " " + FileMedia(ToneFile("a.wav", {{500, 0.8}}))),
+              "OK addmed " + stream);
+    EXPECT_EQ(driver->NextEvent(), "* addmed EOM=" + stream);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(790));
+    EXPECT_TRUE(room->Hears(0, 0.2));
+    EXPECT_TRUE(room->Stop());
+    EXPECT_NEAR(room->Heard().Seconds(500), 0.8, 0.1);
+    EXPECT_EQ(room->Heard().Order({0, 500}), (std::vector<int>{500, 0}));
+}
+
+TEST_F(Playback, GoesOnAfterAPauseAtTheSamePlace) {
+    const auto room = AddRoom();
+    const auto driver = Connect();
+    const std::string stream = StreamTo(*driver, *room);
+    const std::string song = ToneFile("a.wav", {{500, 0.8}, {1000, 0.4}});
+    driver->Ask("addmed " + stream + " " + FileMedia(song));
+    EXPECT_TRUE(room->Hears(500, 0.2));
+    EXPECT_EQ(driver->Ask("setsta " + stream + " pause"), "OK setsta " + stream);
+    EXPECT_TRUE(room->Hears(0, 0.6));
+    EXPECT_EQ(driver->Ask("setsta " + stream + " play"), "OK setsta " + stream);
+    EXPECT_EQ(driver->NextEvent(), "* addmed EOM=" + stream);
+    EXPECT_TRUE(room->Hears(0, 0.2));
+    EXPECT_EQ(room->Heard().Order({0, 500, 1000}), (std::vector<int>{500, 0, 500, 1000, 0}));
+    EXPECT_NEAR(room->Heard().Seconds(500), 0.8, 0.12);
+    EXPECT_NEAR(room->Heard().Seconds(1000), 0.4, 0.1);
+}
+
+TEST_F(Playback, ANewMediaTakesOverAtOnceAndTheOldOneIsNeverHeardOfAgain) {
+    const auto room = AddRoom();
+    const auto driver = Connect();
+    const std::string stream = StreamTo(*driver, *room);
+    driver->Ask("addmed " + stream + " " + FileMedia(ToneFile("long.wav", {{500, 20}})));
+    EXPECT_TRUE(room->Hears(500, 0.2));
+    driver->Ask("addmed " + stream + " " + FileMedia(PathOf("missing.wav")));
+    driver->Ask("addmed " + stream + " " + FileMedia(ToneFile("next.wav", {{1000, 0.4}})));
+    const std::string event = driver->NextEvent();
+    // The missing one may have failed before it was replaced, never after.
+    EXPECT_EQ(event.starts_with("* addmed BAD=") ? driver->NextEvent() : event, "* addmed EOM=" + stream);
+    EXPECT_TRUE(room->Hears(0, 0.2));
+    EXPECT_EQ(room->Heard().Order({500, 1000}), (std::vector<int>{500, 1000}));
+    EXPECT_EQ(driver->Ask("reset"), "OK reset");
+    EXPECT_EQ(driver->NextEvent(std::chrono::milliseconds(0)), "");
+}
+
+TEST_F(Playback, ANewMediaPlaysAlsoWhenTheOldOneWasPaused) {
+    const auto room = AddRoom();
+    const auto driver = Connect();
+    const std::string stream = StreamTo(*driver, *room);
+    driver->Ask("addmed " + stream + " " + FileMedia(ToneFile("long.wav", {{500, 20}})));
+    driver->Ask("setsta " + stream + " pause");
+    driver->Ask("addmed " + stream + " " + FileMedia(ToneFile("next.wav", {{1000, 0.3}})));
+    EXPECT_EQ(driver->NextEvent(), "* addmed EOM=" + stream);
+    EXPECT_TRUE(room->Hears(0, 0.2));
+    EXPECT_NEAR(room->Heard().Seconds(1000), 0.3, 0.1);
+}
+
+TEST_F(Playback, EveryWayToEndAMediaSilencesTheRoomWithoutAnEvent) {
+    const auto room = AddRoom();
+    const auto driver = Connect();
+    const std::string stream = StreamTo(*driver, *room);
+    const std::string song = FileMedia(ToneFile("long.wav", {{500, 20}}));
+    for (const std::string& end : {"remmed " + stream, "eos " + stream, "setsta " + stream + " stop"}) {
+        driver->Ask("addmed " + stream + " " + song);
+        EXPECT_TRUE(room->Hears(500, 0.1)) << end;
+        EXPECT_EQ(driver->Ask(end), "OK " + end.substr(0, end.find(' ')) + " " + stream);
+        EXPECT_TRUE(room->Hears(0, 0.2)) << end;
+        EXPECT_EQ(driver->NextEvent(std::chrono::milliseconds(0)), "");
+        EXPECT_EQ(driver->Ask("setsta " + stream + " play"), "OK setsta " + stream);
+    }
+}
+
+TEST_F(Playback, PlaysAfterALongIdleTime) {
+    const auto room = AddRoom();
+    const auto driver = Connect();
+    const std::string stream = StreamTo(*driver, *room);
+    const std::string song = FileMedia(ToneFile("a.wav", {{500, 0.3}}));
+    driver->Ask("addmed " + stream + " " + song);
+    EXPECT_EQ(driver->NextEvent(), "* addmed EOM=" + stream);
+    // Longer than the stream goes on sending silence.
+    EXPECT_TRUE(room->Hears(0, 1.4));
+    driver->Ask("addmed " + stream + " " + song);
+    EXPECT_EQ(driver->NextEvent(), "* addmed EOM=" + stream);
+    EXPECT_TRUE(room->Hears(0, 0.2));
+    EXPECT_NEAR(room->Heard().Seconds(500), 0.6, 0.15);
+}
+
+} // namespace
+} // namespace korvel::tests

@@ -1,0 +1,81 @@
+// The programs as a service manager sees them.
+#include <signal.h>
+
+#include <algorithm>
+
+#include "Bed.h"
+
+namespace korvel::tests {
+namespace {
+
+class Program : public Bed {
+protected:
+    /// Runs a program that ends by itself; its exit code, and its stderr in m_errors.
+    int Run(const std::string& program, const std::vector<std::string>& arguments) {
+        Process process(program, arguments, PathOf("run.log"));
+        m_output = process.ReadLine().value_or("");
+        const int code = process.WaitForExit().value_or(-1);
+        m_errors = process.Errors();
+        return code;
+    }
+    /// Whether the run ended with an error code and said why in one line.
+    bool Fails(const std::string& program, const std::vector<std::string>& arguments) {
+        return Run(program, arguments) > 0 && std::count(m_errors.begin(), m_errors.end(), '\n') == 1;
+    }
+
+    std::string m_output;
+    std::string m_errors;
+};
+
+TEST_F(Program, ServerEndsWellOnASignalWhilePlaying) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Process server(KORVEL_AUDIOSERVER, {"--port", "0"}, PathOf("a.log"));
+        LineClient driver(PortOf(server.ReadLine().value_or("")));
+        driver.AddStream();
+        driver.Ask("addcli 1 127.0.0.1 40000");
+        driver.Ask("addmed 1 " + FileMedia(ToneFile("a.wav", {{500, 20}})));
+        server.Signal(signal);
+        EXPECT_EQ(server.WaitForExit(), 0) << server.Errors();
+        EXPECT_TRUE(driver.IsClosedByServer());
+    }
+}
+
+TEST_F(Program, PlayerEndsWellOnASignal) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Process player(KORVEL_ROOMPLAYER, {"--port", "0", "--no-device"}, PathOf("a.log"));
+        EXPECT_NE(PortOf(player.ReadLine().value_or("")), 0);
+        player.Signal(signal);
+        EXPECT_EQ(player.WaitForExit(), 0) << player.Errors();
+    }
+}
+
+TEST_F(Program, HelpIsNoFailure) {
+    for (const char* program : {KORVEL_AUDIOSERVER, KORVEL_ROOMPLAYER}) {
+        EXPECT_EQ(Run(program, {"--help"}), 0);
+        EXPECT_NE(m_output, "");
+        EXPECT_EQ(m_errors, "");
+    }
+}
+
+TEST_F(Program, ServerSaysWhatIsWrongWithItsOptions) {
+    EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "x"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "65536"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--address", "home"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--input", "nothing"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--loud"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", std::to_string(ServerPort())})) << m_errors;
+}
+
+TEST_F(Program, PlayerSaysWhatIsWrongWithItsOptions) {
+    const auto room = AddRoom();
+    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "65535"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--latency", "0"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--address", "home"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--record", PathOf("no/folder.wav")})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", std::to_string(room->Port())})) << m_errors;
+}
+
+} // namespace
+} // namespace korvel::tests

@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include "roomplayer/SenderGate.h"
+
+namespace korvel::roomplayer {
+namespace {
+
+using std::chrono::milliseconds;
+
+class SenderGateTest : public testing::Test {
+protected:
+    /// Packets of a sender every 4 ms for a while; whether the last one was heard.
+    bool Send(std::uint32_t sender, milliseconds length) {
+        bool heard = false;
+        for (milliseconds sent{0}; sent < length; sent += milliseconds(4)) {
+            m_now += milliseconds(4);
+            heard = m_gate.Admit(sender, m_now);
+        }
+        return heard;
+    }
+    /// Both send; which of them is heard in the end.
+    std::uint32_t SendBoth(std::uint32_t one, std::uint32_t other, milliseconds length) {
+        for (milliseconds sent{0}; sent < length; sent += milliseconds(4)) {
+            Send(one, milliseconds(4));
+            Send(other, milliseconds(4));
+        }
+        return m_gate.Current().value_or(0);
+    }
+
+    SenderGate m_gate;
+    SenderGate::Clock::time_point m_now{};
+};
+
+TEST_F(SenderGateTest, HearsTheFirstSender) {
+    EXPECT_FALSE(m_gate.Current());
+    EXPECT_TRUE(Send(1, milliseconds(4)));
+    EXPECT_EQ(m_gate.Current(), 1U);
+}
+
+TEST_F(SenderGateTest, HearsTheNewestWhileTheOldOneGoesOn) {
+    Send(1, milliseconds(100));
+    EXPECT_TRUE(Send(2, milliseconds(4)));
+    EXPECT_EQ(SendBoth(1, 2, milliseconds(2000)), 2U);
+    EXPECT_FALSE(Send(1, milliseconds(4)));
+}
+
+TEST_F(SenderGateTest, ReturnsToTheOldOneWhenItStartsAnew) {
+    Send(1, milliseconds(100));
+    Send(2, SenderGate::kRestart + milliseconds(100));
+    EXPECT_TRUE(Send(1, milliseconds(4)));
+}
+
+TEST_F(SenderGateTest, ReturnsToTheOldOneWhenTheNewestFallsSilent) {
+    Send(1, milliseconds(100));
+    SendBoth(1, 2, milliseconds(300));
+    EXPECT_FALSE(Send(1, SenderGate::kLost - milliseconds(20)));
+    EXPECT_TRUE(Send(1, milliseconds(40)));
+}
+
+TEST_F(SenderGateTest, ALongPauseChangesNothing) {
+    Send(1, milliseconds(100));
+    m_now += milliseconds(60000);
+    EXPECT_TRUE(Send(1, milliseconds(4)));
+}
+
+TEST_F(SenderGateTest, NoiseCannotFlapTheRoom) {
+    Send(1, milliseconds(100));
+    EXPECT_TRUE(Send(2, milliseconds(4)));
+    EXPECT_FALSE(Send(3, milliseconds(4)));
+    EXPECT_EQ(m_gate.Current(), 2U);
+}
+
+TEST_F(SenderGateTest, LeftSendersAreTakenOnceAndLate) {
+    Send(1, milliseconds(100));
+    Send(2, milliseconds(100));
+    EXPECT_FALSE(m_gate.TakeLeft(m_now, milliseconds(300)));
+    Send(2, milliseconds(300));
+    EXPECT_EQ(m_gate.TakeLeft(m_now, milliseconds(300)), 1U);
+    EXPECT_FALSE(m_gate.TakeLeft(m_now, milliseconds(300)));
+}
+
+TEST_F(SenderGateTest, ManySendersAreForgotten) {
+    for (std::uint32_t sender = 1; sender < 1000; ++sender) {
+        Send(sender, milliseconds(100));
+        EXPECT_EQ(m_gate.Current(), sender);
+    }
+}
+
+} // namespace
+} // namespace korvel::roomplayer
