@@ -1,0 +1,188 @@
+#include "ctl/Actions.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "platform/XmlHelper.h"
+
+namespace korvel::ctl {
+namespace {
+
+using nlohmann::json;
+
+constexpr int kMaxSuggestions = 10;
+
+bool IsNumber(const std::string& text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+bool EqualIgnoringCase(const std::string& a, const std::string& b) {
+    return std::ranges::equal(
+        a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+std::string Text(const json& object, const char* name) {
+    const auto found = object.find(name);
+    return found != object.end() && found->is_string() ? found->get<std::string>() : "";
+}
+
+std::string Id(const json& object) {
+    return object.at("id").dump();
+}
+
+std::string SongLine(const json& song) {
+    return Id(song) + "  " + Text(song, "title") + " - " + Text(song, "artist") + " (" + Text(song, "album") +
+           ")";
+}
+
+std::string MediaLine(const json& room) {
+    if (!room.at("routed").get<bool>())
+        return "off";
+    const json& media = room.at("media");
+    if (!media.is_object() || (Text(media, "title").empty() && Text(media, "channel").empty()))
+        return "queue " + room.at("queue").dump() + ", nothing playing";
+    std::string line = Text(media, "title");
+    for (const char* more : {"channel", "artist", "album"}) {
+        if (const std::string text = Text(media, more); !text.empty())
+            line += (line.empty() ? "" : " - ") + text;
+    }
+    return "queue " + room.at("queue").dump() + ", " + line;
+}
+
+} // namespace
+
+void Actions::Rooms() {
+    for (const json& room : m_client.Get("/api/rooms"))
+        m_out << Id(room) << "  " << Text(room, "name") << ": " << MediaLine(room) << "\n";
+}
+
+void Actions::Status() {
+    const json status = m_client.Get("/api/status");
+    m_out << "controller " << Text(status, "version") << ": "
+          << (status.at("ready").get<bool>() ? "ready" : Text(status, "notReadyBecause")) << "\n";
+    for (const json& server : status.at("servers")) {
+        m_out << "audio server " << Text(server, "host") << ":" << server.at("port") << " (binding "
+              << server.at("binding")
+              << "): " << (server.at("connected").get<bool>() ? "connected" : "not connected") << "\n";
+    }
+    const json& scan = status.at("scan");
+    m_out << "scan: " << Text(scan, "phase") << ", " << scan.at("done") << " of " << scan.at("seen")
+          << " files, " << scan.at("added") << " added, " << scan.at("removed") << " removed\n";
+}
+
+void Actions::Search(const std::string& text) {
+    const json found = m_client.Get("/api/library/search?q=" + PercentEncode(text));
+    for (const json& song : found.at("songs").at("items"))
+        m_out << "song   " << SongLine(song) << "\n";
+    for (const json& album : found.at("albums").at("items"))
+        m_out << "album  " << Id(album) << "  " << Text(album, "title") << " - " << Text(album, "artist")
+              << "\n";
+    for (const json& artist : found.at("artists").at("items"))
+        m_out << "artist " << Text(artist, "name") << "\n";
+}
+
+std::string Actions::RoomId(const std::string& room) {
+    std::string known;
+    for (const json& each : m_client.Get("/api/rooms")) {
+        if (Id(each) == room || EqualIgnoringCase(Text(each, "name"), room))
+            return Id(each);
+        known += (known.empty() ? "" : ", ") + Text(each, "name");
+    }
+    throw Failure("there is no room '" + room + "'; the rooms are: " + known);
+}
+
+std::string Actions::SongId(const std::string& song) {
+    if (IsNumber(song))
+        return Id(m_client.Get("/api/library/songs/" + song));
+    json found = m_client.Get("/api/library/songs?title=" + PercentEncode(song)).at("items");
+    if (found.empty())
+        found = m_client.Get("/api/library/search?q=" + PercentEncode(song)).at("songs").at("items");
+    if (found.empty())
+        throw Failure("there is no song '" + song + "'");
+    if (found.size() == 1)
+        return Id(found[0]);
+    std::string text = "'" + song + "' may be any of these, say which by its id:";
+    for (std::size_t i = 0; i < found.size() && i < kMaxSuggestions; ++i)
+        text += "\n  " + SongLine(found[i]);
+    throw Failure(text);
+}
+
+std::string Actions::Run(const std::string& name, const json& parameters) {
+    return Text(m_client.Post("/api/command", {{"name", name}, {"parameters", parameters}}), "return");
+}
+
+void Actions::Play(const std::string& room, const std::vector<std::string>& songs, bool add) {
+    const std::string roomId = RoomId(room);
+    std::vector<std::string> ids;
+    for (const std::string& song : songs)
+        ids.push_back(SongId(song));
+    json parameters = {{"ROOM_ID", roomId},
+                       {"CLEAR", add ? "0" : "1"},
+                       // "Now" waits for a song that plays; "next" after clearing does not.
+                       {"PLAY_NOW", add ? "1" : "0"},
+                       {"PLAY_NEXT", add ? "0" : "1"}};
+    if (ids.size() == 1)
+        parameters["MEDIA_ID"] = ids[0];
+    else
+        parameters["MEDIA"] = SongListXml(ids);
+    if (Run(ids.size() == 1 ? "ADD_SONG" : "ADD_SONG_LIST", parameters).empty())
+        throw Failure("the controller did not take the songs");
+    m_out << ids.size() << (ids.size() == 1 ? " song" : " songs") << (add ? " added\n" : " playing\n");
+}
+
+void Actions::Transport(const std::string& command, const std::string& room) {
+    Run(command, {{"ROOM_ID", RoomId(room)}});
+}
+
+void Actions::Join(const std::string& room, const std::vector<std::string>& others) {
+    const std::string roomId = RoomId(room);
+    std::string list;
+    for (const std::string& other : others)
+        list += (list.empty() ? "" : ",") + RoomId(other);
+    if (Run("ADD_ROOMS_TO_SESSION", {{"ROOM_ID", roomId}, {"ROOM_ID_LIST", list}}).empty())
+        throw Failure("room '" + room + "' plays nothing that others could join");
+}
+
+nlohmann::json Actions::Resolve(const std::vector<std::string>& words) {
+    json parameters = ParseParameters(words);
+    for (const char* name : {"ROOM_ID", "JOIN_ID"}) {
+        if (parameters.contains(name) && !IsNumber(parameters[name]))
+            parameters[name] = RoomId(parameters[name]);
+    }
+    return parameters;
+}
+
+void Actions::Command(const std::string& name, const std::vector<std::string>& parameters) {
+    if (const std::string answer = Run(name, Resolve(parameters)); !answer.empty())
+        m_out << answer << "\n";
+}
+
+void Actions::Request(const std::string& name, const std::vector<std::string>& parameters) {
+    const json answer = m_client.Post("/api/request", {{"name", name}, {"parameters", Resolve(parameters)}});
+    if (const std::string reply = Text(answer, "reply"); !reply.empty())
+        m_out << reply << "\n";
+}
+
+void Actions::Watch() {
+    m_client.Watch([this](const json& event) { m_out << event.dump() << std::endl; });
+}
+
+nlohmann::json ParseParameters(const std::vector<std::string>& words) {
+    json parameters = json::object();
+    for (const std::string& word : words) {
+        const std::size_t equals = word.find('=');
+        if (equals == std::string::npos || equals == 0)
+            throw Failure("'" + word + "' is not of the form KEY=VALUE");
+        parameters[word.substr(0, equals)] = word.substr(equals + 1);
+    }
+    return parameters;
+}
+
+std::string SongListXml(const std::vector<std::string>& songIds) {
+    const auto media = KVXML::CreateXmlNode("MEDIA");
+    for (const std::string& id : songIds)
+        XmlHelper::AddChild(*media, "MEDIA_ID", id);
+    return media->ToText();
+}
+
+} // namespace korvel::ctl

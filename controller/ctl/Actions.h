@@ -1,0 +1,47 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "ctl/Client.h"
+
+namespace korvel::ctl {
+
+// What korvelctl can do: each operation prints its result to `out` and throws Failure with one line
+// otherwise. A room is named by its id or its name, a song by its id or its title.
+class Actions {
+public:
+    Actions(Client& client, std::ostream& out) : m_client(client), m_out(out) {}
+
+    void Rooms();
+    void Status();
+    void Search(const std::string& text);
+    // Replaces what the room's queue holds and plays, or with `add` puts the songs at its end.
+    void Play(const std::string& room, const std::vector<std::string>& songs, bool add);
+    // A command that takes nothing but the room.
+    void Transport(const std::string& command, const std::string& room);
+    // The others hear what the room hears.
+    void Join(const std::string& room, const std::vector<std::string>& others);
+    void Command(const std::string& name, const std::vector<std::string>& parameters);
+    void Request(const std::string& name, const std::vector<std::string>& parameters);
+    void Watch();
+
+private:
+    std::string RoomId(const std::string& room);
+    std::string SongId(const std::string& song);
+    // The parameters with rooms that are named by name.
+    nlohmann::json Resolve(const std::vector<std::string>& words);
+    std::string Run(const std::string& name, const nlohmann::json& parameters);
+
+    Client& m_client;
+    std::ostream& m_out;
+};
+
+// {"KEY": "VALUE", ...} of the words KEY=VALUE. Throws Failure for a word without a key.
+nlohmann::json ParseParameters(const std::vector<std::string>& words);
+
+// The text of a "MEDIA" parameter that holds these songs of the database.
+std::string SongListXml(const std::vector<std::string>& songIds);
+
+} // namespace korvel::ctl

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+
+namespace korvel::ctl {
+
+// What went wrong, in one line for a person.
+class Failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Speaks to the controller's HTTP interface. Every operation waits for its answer and throws Failure when
+// there is none in time or it is an error.
+class Client {
+public:
+    // `url` is "http://HOST[:PORT]".
+    explicit Client(const std::string& url);
+
+    nlohmann::json Get(const std::string& target) { return Ask("GET", target, ""); }
+    nlohmann::json Post(const std::string& target, const nlohmann::json& body = nlohmann::json::object()) {
+        return Ask("POST", target, body.dump());
+    }
+    // Calls `heard` with every event until the controller ends the connection, which is a Failure.
+    void Watch(const std::function<void(const nlohmann::json&)>& heard);
+
+private:
+    nlohmann::json Ask(const std::string& method, const std::string& target, const std::string& body);
+    std::string Unreachable(const std::string& why) const;
+
+    std::string m_host;
+    std::string m_port;
+};
+
+// The text as it may stand in a query value.
+std::string PercentEncode(const std::string& text);
+
+} // namespace korvel::ctl
