@@ -59,19 +59,19 @@ void HttpSession::Read() {
 }
 
 void HttpSession::OnRequest(boost::system::error_code error) {
-    if (error == http::error::body_limit)
+    if (!error && beast::websocket::is_upgrade(m_parser->get()))
+        Upgrade();
+    else if (!error)
+        Serve(m_parser->get());
+    else if (error == http::error::body_limit)
         Reply(ErrorReply(413, "the body is longer than 1 MiB"), false, 11);
     else if (error == http::error::header_limit)
         Reply(ErrorReply(431, "the header is too long"), false, 11);
     else if (error == http::error::end_of_stream || error == beast::error::timeout ||
              error.category() == asio::error::get_system_category())
         Close();
-    else if (error)
-        Reply(ErrorReply(400, "not a request: " + error.message()), false, 11);
-    else if (beast::websocket::is_upgrade(m_parser->get()))
-        Upgrade();
     else
-        Serve(m_parser->get());
+        Reply(ErrorReply(400, "not a request: " + error.message()), false, 11);
 }
 
 void HttpSession::Serve(const Request& request) {

@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "TestHouse.h"
+#include "host/RealSystem.h"
+
+namespace korvel::controller {
+namespace {
+
+TEST(RealSystem, KnowsTheAddressesOfThisMachine) {
+    const Log log(LogLevel::Error);
+    RealSystem system(log);
+    EXPECT_TRUE(system.IsLocalIPv4("127.0.0.1"));
+    EXPECT_TRUE(system.IsLocalIPv4("127.9.9.9"));
+    EXPECT_FALSE(system.IsLocalIPv4("192.0.2.1"));
+    EXPECT_FALSE(system.IsLocalIPv4("localhost"));
+    EXPECT_FALSE(system.IsLocalIPv4(""));
+}
+
+TEST(RealSystem, TheSameSeedGivesTheSameNumbers) {
+    const Log log(LogLevel::Error);
+    RealSystem system(log);
+    system.SeedRandom(7);
+    const std::int32_t first = system.Random();
+    system.SeedRandom(7);
+    EXPECT_EQ(system.Random(), first);
+    EXPECT_GE(first, 0);
+}
+
+TEST(Log, WritesOneLineWhateverTheText) {
+    const ScratchFolder folder;
+    std::FILE* sink = std::fopen(folder.File("log").c_str(), "w");
+    const Log log(LogLevel::Info, sink);
+    log.Info("two\r\nlines\r\n");
+    log.Debug("not this one");
+    log.Error(std::string(2 * kMaxLogLine, 'a'));
+    std::fclose(sink);
+    const std::string text = ReadFile(folder.File("log"));
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2);
+    EXPECT_NE(text.find("info    two  lines\n"), std::string::npos);
+    EXPECT_LT(text.size(), kMaxLogLine + 200);
+}
+
+TEST(EventBus, AListenerMayRemoveItself) {
+    EventBus events;
+    int heard = 0;
+    std::uint32_t id = 0;
+    id = events.Add([&](const auto&) {
+        ++heard;
+        events.Remove(id);
+    });
+    events.Publish({{"type", "event"}});
+    events.Publish({{"type", "event"}});
+    EXPECT_EQ(heard, 1);
+}
+
+TEST(EventBus, BytesThatAreNoTextDoNotBreakAnEvent) {
+    EXPECT_EQ(JsonText(nlohmann::json("a\xFF")), "\"a\xEF\xBF\xBD\"");
+}
+
+TEST(VariableStore, TellsChangesAndOnlyChanges) {
+    EventBus events;
+    std::vector<std::string> heard;
+    events.Add([&](const auto& text) { heard.push_back(*text); });
+    VariableStore variables(events);
+    variables.Add(7, "STATE", 2, "0");
+    variables.Change(7, "1");
+    variables.Change(7, "1");
+    variables.SetVariable(1, 1, 7, "2", false);
+    variables.Change(8, "no such variable");
+    EXPECT_EQ(heard, std::vector<std::string>{R"({"id":7,"name":"STATE","type":"variable","value":"1"})"});
+    EXPECT_EQ(variables.ToJson().dump(), R"([{"id":7,"name":"STATE","value":"2"}])");
+}
+
+} // namespace
+} // namespace korvel::controller

@@ -1,0 +1,211 @@
+#include "TestHouse.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+// The order matters: Asio.h comes first, through TestHouse.h.
+#include <boost/asio/read.hpp>
+#include <boost/asio/read_until.hpp>
+#include <boost/asio/streambuf.hpp>
+
+namespace korvel::controller {
+namespace {
+
+using boost::system::error_code;
+
+constexpr std::chrono::seconds kDeadline{10};
+const asio::ip::address_v4 kLoopback = asio::ip::address_v4::loopback();
+
+} // namespace
+
+ScratchFolder::ScratchFolder() {
+    std::string name = (std::filesystem::temp_directory_path() / "korvel-test-XXXXXX").string();
+    m_path = mkdtemp(name.data());
+}
+
+ScratchFolder::~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+std::string ScratchFolder::Write(const std::string& name, const std::string& text) const {
+    std::ofstream(File(name), std::ios::binary) << text;
+    return File(name);
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+bool TestLoop::RunUntil(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + kDeadline;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        loop.restart();
+        loop.run_one_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+void TestLoop::RunReady() {
+    loop.restart();
+    loop.poll();
+}
+
+struct ScriptedServer::Connection {
+    explicit Connection(tcp::socket accepted) : socket(std::move(accepted)) {}
+
+    tcp::socket socket;
+    asio::streambuf in;
+};
+
+ScriptedServer::ScriptedServer(TestLoop& loop) : m_loop(loop) {
+    Listen();
+}
+
+ScriptedServer::~ScriptedServer() {
+    Kill();
+}
+
+void ScriptedServer::Listen() {
+    m_acceptor = std::make_unique<tcp::acceptor>(m_loop.loop, tcp::endpoint(kLoopback, m_port), true);
+    m_port = m_acceptor->local_endpoint().port();
+    Accept();
+}
+
+void ScriptedServer::Accept() {
+    m_acceptor->async_accept([this](error_code error, tcp::socket socket) {
+        if (error)
+            return;
+        m_connection = std::make_shared<Connection>(std::move(socket));
+        ++m_connections;
+        Read(m_connection);
+        Accept();
+    });
+}
+
+void ScriptedServer::Read(std::shared_ptr<Connection> connection) {
+    Connection& self = *connection;
+    asio::async_read_until(self.socket, self.in, '\n', [this, connection](error_code error, std::size_t) {
+        if (connection != m_connection)
+            return;
+        if (error) {
+            m_connection.reset();
+            return;
+        }
+        std::istream stream(&connection->in);
+        std::string line;
+        std::getline(stream, line);
+        m_lines.push_back(line);
+        if (!m_mute)
+            Answer(*connection, line);
+        Read(connection);
+    });
+}
+
+void ScriptedServer::Answer(Connection&, const std::string& line) {
+    std::istringstream words(line);
+    std::string number;
+    std::string command;
+    std::string stream;
+    words >> number >> command >> stream;
+    if (command == "addstr" || command == "addann")
+        Send(number + " " + command + " stream=" + std::to_string(++m_streams) + "\r\n");
+    else
+        Send(number + " OK " + command + " " + stream + "\r\n");
+}
+
+bool ScriptedServer::Heard(const std::string& text) const {
+    for (const std::string& line : m_lines) {
+        if (line.compare(std::min(line.find(' ') + 1, line.size()), text.size(), text) == 0)
+            return true;
+    }
+    return false;
+}
+
+void ScriptedServer::Send(const std::string& bytes) {
+    error_code ignored;
+    asio::write(m_connection->socket, asio::buffer(bytes), ignored);
+}
+
+void ScriptedServer::Kill() {
+    error_code ignored;
+    if (m_acceptor)
+        m_acceptor->close(ignored);
+    if (m_connection)
+        m_connection->socket.close(ignored);
+    m_connection.reset();
+    m_loop.RunReady();
+}
+
+void ScriptedServer::Restart() {
+    m_lines.clear();
+    Listen();
+}
+
+TestHouse::TestHouse(TestLoop& loop, const std::string& plugin, const std::vector<std::uint16_t>& serverPorts,
+                     const ScratchFolder& state, const std::string& web)
+    : m_loop(loop) {
+    Config config;
+    config.rooms = {{1, "Living room", "127.0.0.1", 6200, 1}, {2, "Kitchen", "127.0.0.1", 6202, 1}};
+    for (const std::uint16_t port : serverPorts)
+        config.servers.push_back({"127.0.0.1", port});
+    config.stateFolder = state.Path();
+    config.plugin = plugin;
+    m_core = std::make_unique<Core>(loop.loop, config, m_log);
+    m_api = std::make_unique<Api>(loop.loop, *m_core, web);
+    m_http = std::make_unique<HttpServer>(loop.loop, *m_api, "127.0.0.1", std::uint16_t{0}, m_log);
+    m_core->Start();
+}
+
+void TestHouse::Stop() {
+    m_http->Stop();
+    m_core->Stop();
+}
+
+RawReply TestHouse::Exchange(const std::string& bytes) {
+    tcp::socket socket(m_loop.loop);
+    socket.connect({kLoopback, GetPort()});
+    std::string answer;
+    bool over = false;
+    asio::async_write(socket, asio::buffer(bytes), [](error_code, std::size_t) {});
+    asio::async_read(socket, asio::dynamic_buffer(answer), [&](error_code, std::size_t) { over = true; });
+    EXPECT_TRUE(m_loop.RunUntil([&] { return over; })) << "no end of: " << answer;
+    RawReply reply;
+    const std::size_t end = answer.find("\r\n\r\n");
+    if (answer.rfind("HTTP/1.1 ", 0) == 0 && end != std::string::npos) {
+        reply.status = std::atoi(answer.c_str() + 9);
+        reply.head = answer.substr(0, end);
+        reply.body = answer.substr(end + 4);
+    }
+    error_code ignored;
+    socket.close(ignored);
+    m_loop.RunReady();
+    return reply;
+}
+
+RawReply TestHouse::Get(const std::string& target) {
+    return Exchange("GET " + target + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
+}
+
+RawReply TestHouse::Post(const std::string& target, const std::string& body) {
+    return Exchange("POST " + target + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nContent-Type: " +
+                    "application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+}
+
+RawReply TestHouse::Command(const std::string& name, const nlohmann::json& parameters) {
+    return Post("/api/command", nlohmann::json{{"name", name}, {"parameters", parameters}}.dump());
+}
+
+nlohmann::json TestHouse::Room(std::uint32_t id) {
+    for (const nlohmann::json& room : Get("/api/rooms").Json()) {
+        if (room.at("id") == id)
+            return room;
+    }
+    return nullptr;
+}
+
+} // namespace korvel::controller
