@@ -78,9 +78,10 @@ auto_com<KVXML::INode> CmdMessageToXml(const ICmdMessage& message) {
 }
 
 auto_com<ICmdMessage> CmdMessageFromXml(const KVXML::INode& element) {
-    if (element.GetName() != "command" || element.GetAttribute("name").empty())
+    const std::string name = element.GetAttribute("name");
+    if (element.GetName() != "command" || name.empty() || element.GetChildCount() > kMaxCommandParams)
         return nullptr;
-    auto message = CreateCmdMessage(element.GetAttribute("name"));
+    auto message = CreateCmdMessage(name);
     for (std::size_t i = 0; i < element.GetChildCount(); ++i) {
         const KVXML::INode& child = element.GetChild(i);
         if (child.GetName() == "param")

@@ -9,10 +9,13 @@ namespace KVXML {
 namespace {
 
 // Appends `text` with what would not read back as itself as references. In attributes that includes quotes
-// and every control character; in text, line feeds and tabs stand as they are.
+// and every control character; in text, line feeds and tabs stand as they are. A zero byte is left out: no
+// document can carry one, and readers would take it for the end of the text.
 void AppendEscaped(std::string& out, const std::string& text, bool attribute) {
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
+        if (byte == 0)
+            continue;
         if (c == '&')
             out += "&amp;";
         else if (c == '<')
@@ -110,26 +113,54 @@ private:
     kv::auto_com<INode> m_root;
 };
 
-// Null when the element is nested deeper than `depthLeft`.
-kv::auto_com<INode> Build(const pugi::xml_node& element, std::size_t depthLeft) {
-    if (depthLeft == 0)
-        return nullptr;
-    std::string text;
-    auto node = CreateXmlNode(element.name());
-    for (const auto& attribute : element.attributes())
-        node->SetAttribute(attribute.name(), attribute.value());
-    for (const auto& child : element.children()) {
-        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
-            text += child.value();
-        } else if (child.type() == pugi::node_element) {
-            const auto built = Build(child, depthLeft - 1);
-            if (!built)
+bool IsText(const pugi::xml_node& node) {
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
+// Copies a parsed tree within the limits of a document.
+class TreeBuilder {
+public:
+    // Null when a limit is passed.
+    kv::auto_com<INode> Build(const pugi::xml_node& element, std::size_t depthLeft) {
+        if (depthLeft == 0 || m_elementsLeft == 0)
+            return nullptr;
+        --m_elementsLeft;
+        auto node = CreateXmlNode(element.name());
+        std::size_t attributes = 0;
+        for (const auto& attribute : element.attributes()) {
+            if (++attributes > kMaxElementAttributes)
                 return nullptr;
-            node->AppendChild(*built);
+            node->SetAttribute(attribute.name(), attribute.value());
         }
+        std::string text;
+        for (const auto& child : element.children()) {
+            if (IsText(child)) {
+                text += child.value();
+            } else if (child.type() == pugi::node_element) {
+                const auto built = Build(child, depthLeft - 1);
+                if (!built)
+                    return nullptr;
+                node->AppendChild(*built);
+            }
+        }
+        node->SetText(text);
+        return node;
     }
-    node->SetText(text);
-    return node;
+
+private:
+    std::size_t m_elementsLeft = kMaxDocumentElements;
+};
+
+// The root element; null when there is none, or more than one, or text beside it.
+pugi::xml_node FindRoot(const pugi::xml_document& parsed) {
+    pugi::xml_node root;
+    for (const auto& node : parsed.children()) {
+        if (IsText(node) || (root && node.type() == pugi::node_element))
+            return {};
+        if (node.type() == pugi::node_element)
+            root = node;
+    }
+    return root;
 }
 
 } // namespace
@@ -141,13 +172,17 @@ kv::auto_com<INode> CreateXmlNode(const std::string& name, const std::string& te
 kv::auto_com<IDocument> CreateXmlDocument(const std::string& text) {
     if (text.size() > kMaxDocumentLength)
         return nullptr;
+    // A text of blanks alone is a value like any other, but not when it only indents children. Text beside
+    // the root is read so that it can be refused.
+    constexpr unsigned int kOptions =
+        pugi::parse_default | pugi::parse_ws_pcdata_single | pugi::parse_fragment;
     pugi::xml_document parsed;
-    if (!parsed.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8))
+    if (!parsed.load_buffer(text.data(), text.size(), kOptions, pugi::encoding_utf8))
         return nullptr;
-    const auto element = parsed.document_element();
+    const auto element = FindRoot(parsed);
     if (!element)
         return nullptr;
-    auto root = Build(element, kMaxDocumentDepth);
+    auto root = TreeBuilder().Build(element, kMaxDocumentDepth);
     if (!root)
         return nullptr;
     return kv::auto_com<IDocument>::adopt(new Document(std::move(root)));

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 namespace kv {
@@ -52,7 +53,8 @@ public:
             m_object->AddRef();
     }
     auto_com(auto_com&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
-    template <class U>
+    // From a holder of a derived class.
+    template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     auto_com(auto_com<U> other) : m_object(other.detach()) {}
     ~auto_com() { reset(); }
 
@@ -77,7 +79,7 @@ public:
             old->Release();
     }
     // Gives the reference away: the caller releases it.
-    T* detach() { return std::exchange(m_object, nullptr); }
+    [[nodiscard]] T* detach() { return std::exchange(m_object, nullptr); }
 
     T* get() const { return m_object; }
     T* operator->() const { return m_object; }

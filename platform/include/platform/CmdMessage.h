@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "platform/AutoCom.h"
 #include "platform/Xml.h"
@@ -88,13 +89,16 @@ auto_com<ICmdMessage> CreateCmdMessage(const std::string& name);
 
 // <command name="..."><param name="..." type="...">value</param>...</command>
 auto_com<KVXML::INode> CmdMessageToXml(const ICmdMessage& message);
-// Null when the element is not a command.
+// More parameters can only come from a damaged command.
+inline constexpr std::size_t kMaxCommandParams = 1024;
+
+// Null when the element is not a command: another name, no command name, or too many parameters.
 auto_com<ICmdMessage> CmdMessageFromXml(const KVXML::INode& element);
 
 auto_com<IOutboundBindMessage> CreateOutboundBindMessage(std::uint32_t kind, const std::string& name,
                                                          const std::string& data);
 
-// A condition for cores to ask with; `params` supplies its parameters and must outlive it.
+// A condition for cores to ask with; `params`, never null, supplies its name and parameters.
 class CondMessage final : public ICondMessage {
 public:
     explicit CondMessage(auto_com<ICmdMessage> params) : m_params(std::move(params)) {}
@@ -105,7 +109,7 @@ private:
     auto_com<ICmdMessage> m_params;
 };
 
-// A bound message for cores to deliver.
+// A bound message for cores to deliver; `params`, never null, supplies its name and parameters.
 class BindMessage final : public IBindMessage {
 public:
     BindMessage(std::string messageType, auto_com<ICmdMessage> params, std::string data,

@@ -73,5 +73,6 @@ public:
     static bool isLocalIPv4(const std::string& address);
 };
 
-// Writes a log line. Levels in use: 3 server link, 6 queue and selection notes, 7 configuration errors.
+// Writes a log line. Levels in use: 3 server link and entries that failed, 6 queue and selection notes, 7
+// configuration errors.
 void LogXMessage(int level, const std::string& text);

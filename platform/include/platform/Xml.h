@@ -36,7 +36,9 @@ public:
     // The first child of that name, owned by this node, or null.
     virtual INode* FindChild(const std::string& name) const = 0;
 
-    // Compact text: no declaration, double quotes, an empty element as an open and a close tag.
+    // Compact text: no declaration, double quotes, an empty element as an open and a close tag. Texts and
+    // attribute values are escaped so that CreateXmlDocument() reads the same values back (zero bytes are
+    // left out, and blanks beside children do not come back); names are printed as they are.
     virtual std::string ToText() const = 0;
     virtual void AppendText(std::string& out) const = 0;
 };
@@ -50,11 +52,20 @@ public:
 // A new element; never null in this implementation, though callers that must survive a full memory check.
 kv::auto_com<INode> CreateXmlNode(const std::string& name = "", const std::string& text = "");
 
-// Limits of a parsed document: deeper or longer texts are refused.
-inline constexpr std::size_t kMaxDocumentDepth = 64;
+// Limits of a parsed document: what passes them is refused.
+inline constexpr std::size_t kMaxDocumentDepth = 64; // elements in one another, the root included
 inline constexpr std::size_t kMaxDocumentLength = 16u << 20;
+inline constexpr std::size_t kMaxDocumentElements = 1u << 20;
+inline constexpr std::size_t kMaxElementAttributes = 256;
 
-// Parses a text. Null when it is not well-formed, has no root element, or is past the limits above.
+// Parses a text. Null when it is not well-formed, has not exactly one root element, or is past the limits
+// above. What it gives:
+// - An element's text is all its character data and CDATA sections together. Blanks count, except between
+//   children; line ends read as one line feed unless written as references.
+// - Declarations, comments, processing instructions and document types are skipped. No entity is ever
+// expanded
+//   but the five of XML and character references; another stands in the text as it was written.
+// - An attribute that is there twice has the last value. Bytes that are no UTF-8 are kept as they are.
 kv::auto_com<IDocument> CreateXmlDocument(const std::string& text);
 
 } // namespace KVXML
