@@ -68,6 +68,9 @@ void AddPictures(const TagLib::MP4::Tag* tag, std::vector<TagPicture>& pictures)
 }
 
 std::optional<CoverImage> EmbeddedPicture(const std::string& location) {
+    // To open a pipe would wait for its other end.
+    if (!fs::is_regular_file(location))
+        return std::nullopt;
     TagLib::FileStream stream(location.c_str(), true);
     if (!stream.isOpen())
         return std::nullopt;

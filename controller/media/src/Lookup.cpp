@@ -167,7 +167,7 @@ std::vector<MediaItem> QuerySongs(Connection& connection, const std::vector<std:
     std::string sql =
         "SELECT s.id FROM songs s WHERE (?1 = '[]' OR s.device_id IN (SELECT value FROM json_each(?1)))";
     if (artist)
-        sql += " AND (s.artist = ?2 OR s.album_artist = ?2)";
+        sql += " AND (s.artist = ?2 OR (s.album_artist = ?2 AND ?2 <> ''))";
     if (genre)
         sql += " AND s.genre = ?3";
     sql.append(" ORDER BY ").append(kSongOrder).append(" LIMIT ?4");
