@@ -1,0 +1,62 @@
+"""Runs a house until Ctrl-C: main.py PROGRAMS [MUSIC_FOLDER]"""
+
+import os
+import signal
+import sys
+import time
+
+from demo_music import make_demo_music
+from house import House, HouseError
+
+
+def state_folder():
+    base = os.environ.get("XDG_STATE_HOME") or os.path.join(os.path.expanduser("~"), ".local", "state")
+    return os.path.join(base, "korvel")
+
+
+def show(house, programs):
+    ctl = os.path.relpath(os.path.join(programs, "korvelctl"))
+    page = "open" if os.path.isdir("web/dist") else "the API is at"
+    print(f"\nThe house is up: {page} {house.url}")
+    print("Rooms: " + ", ".join(room.name for room in house.rooms) + f".  Music: {house.music}")
+    print("\nTry in another terminal:")
+    print(f"  {ctl} rooms")
+    print(f"  {ctl} search tone")
+    print(f'  {ctl} play Kitchen "Morning Scale"')
+    print(f'  {ctl} join Kitchen "Living room"')
+    print(f"  {ctl} watch")
+    print(f"\nLogs: {house.folder}/*.log.  Ctrl-C stops everything.", flush=True)
+
+
+def main():
+    programs = sys.argv[1]
+    folder = state_folder()
+    if len(sys.argv) > 2:
+        music = sys.argv[2]
+        if not os.path.isdir(music):
+            sys.exit(f"run: {music} is not a folder")
+    else:
+        music = os.path.join(folder, "demo-music")
+        print("No music folder given: making some demo music ...", flush=True)
+        make_demo_music(music)
+
+    signal.signal(signal.SIGTERM, lambda *_: signal.raise_signal(signal.SIGINT))
+    house = House(programs, folder, os.path.abspath(music))
+    try:
+        house.start()
+        show(house, programs)
+        while not (failed := house.failed()):
+            time.sleep(0.5)
+        print(f"run: {failed} has stopped: {house.last_log_line(failed)}", file=sys.stderr)
+        return 1
+    except HouseError as error:
+        print(f"run: {error}", file=sys.stderr)
+        return 1
+    except KeyboardInterrupt:
+        print("\nStopping ...", flush=True)
+        return 0
+    finally:
+        house.stop()
+
+
+sys.exit(main())
