@@ -1,4 +1,6 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -82,9 +84,7 @@ int Run(const Options& options) {
     return result;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int ParseAndRun(int argc, char** argv) {
     Options options;
     CLI::App app(
         "Plays transcripts of the digital-audio driver: feeds the driver the input lines of FILE and prints "
@@ -103,10 +103,16 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kExitTrouble;
     }
+    return Run(options);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
     try {
-        return Run(options);
+        return ParseAndRun(argc, argv);
     } catch (const std::exception& error) {
-        std::cerr << "korvel-replay: " << error.what() << std::endl;
+        std::fprintf(stderr, "korvel-replay: %s\n", error.what());
         return kExitTrouble;
     }
 }
