@@ -45,6 +45,13 @@ void SetReportInterval(GstElement* rtpbin) {
     }
 }
 
+/// A child of the pipeline, which keeps it alive.
+GstElement* Part(GstElement* pipeline, const char* name) {
+    GstElement* part = gst_bin_get_by_name(GST_BIN(pipeline), name);
+    gst_object_unref(part);
+    return part;
+}
+
 constexpr const char* kPipeline =
     "rtpbin name=rtp "
     "appsrc name=source ! rtpL16pay name=pay ! rtp.send_rtp_sink_0 "
@@ -84,22 +91,18 @@ void StreamOutput::BuildPipeline() {
     if (failure != nullptr || pipeline == nullptr) {
         throw std::runtime_error(failure != nullptr ? failure->message : "no output");
     }
-    const auto part = [this](const char* name) {
-        // The pipeline keeps its children alive, so the looked-up reference is given back at once.
-        return ElementPtr(gst_bin_get_by_name(GST_BIN(m_pipeline.get()), name)).get();
-    };
-    m_source = part("source");
-    m_rtpSink = part("rtpsink");
-    m_rtcpSink = part("rtcpsink");
+    m_source = Part(m_pipeline.get(), "source");
+    m_rtpSink = Part(m_pipeline.get(), "rtpsink");
+    m_rtcpSink = Part(m_pipeline.get(), "rtcpsink");
 
     const CapsPtr caps(gst_caps_from_string(kPcmCaps));
     g_object_set(m_source, "caps", caps.get(), "format", GST_FORMAT_TIME, "is-live", TRUE, "do-timestamp",
                  FALSE, nullptr);
     const auto packetDuration = static_cast<gint64>(kPacketDuration);
     // Timestamps follow the clock and not the count of samples: after a rest they must have moved on.
-    g_object_set(part("pay"), "min-ptime", packetDuration, "max-ptime", packetDuration, "perfect-rtptime",
-                 FALSE, nullptr);
-    SetReportInterval(part("rtp"));
+    g_object_set(Part(m_pipeline.get(), "pay"), "min-ptime", packetDuration, "max-ptime", packetDuration,
+                 "perfect-rtptime", FALSE, nullptr);
+    SetReportInterval(Part(m_pipeline.get(), "rtp"));
     GstAppSrcCallbacks callbacks{};
     callbacks.need_data = OnNeedData;
     gst_app_src_set_callbacks(GST_APP_SRC(m_source), &callbacks, this, nullptr);

@@ -27,6 +27,33 @@ struct GErrorFree {
     void operator()(GError* error) const { g_error_free(error); }
 };
 
+struct MainLoopUnref {
+    void operator()(GMainLoop* loop) const { g_main_loop_unref(loop); }
+};
+
+/// An event source of the main loop, removed with its owner.
+class SourceId {
+public:
+    explicit SourceId(guint id = 0) : m_id(id) {}
+    ~SourceId() { Remove(); }
+    SourceId(const SourceId&) = delete;
+    SourceId& operator=(const SourceId&) = delete;
+
+    void Reset(guint id) {
+        Remove();
+        m_id = id;
+    }
+
+private:
+    void Remove() const {
+        if (m_id != 0) {
+            g_source_remove(m_id);
+        }
+    }
+
+    guint m_id;
+};
+
 /// Holds one reference; made from a pointer that carries one.
 using ElementPtr = std::unique_ptr<GstElement, GstObjectUnref>;
 using PadPtr = std::unique_ptr<GstPad, GstObjectUnref>;
@@ -36,6 +63,7 @@ using SamplePtr = std::unique_ptr<GstSample, MiniObjectUnref>;
 using SocketPtr = std::unique_ptr<GSocket, GObjectUnref>;
 using InetAddressPtr = std::unique_ptr<GInetAddress, GObjectUnref>;
 using SocketAddressPtr = std::unique_ptr<GSocketAddress, GObjectUnref>;
+using MainLoopPtr = std::unique_ptr<GMainLoop, MainLoopUnref>;
 using GStringPtr = std::unique_ptr<char, GFree>;
 using GErrorPtr = std::unique_ptr<GError, GErrorFree>;
 

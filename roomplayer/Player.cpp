@@ -85,13 +85,14 @@ Player::Player(const Options& options)
       m_drainTime(std::chrono::milliseconds(options.latencyMilliseconds) + kForgetMargin),
       m_pipeline(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr)))),
       m_loop(g_main_loop_new(nullptr, FALSE)),
-      m_signals{g_unix_signal_add(SIGINT, OnSignal, this), g_unix_signal_add(SIGTERM, OnSignal, this)} {
+      m_interrupt(g_unix_signal_add(SIGINT, OnSignal, this)),
+      m_terminate(g_unix_signal_add(SIGTERM, OnSignal, this)) {
     if (!options.recordPath.empty()) {
         m_recording = std::make_unique<WavWriter>(options.recordPath);
     }
     BuildPipeline(options);
     const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
-    gst_bus_add_watch(bus.get(), OnMessage, this);
+    m_messages.Reset(gst_bus_add_watch(bus.get(), OnMessage, this));
     if (gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
         gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
         throw std::runtime_error("cannot start to play");
@@ -100,12 +101,6 @@ Player::Player(const Options& options)
 
 Player::~Player() {
     gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
-    const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
-    gst_bus_remove_watch(bus.get());
-    for (const guint signal : m_signals) {
-        g_source_remove(signal);
-    }
-    g_main_loop_unref(m_loop);
 }
 
 void Player::BuildPipeline(const Options& options) {
@@ -195,12 +190,12 @@ void Player::AddRecorder() {
 }
 
 bool Player::Run() {
-    g_main_loop_run(m_loop);
+    g_main_loop_run(m_loop.get());
     return !m_failed;
 }
 
 gboolean Player::OnSignal(gpointer self) {
-    g_main_loop_quit(static_cast<Player*>(self)->m_loop);
+    g_main_loop_quit(static_cast<Player*>(self)->m_loop.get());
     return G_SOURCE_CONTINUE;
 }
 
@@ -214,7 +209,7 @@ gboolean Player::OnMessage(GstBus*, GstMessage* message, gpointer selfPointer) {
         const GErrorPtr owner(error);
         Log(std::string("playing failed: ") + (error != nullptr ? error->message : "unknown reason"));
         self->m_failed = true;
-        g_main_loop_quit(self->m_loop);
+        g_main_loop_quit(self->m_loop.get());
     }
     return G_SOURCE_CONTINUE;
 }

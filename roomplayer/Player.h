@@ -3,7 +3,6 @@
 
 #include <gst/app/gstappsink.h>
 
-#include <array>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -72,8 +71,10 @@ private:
     GstElement* m_rtpbin = nullptr; // these three are owned by the pipeline
     GstElement* m_mixer = nullptr;
     GstElement* m_tee = nullptr;
-    GMainLoop* m_loop;
-    std::array<guint, 2> m_signals;
+    MainLoopPtr m_loop;
+    SourceId m_interrupt;
+    SourceId m_terminate;
+    SourceId m_messages;
     bool m_failed = false;
 
     SenderGate m_gate;              // only used by the receiving thread
