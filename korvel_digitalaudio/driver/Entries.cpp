@@ -9,7 +9,7 @@ void korvel_digitalaudio::LeaveEntry() noexcept {
     if (--m_entryDepth != 0)
         return;
     kv::GuardEntry("LeaveEntry", [&] {
-        const auto retired = std::exchange(m_retiredServers, {});
+        ReleaseRetiredServers();
         for (const auto& entry : m_servers)
             entry.second->ReleaseRemovedQueues();
     });
@@ -82,7 +82,8 @@ std::int32_t korvel_digitalaudio::ExecuteCommand(const ICmdMessage& message, ICm
         try {
             return KVBaseDriver::ExecuteCommand(message, ret, source);
         } catch (...) {
-            LogMessage(3, "Command failed: " + m_stringX->OneLine(m_message->Describe(message)));
+            if (m_stringX && m_message)
+                LogMessage(3, "Command failed: " + m_stringX->OneLine(m_message->Describe(message)));
             throw;
         }
     });

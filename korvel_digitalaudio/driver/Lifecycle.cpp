@@ -41,8 +41,13 @@ korvel_digitalaudio::korvel_digitalaudio(IInstanceManager& instances)
       m_lastServerBinding(kFirstServerBinding),
       m_lastMediaBinding(kFirstMediaBinding) {
     instances.RegisterInstance(IDigitalAudio::kInterfaceId, static_cast<IDigitalAudio*>(this));
-    RegisterCommands();
-    m_periodicTimer = AddTimer(kPollIntervalMs, kPollTimerFlags);
+    try {
+        RegisterCommands();
+        m_periodicTimer = AddTimer(kPollIntervalMs, kPollTimerFlags);
+    } catch (...) {
+        instances.RevokeInstance(IDigitalAudio::kInterfaceId); // nobody may find what is not there
+        throw;
+    }
 }
 
 std::int32_t korvel_digitalaudio::Start(std::uint32_t id, KVXML::INode& config, KVXML::INode* persist) {
@@ -102,27 +107,25 @@ void korvel_digitalaudio::CreateRhapsodyClient() {
     m_rhapsody->DisableOfflineMode();
 }
 
+// Each step has a guard of its own: a core that fails in one of them must not be left with timers or a
+// registration that lead into a plug-in that is gone.
 korvel_digitalaudio::~korvel_digitalaudio() {
     ++m_entryDepth; // what the core calls back with now must not free anything
-    kv::GuardEntry("Destroy", [&] {
-        using namespace variables;
-        for (const std::uint32_t id : {kRoomHistory, kRoomQueueSettings, kQueueInfo, kQueueStatus,
-                                       kQueueInfoV2, kQueueStatusV2, kPlayPreference, kRoomMapInfo})
-            VmRemove(id);
-        for (const auto& entry : m_clearTimers) {
-            std::uint32_t timerId = entry.first;
-            KillTimer(timerId);
-        }
-        m_clearTimers.clear();
-        auto servers = std::exchange(m_servers, {});
-        for (auto& entry : servers)
-            RetireServer(std::move(entry.second));
-        m_retiredServers.clear();
-        m_rhapsody.reset();
-        // Queues that outlive their server still hold its link; nothing may call back into a plug-in that is
-        // gone.
-        for (const auto& link : m_outlivingLinks)
-            link->Detach();
-        GetInstanceManager().RevokeInstance(IDigitalAudio::kInterfaceId);
-    });
+    using namespace variables;
+    for (const std::uint32_t id : {kRoomHistory, kRoomQueueSettings, kQueueInfo, kQueueStatus, kQueueInfoV2,
+                                   kQueueStatusV2, kPlayPreference, kRoomMapInfo})
+        kv::GuardEntry("Destroy variables", [&] { VmRemove(id); });
+    for (const auto& entry : std::exchange(m_clearTimers, {})) {
+        std::uint32_t timerId = entry.first;
+        kv::GuardEntry("Destroy timers", [&] { KillTimer(timerId); });
+    }
+    auto servers = std::exchange(m_servers, {});
+    for (auto& entry : servers)
+        kv::GuardEntry("Destroy servers", [&] { RetireServer(std::move(entry.second)); });
+    ReleaseRetiredServers();
+    m_rhapsody.reset();
+    // Queues that outlive their server still hold its link.
+    for (const auto& link : m_outlivingLinks)
+        kv::GuardEntry("Destroy links", [&] { link->Detach(); });
+    kv::GuardEntry("Destroy", [&] { GetInstanceManager().RevokeInstance(IDigitalAudio::kInterfaceId); });
 }

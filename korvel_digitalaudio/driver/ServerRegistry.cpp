@@ -21,10 +21,16 @@ AudioServer* korvel_digitalaudio::GetServer(std::uint32_t bindingId) const {
 
 // Takes a server out of use; it is freed when the outermost entry has ended.
 void korvel_digitalaudio::RetireServer(std::unique_ptr<AudioServer> server) {
-    server->CancelAnnouncement();
-    if (server->HasQueues())
-        m_outlivingLinks.push_back(server->GetSendLink());
-    m_retiredServers.push_back(std::move(server));
+    AudioServer& retired = *m_retiredServers.emplace_back(std::move(server));
+    retired.CancelAnnouncement();
+}
+
+// Only while nothing up the stack can hold a server. Its queues outlive it, and so does its link with them.
+void korvel_digitalaudio::ReleaseRetiredServers() {
+    for (const auto& server : std::exchange(m_retiredServers, {})) {
+        if (server->HasQueues())
+            m_outlivingLinks.push_back(server->GetSendLink());
+    }
 }
 
 // Named after a server's id, though the key is a queue's.

@@ -138,6 +138,7 @@ private:
     template <class Action>
     void ForEachQueue(Action action);
     void RetireServer(std::unique_ptr<AudioServer> server);
+    void ReleaseRetiredServers();
     std::vector<std::uint32_t> GetMp3Devices(std::uint32_t deviceId);
 
     // Settings.cpp

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/DriverHelper.h"
@@ -48,7 +49,7 @@ public:
     AudioQueue* CreateAudioQueue(std::uint32_t roomId, std::uint32_t queueId);
     void RemoveAudioQueue(std::uint32_t queueId);
     // Frees the queues removed so far; only while nothing up the stack can hold one.
-    void ReleaseRemovedQueues() { m_removedQueues.clear(); }
+    void ReleaseRemovedQueues() { const auto removed = std::exchange(m_removedQueues, {}); }
     AudioQueue* GetAudioQueue(std::uint32_t queueId) const;
     // By the local input that the queue plays.
     AudioQueue* GetAudioQueue(const std::string& path) const;
