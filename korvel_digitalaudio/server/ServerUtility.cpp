@@ -1,5 +1,7 @@
 #include "server/ServerUtility.h"
 
+#include <utility>
+
 #include "driver/Asserts.h"
 #include "driver/DeviceIds.h"
 #include "platform/AutoCom.h"
@@ -17,7 +19,7 @@ ServerUtility::ServerUtility(IDriverHelper& driverHelper, IInstanceManager& inst
       m_sender(kv::GetService<IBindMessageSender>(instances)) {}
 
 ServerUtility::~ServerUtility() {
-    Detach();
+    kv::GuardEntry("~ServerUtility", [&] { Detach(); });
 }
 
 std::int32_t ServerUtility::Release() {
@@ -47,9 +49,14 @@ void ServerUtility::SendToServer() {
         const std::string line = std::move(m_lines.front());
         m_lines.pop_front();
         m_outstanding = true;
-        HandOver(line);
-        if (m_outstanding && m_timers)
-            m_ackTimer = m_timers->StartTimer(kAckTimeoutMs, 1, this);
+        try {
+            HandOver(line);
+            if (m_outstanding && m_timers)
+                m_ackTimer = m_timers->StartTimer(kAckTimeoutMs, 1, this);
+        } catch (...) {
+            m_outstanding = false; // without a timer nobody would ever release the next line
+            throw;
+        }
     }
 }
 
@@ -70,10 +77,9 @@ void ServerUtility::KillAckTimer() {
 }
 
 void ServerUtility::Detach() {
-    if (m_timers)
-        m_timers->RemoveCallback(this);
-    m_timers = nullptr;
     m_ackTimer = 0;
+    if (ITimerManager* timers = std::exchange(m_timers, nullptr))
+        timers->RemoveCallback(this);
 }
 
 void ServerUtility::OnTimerExpired(std::uint32_t timerId, std::int32_t) {
