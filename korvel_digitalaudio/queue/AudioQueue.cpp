@@ -1,5 +1,6 @@
 #include "queue/AudioQueue.h"
 
+#include "platform/EntryGuard.h"
 #include "platform/System.h"
 #include "queue/Clock.h"
 #include "status/RoomHistories.h"
@@ -27,7 +28,7 @@ AudioQueue::AudioQueue(IDriverHelperV2& driverHelper, IInstanceManager& instance
       m_packets(server) {}
 
 AudioQueue::~AudioQueue() {
-    Close();
+    kv::GuardEntry("~AudioQueue", [&] { Close(); });
 }
 
 void AudioQueue::Close() {

@@ -2,10 +2,15 @@
 
 #include <memory>
 
+#include "platform/EntryGuard.h"
 #include "platform/Services.h"
 
 Announcement::Announcement(IInstanceManager& instances, ServerUtility* link)
     : m_instances(instances), m_link(link), m_packets(link) {}
+
+Announcement::~Announcement() {
+    kv::GuardEntry("~Announcement", [&] { CleanupAnnouncement(); });
+}
 
 void Announcement::CreateStream() {
     m_waitingForStream = true;

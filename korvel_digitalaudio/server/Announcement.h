@@ -21,7 +21,7 @@ public:
     Announcement(IInstanceManager& instances, ServerUtility* link);
     Announcement(const Announcement&) = delete;
     Announcement& operator=(const Announcement&) = delete;
-    ~Announcement() { CleanupAnnouncement(); }
+    ~Announcement();
 
     // Asks for a new stream. An earlier one is forgotten, not removed.
     void CreateStream();
