@@ -1,0 +1,162 @@
+// Whatever a service does, no exception leaves an entry and the driver goes on.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <stdexcept>
+
+#include "Sessions.h"
+#include "TestCore.h"
+#include "korvel_digitalaudio/IDigitalAudio.h"
+#include "replay/ScriptError.h"
+#include "replay/Words.h"
+
+namespace {
+
+// Where in a session an operation was called: the line's index, then the operation's name.
+using Place = std::pair<std::size_t, std::string>;
+
+// Plays the session; `disturb` is called before each call of a service.
+std::vector<std::string> Play(TestCore& core,
+                              const std::function<void(std::size_t line, const ServiceCall&)>& disturb) {
+    const auto session = LongSession();
+    std::vector<std::string> all;
+    for (std::size_t i = 0; i < session.size(); ++i) {
+        core.SetHook([&, i](const ServiceCall& call) { disturb(i, call); });
+        try {
+            const auto lines = core.Run(session[i]);
+            all.insert(all.end(), lines.begin(), lines.end());
+        } catch (const korvel::replay::FormatError&) {
+            // No driver runs: it could not be created.
+        }
+        core.ClearHook();
+    }
+    return all;
+}
+
+std::set<Place> AllPlaces() {
+    TestCore core;
+    std::set<Place> places;
+    Play(core, [&](std::size_t line, const ServiceCall& call) { places.insert({line, call.name}); });
+    return places;
+}
+
+TEST(Guards, TheUndisturbedSessionHasNoFault) {
+    const ExpectLeaks queuesOfServersThatLeft;
+    TestCore core;
+    const auto lines = Play(core, [](std::size_t, const ServiceCall&) {});
+    EXPECT_EQ(Only(lines, "< fault"), std::vector<std::string>{});
+}
+
+TEST(Guards, AServiceThatFailsOnceStopsNothingButTheEntry) {
+    const ExpectLeaks queuesOfServersThatLeft;
+    for (const Place& place : AllPlaces()) {
+        SCOPED_TRACE(LongSession()[place.first] + " / " + place.second);
+        TestCore core;
+        bool thrown = false;
+        const auto lines = Play(core, [&](std::size_t line, const ServiceCall& call) {
+            if (thrown || line != place.first || call.name != place.second)
+                return;
+            thrown = true;
+            throw std::runtime_error("the service failed");
+        });
+        EXPECT_TRUE(thrown);
+        for (const std::string& fault : Only(lines, "< fault"))
+            EXPECT_EQ(fault, "< fault no driver was created");
+        // A driver that could not be made leaves nothing behind, and one that was destroyed does not either.
+        EXPECT_EQ(kv::GetService<IDigitalAudio>(core.Instances()), nullptr);
+    }
+}
+
+TEST(Guards, AnOperationThatAlwaysFailsBringsNothingDown) {
+    const ExpectLeaks queuesOfServersThatLeft;
+    std::set<std::string> names;
+    for (const Place& place : AllPlaces())
+        names.insert(place.second);
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        TestCore core;
+        const auto lines = Play(core, [&](std::size_t, const ServiceCall& call) {
+            if (call.name == name)
+                throw 42;
+        });
+        for (const std::string& fault : Only(lines, "< fault"))
+            EXPECT_EQ(fault, "< fault no driver was created");
+        EXPECT_EQ(kv::GetService<IDigitalAudio>(core.Instances()), nullptr);
+    }
+}
+
+TEST(Guards, AFailureIsLoggedWithTheEntrysName) {
+    TestCore core;
+    core.Run({"start", "online 3000 127.0.0.1"});
+    core.SetHook([](const ServiceCall& call) {
+        if (call.name == "SendDataToUI")
+            throw std::runtime_error("no user interface");
+    });
+    const auto lines = core.Run("command GET_SETTINGS");
+    EXPECT_TRUE(Has(lines, "< log 3 Exception in ExecuteCommand: no user interface"));
+}
+
+TEST(Guards, AServerGoesOnAfterALineThatCouldNotBeHandedOver) {
+    TestCore core;
+    core.Run("start");
+    core.SetHook([](const ServiceCall& call) {
+        if (call.name == "SendBindMessage")
+            throw std::runtime_error("the binding failed");
+    });
+    core.Run("online 3000 127.0.0.1");
+    core.ClearHook();
+    // The lost line is not sent again, and nothing waits for its answer.
+    const auto lines = core.Run({"online 3000 127.0.0.1", "announce create"});
+    EXPECT_EQ(Only(lines, "< send"), std::vector<std::string>{R"(< send 3000 "1 addann\r\n")"});
+}
+
+TEST(Guards, TheLinksOfServersThatLeftAreDroppedThoughOtherStepsOfTheEndFail) {
+    const ExpectLeaks queuesOfServersThatLeft;
+    TestCore core;
+    core.Run({"song 1 location=/media/a.flac", "start", "online 3000 127.0.0.1",
+              "command ADD_SONG ROOM_ID=7 MEDIA_ID=1",
+              "select 7 queue=10000 kind=QUEUE ip=10.0.0.7 port=6200", "offline 3000"});
+    core.SetHook([](const ServiceCall& call) {
+        if (call.name == "VmRemove")
+            throw std::runtime_error("no variables");
+    });
+    const auto lines = core.Run("stop");
+    EXPECT_TRUE(Has(lines, "< timer-stop 2"));
+    EXPECT_EQ(kv::GetService<IDigitalAudio>(core.Instances()), nullptr);
+}
+
+// What a core may do while the driver is inside a call to it.
+class CallBack : public testing::TestWithParam<const char*> {};
+
+TEST_P(CallBack, InsideAnyCallDoesNoHarm) {
+    const ExpectLeaks queuesOfServersThatLeft;
+    const auto session = LongSession();
+    const auto running =
+        static_cast<std::size_t>(std::find(session.begin(), session.end(), "create") - session.begin());
+    for (const Place& place : AllPlaces()) {
+        if (place.first < running || place.first + 1 == session.size())
+            continue; // the driver is being made or destroyed
+        SCOPED_TRACE(session[place.first] + " / " + place.second);
+        TestCore core;
+        bool answered = false;
+        const auto lines = Play(core, [&](std::size_t line, const ServiceCall& call) {
+            if (answered || line != place.first || call.name != place.second)
+                return;
+            answered = true;
+            core.Session().Execute(GetParam());
+        });
+        EXPECT_EQ(Only(lines, "< fault"), std::vector<std::string>{});
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Guards, CallBack,
+                         testing::Values("offline 3000", "offline 3001", "deselect 7", "off 8",
+                                         "data 3000 \"1 addstr stream=1\\r\\n\"",
+                                         "data 3000 \"* addmed BAD=1 broken\\r\\n\"",
+                                         "command REMOVE_SONG ROOM_ID=7 MEDIA_ID=1",
+                                         "command ADD_SONG ROOM_ID=7 MEDIA_ID=3",
+                                         "command GET_QUEUE_STATUSV2",
+                                         "select 7 queue=10001 kind=QUEUE ip=10.0.0.7 port=6200 channel=1"));
+
+} // namespace
