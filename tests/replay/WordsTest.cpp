@@ -7,7 +7,7 @@ namespace korvel::replay {
 namespace {
 
 Word OnlyWord(std::string_view line) {
-    const Word word = TakeWord(line);
+    Word word = TakeWord(line);
     EXPECT_TRUE(line.empty()) << line;
     return word;
 }
