@@ -81,11 +81,13 @@ bool Session::Apply(const Request& request, Stream& stream) {
     const std::string name = "stream " + std::to_string(request.stream) + ": ";
     switch (request.command) {
         case Command::kAddClient:
-            Log(name + "client " + request.client.ip + " port " + std::to_string(request.client.port));
+            Log(name + "adds client " + request.client.ip + " port " + std::to_string(request.client.port));
             return stream.AddClient(request.client);
         case Command::kRemoveClient:
-            Log(name + "no client " + request.client.ip + " port " + std::to_string(request.client.port));
-            return stream.RemoveClient(request.client);
+            Log(name + "removes client " + request.client.ip + " port " +
+                std::to_string(request.client.port));
+            stream.RemoveClient(request.client);
+            return true;
         case Command::kAddMedia:
             Log(name + "media " + OneLine(request.media));
             stream.AddMedia(ParseMediaReference(request.media));

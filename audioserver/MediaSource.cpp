@@ -99,7 +99,10 @@ void NotifyError(GstMessage* message, const MediaNotify& notify) {
     GError* error = nullptr;
     gst_message_parse_error(message, &error, nullptr);
     const GErrorPtr owner(error);
-    notify({MediaEvent::Kind::kFailed, error != nullptr ? error->message : "decoding failed"});
+    // The one message that tells a listener nothing.
+    const bool generic = g_error_matches(error, GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED) != FALSE;
+    notify(
+        {MediaEvent::Kind::kFailed, error == nullptr || generic ? "the source has failed" : error->message});
 }
 
 /// Runs in whatever thread posts: turns the few messages of interest into events and keeps nothing.

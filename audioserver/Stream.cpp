@@ -43,12 +43,10 @@ bool Stream::AddClient(const ClientAddress& client) {
     return true;
 }
 
-bool Stream::RemoveClient(const ClientAddress& client) {
-    if (m_clients.erase(client) == 0) {
-        return false;
+void Stream::RemoveClient(const ClientAddress& client) {
+    if (m_clients.erase(client) > 0) {
+        m_output->RemoveClient(client);
     }
-    m_output->RemoveClient(client);
-    return true;
 }
 
 void Stream::AddMedia(const MediaReference& reference) {

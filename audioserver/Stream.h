@@ -38,8 +38,8 @@ public:
     /// Whether the client is in the stream now; false when it is full. Adding a client again changes nothing.
     bool AddClient(const ClientAddress& client);
 
-    /// False when the client was not in the stream.
-    bool RemoveClient(const ClientAddress& client);
+    /// Removing a client that is not in the stream changes nothing.
+    void RemoveClient(const ClientAddress& client);
 
     /// Starts a media. What is wrong with it is reported later as an event.
     void AddMedia(const MediaReference& reference);

@@ -16,7 +16,7 @@ TEST_F(Limits, MalformedLinesAreRefusedAndDoNoHarm) {
     EXPECT_EQ(driver->Ask("setsta " + stream + " louder"), "NO setsta " + stream);
     EXPECT_EQ(driver->Ask("addmed " + stream), "NO addmed " + stream);
     EXPECT_EQ(driver->Ask("addcli " + stream + " nowhere 5004"), "NO addcli " + stream);
-    EXPECT_EQ(driver->Ask("remcli " + stream + " 127.0.0.1 5004"), "NO remcli " + stream);
+    EXPECT_EQ(driver->Ask("remcli " + stream + " 127.0.0.1 5004"), "OK remcli " + stream);
     EXPECT_EQ(driver->Ask("addmed 4095 x"), "NO addmed 4095");
     EXPECT_EQ(driver->Ask("dance"), "NO dance");
     EXPECT_EQ(driver->Ask(""), "NO unknown");

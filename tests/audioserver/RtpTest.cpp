@@ -134,7 +134,7 @@ TEST_F(Rtp, ARemovedClientGetsNothingMore) {
     m_driver->Ask("addcli " + m_stream + " " + other.Client());
     EXPECT_NE(receiver.NextRtp(), "");
     EXPECT_EQ(m_driver->Ask("remcli " + m_stream + " " + receiver.Client()), "OK remcli " + m_stream);
-    EXPECT_EQ(m_driver->Ask("remcli " + m_stream + " " + receiver.Client()), "NO remcli " + m_stream);
+    EXPECT_EQ(m_driver->Ask("remcli " + m_stream + " " + receiver.Client()), "OK remcli " + m_stream);
     while (!receiver.NextRtp(std::chrono::milliseconds(0)).empty()) {
     }
     while (!other.NextRtp(std::chrono::milliseconds(0)).empty()) {
