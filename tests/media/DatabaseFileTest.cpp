@@ -82,7 +82,7 @@ TEST(DatabaseFile, ReportsDamageInsteadOfCrashing) {
     // The first pages hold the table's roots; everything after them is overwritten.
     std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
     file.seekp(16 * 4096);
-    file << std::string(size - 16 * 4096, '\xA5');
+    file << std::string(static_cast<std::size_t>(size) - 16 * 4096, '\xA5');
     file.close();
 
     MediaDatabase damaged(path);
