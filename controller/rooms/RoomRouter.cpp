@@ -66,6 +66,9 @@ void RoomRouter::Select(std::uint32_t roomId, std::uint32_t queueId) {
     Room& room = Require(roomId);
     RequireReady();
     const std::uint32_t wanted = queueId != 0 ? queueId : QueueOfRoom(roomId);
+    // A selection of a queue that is not there would cost the room the queue that it has.
+    if (wanted != 0 && !HasQueue(wanted))
+        throw Refused(Refused::Why::NotFound, "there is no queue " + std::to_string(wanted));
     if (wanted == 0)
         throw Refused(Refused::Why::Conflict,
                       room.config.name + " has no queue: add music to it, or join a room");
@@ -121,9 +124,13 @@ void RoomRouter::Join(std::uint32_t roomId, std::uint32_t other) {
     m_parts.driver.Execute(*command, answer);
 }
 
-std::uint32_t RoomRouter::QueueOfRoom(std::uint32_t roomId) {
+std::uint32_t RoomRouter::QueueOfRoom(std::uint32_t roomId) { return AskForQueue("ROOM_ID", roomId); }
+
+bool RoomRouter::HasQueue(std::uint32_t queueId) { return AskForQueue("QUEUE_ID", queueId) == queueId; }
+
+std::uint32_t RoomRouter::AskForQueue(const std::string& key, std::uint32_t value) {
     const auto request = kv::CreateCmdMessage("GET_QUEUE_INFO");
-    request->AddParam("ROOM_ID", "INT", std::to_string(roomId));
+    request->AddParam(key, "INT", std::to_string(value));
     const auto info = m_parts.driver.Request(*request);
     std::uint32_t queueId = 0;
     if (info)

@@ -57,6 +57,8 @@ public:
     std::uint32_t QueueOfRoom(std::uint32_t roomId);
 
 private:
+    bool HasQueue(std::uint32_t queueId);
+    std::uint32_t AskForQueue(const std::string& key, std::uint32_t value);
     Room& Require(std::uint32_t roomId);
     void RequireReady() const;
     void CallSelected(Room& room, std::uint32_t queueId);

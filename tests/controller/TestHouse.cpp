@@ -127,6 +127,7 @@ bool ScriptedServer::Heard(const std::string& text) const {
 }
 
 void ScriptedServer::Send(const std::string& bytes) {
+    ASSERT_TRUE(m_loop.RunUntil([&] { return IsConnected(); }));
     error_code ignored;
     asio::write(m_connection->socket, asio::buffer(bytes), ignored);
 }

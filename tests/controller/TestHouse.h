@@ -56,6 +56,7 @@ public:
     // True when a line whose text after its number starts with `text` came.
     bool Heard(const std::string& text) const;
 
+    // Waits for a connection first.
     void Send(const std::string& bytes);
     // As a server that dies: nothing is left listening.
     void Kill();
