@@ -1,12 +1,12 @@
 // Sessions: queues shared by several rooms, and how a room gets its queue.
 #include <sstream>
 
+#include "driver/QueueIds.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/Text.h"
 
 namespace {
 
-constexpr std::uint32_t kFirstQueueId = 10000;
 constexpr int kMaxListedRooms = 100;
 
 std::vector<std::uint32_t> SplitRoomList(const std::string& list) {
@@ -55,7 +55,7 @@ std::int32_t korvel_digitalaudio::AudioServer_CreateQueue(std::uint32_t roomId, 
 
 AudioQueue* korvel_digitalaudio::AudioServer_CreateQueue(AudioServer* server, std::uint32_t roomId) {
     AudioQueue* queue = server->CreateAudioQueue(roomId, m_nextQueueId);
-    m_nextQueueId = std::max(m_nextQueueId + 1, kFirstQueueId);
+    m_nextQueueId = NextQueueId(m_nextQueueId);
     SetQueuesShuffleState(*queue, roomId);
     SetQueuesRepeatState(*queue, roomId);
     return queue;

@@ -1,3 +1,4 @@
+#include "driver/QueueIds.h"
 #include "driver/Variables.h"
 #include "driver/korvel_digitalaudio.h"
 
@@ -18,7 +19,6 @@ constexpr std::uint32_t kPollTimerFlags = 17;
 constexpr std::int32_t kNoUtilities = -2;
 constexpr std::uint32_t kFirstServerBinding = 3000;
 constexpr std::uint32_t kFirstMediaBinding = 3501;
-constexpr std::uint32_t kFirstQueueId = 10000;
 constexpr const char* kRhapsodyAddress = "127.0.0.1:5555";
 constexpr const char* kEmptyInfo = "<info></info>";
 constexpr const char* kEmptyStatus = "<status></status>";
