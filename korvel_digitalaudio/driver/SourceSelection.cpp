@@ -261,7 +261,7 @@ void SourceSelection::PlayBroadcast(AudioQueue& queue) {
     queue.AddSongList(m_location.mediaIds);
     if (queue.GetStreamId() != protocol::kNoStream)
         queue.PlayFirstSong();
-    else if (!queue.GetWaitingForAddResponse())
+    else
         queue.CreateStream();
 }
 
