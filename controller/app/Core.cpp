@@ -25,6 +25,7 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
       m_stateFile(config.stateFolder + "/driver-state.xml", log),
       m_state(loop, m_driver, m_stateFile),
       m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_state}),
+      m_rhapsody(loop, log, config.catalogAddress),
       m_stringX(CreateStandardStringX()),
       m_message(CreateStandardKVMessage()) {
     m_devices.SetRoomListener(
@@ -53,6 +54,7 @@ void Core::OfferServices() {
     m_instances.Offer<IRoomService>(m_devices);
     m_instances.Offer<IBindMessageSender>(m_bindings);
     m_instances.Offer<IVariableService>(m_variables);
+    m_instances.Offer<KVRhapsodyClient::IRhapsodyClientFactory>(m_rhapsody);
     m_instances.Offer<IMediaManager>(m_library.Database());
     m_instances.Offer<IStringX>(*m_stringX);
     m_instances.Offer<IKVMessage>(*m_message);

@@ -10,6 +10,7 @@
 #include "host/RealSystem.h"
 #include "loader/Plugin.h"
 #include "platform/Utilities.h"
+#include "rhapsody/RhapsodyService.h"
 
 namespace korvel::controller {
 
@@ -67,6 +68,7 @@ private:
     StateFile m_stateFile;
     StateKeeper m_state;
     Commands m_commands;
+    RhapsodyService m_rhapsody;
     kv::auto_com<IStringX> m_stringX;
     kv::auto_com<IKVMessage> m_message;
     Instances m_instances;

@@ -5,8 +5,9 @@ namespace korvel::controller {
 using boost::system::error_code;
 
 ServerLink::ServerLink(asio::io_context& loop, ServerConfig config, Listener& listener, const Log& log,
-                       BackOff backOff)
+                       BackOff backOff, std::string kind)
     : m_config(std::move(config)),
+      m_kind(std::move(kind)),
       m_listener(&listener),
       m_log(log),
       m_backOff(backOff),
@@ -73,7 +74,7 @@ void ServerLink::OnSocketConnected() {
     m_timer.cancel();
     m_connected = true;
     m_lastFailure.clear();
-    m_log.Info("audio server " + GetName() + " connected");
+    m_log.Info(m_kind + " " + GetName() + " connected");
     Read();
     m_listener->OnConnected(*this, peer.address().to_string());
 }
@@ -103,7 +104,7 @@ void ServerLink::Read() {
 
 void ServerLink::Send(const std::string& line) {
     if (!m_connected) {
-        m_log.Debug("audio server " + GetName() + " is not connected, dropped: " + line);
+        m_log.Debug(m_kind + " " + GetName() + " is not connected, dropped: " + line);
         return;
     }
     if (m_waiting.size() + m_writing.size() + line.size() > kMaxWaiting) {
@@ -144,7 +145,7 @@ void ServerLink::Fail(const std::string& why) {
     m_writing.clear();
     // One line for a server that stays away, not one each attempt.
     if (std::exchange(m_lastFailure, why) != why)
-        m_log.Warning("audio server " + GetName() + (wasConnected ? " lost: " : " not reached: ") + why);
+        m_log.Warning(m_kind + " " + GetName() + (wasConnected ? " lost: " : " not reached: ") + why);
     m_timer.expires_after(m_backOff.Next());
     m_timer.async_wait(InThisAttempt([this](error_code error) {
         if (!error)

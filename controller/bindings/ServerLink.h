@@ -13,7 +13,7 @@
 
 namespace korvel::controller {
 
-// The TCP connection to one audio server. It connects again whenever it is lost, until Stop().
+// The TCP connection to one server that speaks in lines. It connects again whenever it is lost, until Stop().
 class ServerLink final : public std::enable_shared_from_this<ServerLink> {
 public:
     static constexpr std::size_t kMaxWaiting = 1u << 20; // bytes that wait to go out
@@ -32,9 +32,9 @@ public:
         ~Listener() = default;
     };
 
-    // `listener` is used until Stop().
+    // `listener` is used until Stop(). `kind` is what the log calls the server.
     ServerLink(asio::io_context& loop, ServerConfig config, Listener& listener, const Log& log,
-               BackOff backOff = {kFirstDelay, kMostDelay});
+               BackOff backOff = {kFirstDelay, kMostDelay}, std::string kind = "audio server");
 
     void Start() { Connect(); }
     // Closes the connection; the listener hears no more.
@@ -62,6 +62,7 @@ private:
     auto InThisAttempt(Body body);
 
     const ServerConfig m_config;
+    const std::string m_kind;
     Listener* m_listener; // null once stopped
     const Log& m_log;
     BackOff m_backOff;

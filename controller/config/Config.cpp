@@ -118,6 +118,17 @@ void ReadHttp(TomlTable& top, const std::string& source, Config& config) {
     table.RefuseOtherKeys();
 }
 
+void ReadCatalog(TomlTable& top, const std::string& source, Config& config) {
+    const toml::table* entry = top.Table("catalog");
+    if (!entry)
+        return;
+    TomlTable table(*entry, source, "[catalog]");
+    table.Text("address", config.catalogAddress);
+    if (config.catalogAddress.find(':') == std::string::npos || config.catalogAddress.size() > kMaxNameLength)
+        table.Fail("address", "must be HOST:PORT");
+    table.RefuseOtherKeys();
+}
+
 void ReadLog(TomlTable& top, Config& config) {
     std::string level;
     top.Text("log", level);
@@ -173,6 +184,7 @@ Config ParseConfig(const std::string& text, const std::string& source, const std
         ReadPaths(top, config);
         ReadLog(top, config);
         ReadHttp(top, source, config);
+        ReadCatalog(top, source, config);
         ReadRooms(top, source, config);
         ReadServers(top, source, config);
         top.RefuseOtherKeys();

@@ -41,6 +41,7 @@ struct Config {
     std::string httpAddress = "127.0.0.1";
     std::uint16_t httpPort = 8080; // 0: any free port
     std::string webFolder;         // empty: no page is served
+    std::string catalogAddress;    // HOST:PORT; empty: the one that the driver connects to
     LogLevel log = LogLevel::Info;
 };
 

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/rhapsody/RhapsodyClient.h"
+#include "rhapsody/CatalogLink.h"
+
+namespace korvel::controller {
+
+// Makes clients of the streaming service: each a connection of its own to the catalogue.
+class RhapsodyService final : public KVRhapsodyClient::IRhapsodyClientFactory {
+public:
+    // `address` (HOST:PORT), when not empty, is used in place of the one that a driver connects to. `loop`
+    // and `log` must outlive the clients.
+    RhapsodyService(asio::io_context& loop, const Log& log, std::string address, CatalogTiming timing = {});
+
+    std::unique_ptr<KVRhapsodyClient::RhapsodyClient> CreateClient(
+        KVRhapsodyClient::RhapsodyBranding branding, ITimerManager& timers,
+        IRhapsodyCallback* callback) override;
+
+private:
+    asio::io_context& m_loop;
+    const Log& m_log;
+    const std::string m_address;
+    const CatalogTiming m_timing;
+};
+
+} // namespace korvel::controller
