@@ -8,9 +8,6 @@
 
 namespace commands {
 
-// The media id text that stands for an item of the streaming service: there is no such song to go to.
-inline constexpr const char* kServiceMediaId = "268435440";
-
 // A flag: any number but 0 is true; `fallback` when the parameter is absent.
 inline bool ReadFlag(const ICmdMessage& message, const std::string& name, bool fallback) {
     return message.HasParam(name) ? message.GetNumber(name) != 0 : fallback;

@@ -1,6 +1,7 @@
 // Commands that move a room's queue through its songs and states.
-#include "commands/Parameters.h"
+#include "commands/RhapsodyMessages.h"
 #include "driver/korvel_digitalaudio.h"
+#include "platform/Text.h"
 
 // The queue that a transport command is for; null when there is none or the device that registered for the
 // queue's notifications has dealt with the command itself.
@@ -62,7 +63,7 @@ void korvel_digitalaudio::OnSkipRev(const ICmdMessage& message, ICmdReturn*) {
 void korvel_digitalaudio::OnGoToSong(const ICmdMessage& message, ICmdReturn*) {
     const std::string room = message.GetParam("ROOM_ID");
     const std::string mediaId = message.GetParam("MEDIA_ID");
-    if (room.empty() || mediaId.empty() || mediaId == commands::kServiceMediaId)
+    if (room.empty() || mediaId.empty() || mediaId == rhapsody::kTrackMediaId)
         return;
     const std::string source = message.GetParam("SOURCE");
     AudioMedia item;
