@@ -70,9 +70,6 @@ TEST_F(WavWriterTest, AnUnusablePathIsAnError) {
 }
 
 TEST_F(WavWriterTest, AFullDiskEndsTheRecordingAndNothingElse) {
-    if (!std::filesystem::exists("/dev/full")) {
-        GTEST_SKIP() << "no device that is always full";
-    }
     EXPECT_THROW(WavWriter("/dev/full"), std::runtime_error);
 }
 
