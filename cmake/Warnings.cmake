@@ -12,3 +12,10 @@ if(KORVEL_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
 endif()
+
+# What the fuzzer learns from is in the code that it attacks.
+if(KORVEL_FUZZ)
+    set(KORVEL_FUZZ_FLAGS -fsanitize=address,undefined,fuzzer-no-link)
+    add_compile_options(${KORVEL_FUZZ_FLAGS} -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    add_link_options(${KORVEL_FUZZ_FLAGS})
+endif()
