@@ -149,7 +149,7 @@ TEST_F(HttpTest, TheLibraryIsBrowsed) {
 
 TEST_F(HttpTest, AScanStartsOnRequestAndReportsItsEnd) {
     std::vector<std::string> phases;
-    house->GetCore().GetEvents().Add([&](const auto& text) {
+    const std::uint32_t listener = house->GetCore().GetEvents().Add([&](const auto& text) {
         const json event = json::parse(*text);
         if (event["type"] == "scan")
             phases.push_back(event["phase"]);
@@ -158,6 +158,7 @@ TEST_F(HttpTest, AScanStartsOnRequestAndReportsItsEnd) {
         loop.RunUntil([&] { return !house->GetCore().GetLibrary().ScanStatus()["running"].get<bool>(); }));
     EXPECT_EQ(house->Post("/api/library/scan", "").status, 202);
     EXPECT_TRUE(loop.RunUntil([&] { return !phases.empty() && phases.back() == "finished"; }));
+    house->GetCore().GetEvents().Remove(listener);
 }
 
 TEST_F(HttpTest, TheDriversStateSurvivesARestart) {
