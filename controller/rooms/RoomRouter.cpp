@@ -75,9 +75,25 @@ void RoomRouter::Select(std::uint32_t roomId, std::uint32_t queueId) {
     CallSelected(room, wanted);
     // What the room hears now is the driver's decision: an empty queue, say, is not kept.
     SetQueue(room, QueueOfRoom(roomId));
+    if (HearsTogether(room))
+        AskWhatPlays(room);
     if (room.queueId != wanted)
         throw Refused(Refused::Why::Conflict,
                       room.config.name + " was not taken into queue " + std::to_string(wanted));
+}
+
+bool RoomRouter::HearsTogether(const Room& room) const {
+    return std::ranges::any_of(m_parts.rooms.All(), [&](const Room& other) {
+        return &other != &room && other.IsRouted() && other.queueId == room.queueId;
+    });
+}
+
+// What the others were told before this room came.
+void RoomRouter::AskWhatPlays(const Room& room) {
+    const auto command = kv::CreateCmdMessage("REQUEST_CURRENT_MEDIA_INFO");
+    command->AddParam("ROOM_ID", "INT", std::to_string(room.config.id));
+    CR_String answer;
+    m_parts.driver.Execute(*command, answer);
 }
 
 void RoomRouter::CallSelected(Room& room, std::uint32_t queueId) {
@@ -124,9 +140,13 @@ void RoomRouter::Join(std::uint32_t roomId, std::uint32_t other) {
     m_parts.driver.Execute(*command, answer);
 }
 
-std::uint32_t RoomRouter::QueueOfRoom(std::uint32_t roomId) { return AskForQueue("ROOM_ID", roomId); }
+std::uint32_t RoomRouter::QueueOfRoom(std::uint32_t roomId) {
+    return AskForQueue("ROOM_ID", roomId);
+}
 
-bool RoomRouter::HasQueue(std::uint32_t queueId) { return AskForQueue("QUEUE_ID", queueId) == queueId; }
+bool RoomRouter::HasQueue(std::uint32_t queueId) {
+    return AskForQueue("QUEUE_ID", queueId) == queueId;
+}
 
 std::uint32_t RoomRouter::AskForQueue(const std::string& key, std::uint32_t value) {
     const auto request = kv::CreateCmdMessage("GET_QUEUE_INFO");

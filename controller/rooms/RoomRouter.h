@@ -62,6 +62,8 @@ private:
     Room& Require(std::uint32_t roomId);
     void RequireReady() const;
     void CallSelected(Room& room, std::uint32_t queueId);
+    bool HearsTogether(const Room& room) const;
+    void AskWhatPlays(const Room& room);
     void SetQueue(Room& room, std::uint32_t queueId);
     void TrySelect(std::uint32_t roomId, std::uint32_t queueId);
     void PublishRoom(const Room& room);

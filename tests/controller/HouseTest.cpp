@@ -77,6 +77,7 @@ TEST_F(HouseTest, ARoomJoinsAnotherOne) {
     const RawReply joined = house->Post("/api/rooms/2/select", R"({"join":1})");
     EXPECT_EQ(joined.status, 200);
     EXPECT_EQ(joined.Json()["queue"], 10000);
+    EXPECT_EQ(joined.Json()["media"]["title"], "Song 0");
     EXPECT_TRUE(Hears("addcli 1 127.0.0.1 6202"));
 }
 
