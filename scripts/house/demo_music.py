@@ -1,6 +1,7 @@
 """Makes music to try the house with: short tunes and plain tones as tagged WAV files."""
 
 import array
+import functools
 import math
 import os
 import struct
@@ -9,8 +10,14 @@ RATE = 48000
 FADE_SECONDS = 0.02
 
 
-def tone(frequency, seconds, level=0.4):
-    """One note with soft edges and a little of its octave, as samples from -1 to 1."""
+def pcm(samples):
+    """Both channels of 16-bit sound, from samples from -1 to 1."""
+    return array.array("h", (value for s in samples for value in (int(32767 * s),) * 2)).tobytes()
+
+
+@functools.cache
+def note(frequency, seconds, level=0.4):
+    """One note with soft edges and a little of its octave."""
     count = int(seconds * RATE)
     fade = int(FADE_SECONDS * RATE)
     step = 2 * math.pi * frequency / RATE
@@ -18,7 +25,13 @@ def tone(frequency, seconds, level=0.4):
     for i in range(count):
         edge = min(1.0, i / fade, (count - i) / fade)
         samples.append(level * edge * (math.sin(step * i) + 0.2 * math.sin(2 * step * i)))
-    return samples
+    return pcm(samples)
+
+
+def steady_tone(frequency, seconds, level=0.4):
+    """A plain tone of whole Hz: every second of it is the same."""
+    step = 2 * math.pi * frequency / RATE
+    return pcm([level * math.sin(step * i) for i in range(RATE)]) * seconds
 
 
 def note_frequency(name):
@@ -31,16 +44,17 @@ def chunk(name, data):
     return name + struct.pack("<I", len(data)) + data + b"\0" * (len(data) % 2)
 
 
-def write_song(path, samples, title, artist, album, genre, track):
-    pcm = array.array("h", (int(32767 * max(-1.0, min(1.0, s))) for s in samples for _ in range(2)))
+def write_song(path, sound, title, artist, album, genre, track):
     tags = (
         (b"INAM", title), (b"IART", artist), (b"IPRD", album), (b"IGNR", genre), (b"IPRT", str(track)),
     )
     info = b"INFO" + b"".join(chunk(name, text.encode() + b"\0") for name, text in tags)
     form = struct.pack("<HHIIHH", 1, 2, RATE, RATE * 4, 4, 16)
-    body = b"WAVE" + chunk(b"fmt ", form) + chunk(b"LIST", info) + chunk(b"data", pcm.tobytes())
-    with open(path, "wb") as file:
+    body = b"WAVE" + chunk(b"fmt ", form) + chunk(b"LIST", info) + chunk(b"data", sound)
+    # Renamed when complete: an interrupted run leaves no half song.
+    with open(path + ".part", "wb") as file:
         file.write(b"RIFF" + struct.pack("<I", len(body)) + body)
+    os.rename(path + ".part", path)
 
 
 # A tune is notes with their lengths in beats.
@@ -53,12 +67,8 @@ TUNES = (
 
 
 def play(tune, beats_per_minute, repeats):
-    samples = []
-    for _ in range(repeats):
-        for word in tune.split():
-            name, beats = word.split(":")
-            samples += tone(note_frequency(name), float(beats) * 60 / beats_per_minute)
-    return samples
+    notes = (word.split(":") for word in tune.split())
+    return b"".join(note(note_frequency(name), float(beats) * 60 / beats_per_minute) for name, beats in notes) * repeats
 
 
 def make_demo_music(folder):
@@ -76,4 +86,4 @@ def make_tones(folder, frequencies, seconds):
     os.makedirs(folder, exist_ok=True)
     for number, frequency in enumerate(frequencies, 1):
         title = f"Tone {frequency}"
-        write_song(os.path.join(folder, f"{title}.wav"), tone(frequency, seconds), title, "Smoke", "Tones", "Test", number)
+        write_song(os.path.join(folder, f"{title}.wav"), steady_tone(frequency, seconds), title, "Smoke", "Tones", "Test", number)

@@ -88,8 +88,9 @@ class House:
     def spawn(self, name, program, arguments, stdout):
         with open(self.log_path(name), "w", encoding="utf-8") as log:
             # A session of its own: Ctrl-C reaches this program alone, which then stops the others in order.
+            # Should this program be killed, the others must not stay and hold their ports.
             self.processes[name] = subprocess.Popen(
-                [os.path.join(self.programs, program), *arguments],
+                ["setpriv", "--pdeathsig", "TERM", os.path.join(self.programs, program), *arguments],
                 stdin=subprocess.DEVNULL, stdout=stdout, stderr=log, start_new_session=True, text=True,
             )
         return self.processes[name]

@@ -28,21 +28,24 @@ def show(house, programs):
     print(f"\nLogs: {house.folder}/*.log.  Ctrl-C stops everything.", flush=True)
 
 
+def find_music(folder):
+    if len(sys.argv) > 2:
+        if not os.path.isdir(sys.argv[2]):
+            raise HouseError(f"{sys.argv[2]} is not a folder")
+        return os.path.abspath(sys.argv[2])
+    music = os.path.join(folder, "demo-music")
+    print("No music folder given: making some demo music ...", flush=True)
+    make_demo_music(music)
+    return music
+
+
 def main():
     programs = sys.argv[1]
     folder = state_folder()
-    if len(sys.argv) > 2:
-        music = sys.argv[2]
-        if not os.path.isdir(music):
-            sys.exit(f"run: {music} is not a folder")
-    else:
-        music = os.path.join(folder, "demo-music")
-        print("No music folder given: making some demo music ...", flush=True)
-        make_demo_music(music)
-
     signal.signal(signal.SIGTERM, lambda *_: signal.raise_signal(signal.SIGINT))
-    house = House(programs, folder, os.path.abspath(music))
+    house = None
     try:
+        house = House(programs, folder, find_music(folder))
         house.start()
         show(house, programs)
         while not (failed := house.failed()):
@@ -56,7 +59,11 @@ def main():
         print("\nStopping ...", flush=True)
         return 0
     finally:
-        house.stop()
+        # A second Ctrl-C must not leave programs behind.
+        signal.signal(signal.SIGINT, signal.SIG_IGN)
+        signal.signal(signal.SIGTERM, signal.SIG_IGN)
+        if house:
+            house.stop()
 
 
 sys.exit(main())
