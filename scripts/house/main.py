@@ -42,7 +42,9 @@ def find_music(folder):
 def main():
     programs = sys.argv[1]
     folder = state_folder()
-    signal.signal(signal.SIGTERM, lambda *_: signal.raise_signal(signal.SIGINT))
+    # Also where a shell started this in the background, with SIGINT ignored.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     house = None
     try:
         house = House(programs, folder, find_music(folder))
