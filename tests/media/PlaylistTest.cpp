@@ -83,6 +83,18 @@ TEST_F(Playlists, AddMediaMakesAnEmptyPlaylist) {
     EXPECT_EQ(database.GetMediaList(kDevice, "PLAYLIST", "", "", -1, -1)->GetChildCount(), 1u);
 }
 
+TEST_F(Playlists, AddMediaTakesTitlesThatAreNotEscaped) {
+    for (const char* title :
+         {"R&B", "I <3 you", "a </b> c", "<b>bold</b>", "1 > 0", "\"quoted\" 'too'", "<title>", "<!--"}) {
+        std::uint32_t id = 0;
+        EXPECT_EQ(database.AddMedia(kDevice, Description(title), "", "", 1, id), 0) << title;
+        EXPECT_EQ(database.GetPlaylistName(id), title);
+    }
+    std::uint32_t id = 0;
+    EXPECT_EQ(database.AddMedia(kDevice, Description("R&amp;B &lt;3"), "", "", 1, id), 0);
+    EXPECT_EQ(database.GetPlaylistName(id), "R&B <3");
+}
+
 TEST_F(Playlists, AddMediaEmptiesThePlaylistOfThatTitleAndDevice) {
     const std::uint32_t other = database.CreatePlaylist(kDevice + 1, "Mine", {Song(1)});
     const std::uint32_t mine = database.CreatePlaylist(kDevice, "Mine", {Song(2)});
@@ -103,10 +115,11 @@ TEST_F(Playlists, AddMediaTakesTheNameWhenTheDescriptionHasNoTitle) {
 
 TEST_F(Playlists, AddMediaRefusesEverythingElse) {
     std::uint32_t id = 77;
-    for (const char* description : {"", "no xml", "<album>", "<album><title>A</title></album>",
-                                    "<album><title>A</title><playlist>False</playlist></album>",
-                                    "<song><title>A</title><playlist>True</playlist></song>",
-                                    "<album><playlist>True</playlist></album>"})
+    for (const char* description :
+         {"", "no xml", "<album>", "<title>", "</title><title>", "<album><title>A</title></album>",
+          "<album><title>A</title><playlist>False</playlist></album>",
+          "<song><title>A</title><playlist>True</playlist></song>",
+          "<album><playlist>True</playlist></album>"})
         EXPECT_LT(database.AddMedia(kDevice, description, "", "", 1, id), 0) << description;
     EXPECT_EQ(id, 77u);
     EXPECT_EQ(database.ListPlaylists({}).total, 0u);

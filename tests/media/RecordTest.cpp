@@ -6,6 +6,7 @@
 
 #include "Songs.h"
 #include "media/MediaDatabase.h"
+#include "media/ScanRecords.h"
 
 namespace korvel::media {
 namespace {
@@ -125,6 +126,24 @@ TEST(Records, TenThousandSongsAreStoredQuickly) {
     // Some tenths of a second; the bound leaves room for sanitizers on a busy machine.
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
     EXPECT_EQ(database.ListSongs({}).total, 10000u);
+}
+
+TEST(Records, AScanOfManyAlbumsIsStoredQuickly) {
+    MediaDatabase database(":memory:");
+    const auto begin = std::chrono::steady_clock::now();
+    database.InTransaction([&] {
+        for (int i = 0; i < 20000; ++i) {
+            ScannedSong scanned;
+            scanned.song = MakeSong(0, "Title", "Ann", "Album " + std::to_string(i));
+            scanned.song.location = "/music/" + std::to_string(i) + ".flac";
+            scanned.song.fileSize = 1;
+            scanned.albumGroup = "by Ann";
+            database.PutScannedSong(scanned);
+        }
+        database.RefreshAlbums();
+    });
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
+    EXPECT_EQ(database.ListAlbumsOfArtist("Ann", {}).total, 20000u);
 }
 
 } // namespace

@@ -63,10 +63,11 @@ Page<PlaylistSummary> MediaDatabase::ListPlaylists(Window window) {
 
 Page<AlbumSummary> MediaDatabase::ListAlbumsOfArtist(const std::string& artist, Window window) {
     // By the songs, which finds the album of several artists as well.
-    const PageQuery query = {kAlbumColumns,
-                             "albums a WHERE a.id IN (SELECT m.album_id FROM songs s JOIN album_songs m"
-                             " ON m.song_id = s.id WHERE s.artist = ?1 OR (s.album_artist = ?1 AND ?1 <> ''))",
-                             "a.title_folded, a.id"};
+    const PageQuery query = {
+        kAlbumColumns,
+        "albums a WHERE a.id IN (SELECT m.album_id FROM songs s JOIN album_songs m"
+        " ON m.song_id = s.id WHERE s.artist = ?1 OR (s.album_artist = ?1 AND ?1 <> ''))",
+        "a.title_folded, a.id"};
     return ReadPage(
         *m_connection, query, [&](Query& q) { q.Bind(artist); }, window, ReadAlbum);
 }
@@ -80,7 +81,8 @@ Page<SongRecord> MediaDatabase::ListSongsOfAlbum(std::uint32_t albumId, Window w
 }
 
 Page<SongRecord> MediaDatabase::ListSongsOfArtist(const std::string& artist, Window window) {
-    const PageQuery query = {kSongColumns, "songs s WHERE s.artist = ?1 OR (s.album_artist = ?1 AND ?1 <> '')", kSongOrder};
+    const PageQuery query = {kSongColumns,
+                             "songs s WHERE s.artist = ?1 OR (s.album_artist = ?1 AND ?1 <> '')", kSongOrder};
     return ReadPage(
         *m_connection, query, [&](Query& q) { q.Bind(artist); }, window, ReadSongRow);
 }

@@ -1,5 +1,6 @@
 // The playlists that drivers save and play. No exception leaves these operations.
 #include <algorithm>
+#include <cstring>
 
 #include "Rows.h"
 #include "Sqlite.h"
@@ -25,16 +26,37 @@ std::uint32_t PlaylistOfTitle(Connection& connection, std::uint32_t deviceId, co
     return query.Next() ? query.UInt(0) : 0;
 }
 
-// The title of the playlist that an AddMedia description asks for; "" for anything else.
-std::string DescribedPlaylist(const std::string& description, const std::string& name) {
+// Reads the description of a playlist. False when it is none, or when its title is not plain text.
+bool ReadDescription(const std::string& description, std::string& title) {
     const auto document = KVXML::CreateXmlDocument(description);
     if (!document)
-        return "";
+        return false;
     const auto root = document->GetRoot();
+    const KVXML::INode* element = root->FindChild("title");
     if (root->GetName() != "album" || !XmlHelper::GetBool(*root, "playlist"))
-        return "";
+        return false;
+    if (element && element->GetChildCount() > 0)
+        return false;
+    title = element ? element->GetText() : "";
+    return true;
+}
+
+// The title of the playlist that an AddMedia description asks for; "" for anything else.
+std::string DescribedPlaylist(std::string description, const std::string& name) {
     std::string title;
-    return XmlHelper::fromXml(*root, "title", title) && !title.empty() ? title : name;
+    if (!ReadDescription(description, title)) {
+        // Drivers put names in as they are: one like "I <3 you" is what stands between the tags.
+        const std::size_t tag = description.find("<title>");
+        const std::size_t begin = tag + std::strlen("<title>");
+        const std::size_t end = description.rfind("</title>");
+        if (tag == std::string::npos || end == std::string::npos || begin > end)
+            return "";
+        const std::string literal = description.substr(begin, end - begin);
+        if (!ReadDescription(description.erase(begin, end - begin), title))
+            return "";
+        title = literal;
+    }
+    return title.empty() ? name : title;
 }
 
 void InsertItem(Connection& connection, std::uint32_t playlistId, const MediaItem& item,

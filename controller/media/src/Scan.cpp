@@ -38,8 +38,8 @@ std::uint32_t AlbumOf(Connection& connection, const ScannedSong& scanned) {
 // A song leaves the scanned album it was in; the albums that were put together by hand keep it.
 void JoinAlbum(Connection& connection, std::uint32_t songId, std::uint32_t albumId) {
     Query leave = connection.Prepare(
-        "DELETE FROM album_songs WHERE song_id = ?"
-        " AND album_id IN (SELECT id FROM albums WHERE album_group IS NOT NULL)");
+        "DELETE FROM album_songs WHERE song_id = ? AND EXISTS"
+        " (SELECT 1 FROM albums a WHERE a.id = album_songs.album_id AND a.album_group IS NOT NULL)");
     leave.Bind(songId).Run();
     Query join = connection.Prepare("INSERT INTO album_songs (album_id, position, song_id) VALUES (?, 0, ?)");
     join.Bind(albumId).Bind(songId).Run();

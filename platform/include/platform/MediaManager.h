@@ -71,9 +71,10 @@ public:
     virtual std::int32_t UpdatePlaylist(std::uint32_t playlistId, const std::vector<MediaItem>& songs) = 0;
     virtual std::int32_t DeletePlaylist(std::uint32_t playlistId) = 0;
     // Adds an empty playlist from its description: an "album" element with the values "title" and "playlist"
-    // ("True"). A description without a title takes `name`; `filter` is not used. With `replace` non-zero a
-    // playlist of the same device and title is emptied instead and keeps its id, so that what refers to it
-    // stays valid. `newId` is the record's id. Other records are refused.
+    // ("True"). A title that is not escaped is taken as it stands between its tags; a description without one
+    // takes `name`; `filter` is not used. With `replace` non-zero a playlist of the same device and title is
+    // emptied instead and keeps its id, so that what refers to it stays valid. `newId` is the record's id.
+    // Other records are refused.
     virtual std::int32_t AddMedia(std::uint32_t deviceId, const std::string& description,
                                   const std::string& filter, const std::string& name, std::int32_t replace,
                                   std::uint32_t& newId) = 0;
