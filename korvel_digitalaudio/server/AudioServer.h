@@ -111,11 +111,11 @@ private:
     }
 
     const std::uint32_t m_bindingId;
+    kv::auto_com<ServerUtility> m_link; // before all that sends through it
     std::map<std::uint32_t, std::unique_ptr<AudioQueue>> m_queues;
     std::vector<std::unique_ptr<AudioQueue>> m_unlistedQueues;
     std::vector<std::unique_ptr<AudioQueue>> m_removedQueues;
     std::unique_ptr<Announcement> m_announcement;
-    kv::auto_com<ServerUtility> m_link;
     std::uint32_t m_inUseInputQueueId = 0;
     std::string m_inUseInputPath;
     IInstanceManager& m_instances;
