@@ -66,6 +66,8 @@ void AudioQueue::SetIsInternetRadio(bool on) {
         ClearNotifications();
     }
     m_isInternetRadio = on;
+    if (on) // what clearing the list told may have been answered by making the queue a channel
+        m_isRhapsodyChannel = false;
 }
 
 void AudioQueue::SetIsRhapsodyChannel(bool on) {
@@ -74,6 +76,8 @@ void AudioQueue::SetIsRhapsodyChannel(bool on) {
         ClearSongs();
     }
     m_isRhapsodyChannel = on;
+    if (on) // a queue in both modes would go round between the two for ever
+        m_isInternetRadio = false;
     m_errorCount = 0;
     m_stoppedByErrors = false;
 }
