@@ -1,0 +1,506 @@
+// Starting, pausing, stopping and ending, and the throttle on media that fail.
+#include "QueueFixture.h"
+
+namespace {
+
+class QueuePlayback : public QueueFixture {
+protected:
+    QueuePlayback() {
+        Run("song 1 location=/media/a.flac");
+        Run("song 2 location=/media/b.flac");
+        Run("station 5 location=http://radio.example/5");
+    }
+
+    // The lines to the audio server and the announced states ("=STATE"), in order.
+    Lines Actions() {
+        Lines actions;
+        for (const std::string& line : Out()) {
+            const std::size_t state = line.find(" QUEUE_STATE:STRING=");
+            if (line.starts_with("send "))
+                actions.push_back(line.substr(5));
+            else if (state != std::string::npos)
+                actions.push_back(line.substr(state + 19));
+        }
+        return actions;
+    }
+    // Holds one item, pinned, on a queue that has its stream and is registered.
+    void HoldOne(const AudioMedia& media) {
+        GiveStream();
+        queue->AddSong(media, false, false);
+        Register();
+        Out();
+    }
+    Lines MediaInfos() { return Out("message 200 QUEUE_MEDIA_INFO_UPDATED"); }
+};
+
+// "message 200 QUEUE_MEDIA_INFO_UPDATED" of the fixture's queue with `rest` behind its id.
+std::string MediaInfo(const std::string& rest) {
+    return "message 200 QUEUE_MEDIA_INFO_UPDATED QUEUE_ID:INT=12 MEDIA_INFO:STRING=<mediainfo>"
+           "<deviceid>100002</deviceid><queueid>12</queueid>" +
+           rest + "</mediainfo>";
+}
+
+const std::string kAddA = "addmed 1 \\\"file://media/a.flac\\\"";
+
+TEST_F(QueuePlayback, NewQueueIsStoppedWithoutAStream) {
+    EXPECT_EQ(queue->GetQueueId(), kQueueId);
+    EXPECT_EQ(queue->GetOwner(), kOwner);
+    EXPECT_EQ(queue->GetQueueState(), STOP);
+    EXPECT_EQ(queue->GetStreamId(), 4095u);
+    EXPECT_EQ(queue->GetSourceDevice(), 0u);
+    EXPECT_FALSE(queue->GetWaitingForAddResponse());
+    EXPECT_FALSE(queue->IsRhapsodyChannel());
+    EXPECT_FALSE(queue->IsInternetRadio());
+    EXPECT_FALSE(queue->IsStoppedByErrors());
+    EXPECT_FALSE(queue->IsShuffleSet());
+    EXPECT_FALSE(queue->IsRepeatSet());
+    EXPECT_EQ(queue->GetNotificationDevice(), 0u);
+    EXPECT_EQ(queue->GetRoomCount(), 0u);
+    EXPECT_EQ(CurrentIndex(), kNone);
+    EXPECT_EQ(queue->GetCurrentMedia(), AudioMedia());
+    queue->SetSourceDevice(9);
+    EXPECT_EQ(queue->GetSourceDevice(), 9u);
+}
+
+TEST_F(QueuePlayback, QueueHoldsItsLinkAndLetsItGo) {
+    link->AddRef();
+    EXPECT_EQ(link->Release(), 2);
+    queue.reset();
+    link->AddRef();
+    EXPECT_EQ(link->Release(), 1);
+}
+
+TEST_F(QueuePlayback, QueueWithoutALinkDropsItsLines) {
+    queue = std::make_unique<AudioQueue>(core.Helper(), core.Instances(), nullptr, 1, 1, nullptr, nullptr);
+    queue->SetStreamId(1);
+    queue->AddSong(Song(1), true, false);
+    queue->SetQueueState(PLAY);
+    EXPECT_EQ(queue->GetQueueState(), PLAY);
+    EXPECT_EQ(Sent(), Lines{});
+}
+
+TEST_F(QueuePlayback, StatesHaveTheirTexts) {
+    EXPECT_STREQ(AudioQueue::QueueStateToStr(STOP), "STOP");
+    EXPECT_STREQ(AudioQueue::QueueStateToStr(PAUSE), "PAUSE");
+    EXPECT_STREQ(AudioQueue::QueueStateToStr(PLAY), "PLAY");
+    EXPECT_STREQ(AudioQueue::QueueStateToStr(END), "END");
+    EXPECT_STREQ(AudioQueue::QueueStateToStr(static_cast<QueueState>(4)), "");
+}
+
+TEST_F(QueuePlayback, ChangeIsAnnouncedWithTheSecondsSpentBefore) {
+    Register();
+    Advance(2999);
+    queue->ChangeQueueState(PLAY);
+    EXPECT_EQ(Out(), Lines{"message 200 QUEUE_STATE_CHANGED QUEUE_ID:INT=12 PREV_QUEUE_STATE:STRING=STOP "
+                           "PREV_QUEUE_STATE_TIME:INT=2 QUEUE_STATE:STRING=PLAY"});
+    Advance(1);
+    queue->ChangeQueueState(PAUSE);
+    EXPECT_EQ(Out(), Lines{"message 200 QUEUE_STATE_CHANGED QUEUE_ID:INT=12 PREV_QUEUE_STATE:STRING=PLAY "
+                           "PREV_QUEUE_STATE_TIME:INT=1 QUEUE_STATE:STRING=PAUSE"});
+}
+
+TEST_F(QueuePlayback, QueueInfoComesLastInTheChange) {
+    Register("mine");
+    queue->ChangeQueueState(END);
+    EXPECT_EQ(Out(), Lines{"message 200 QUEUE_STATE_CHANGED QUEUE_ID:INT=12 PREV_QUEUE_STATE:STRING=STOP "
+                           "PREV_QUEUE_STATE_TIME:INT=0 QUEUE_STATE:STRING=END QUEUE_INFO:STRING=mine"});
+}
+
+TEST_F(QueuePlayback, OnlyPlayIsAnnouncedAgain) {
+    Register();
+    queue->ChangeQueueState(PLAY);
+    queue->ChangeQueueState(PLAY);
+    EXPECT_EQ(Actions(), (Lines{"=PLAY", "=PLAY"}));
+    queue->ChangeQueueState(STOP);
+    queue->ChangeQueueState(STOP);
+    EXPECT_EQ(Actions(), Lines{"=STOP"});
+}
+
+// The time of a state that is entered again starts anew for play, and goes on for the others.
+TEST_F(QueuePlayback, PlayAfterPlayStartsItsTimeAnew) {
+    Register();
+    queue->ChangeQueueState(PLAY);
+    Advance(4000);
+    queue->ChangeQueueState(PLAY);
+    Advance(1000);
+    queue->ChangeQueueState(STOP);
+    Advance(2000);
+    queue->ChangeQueueState(STOP);
+    Advance(3000);
+    Out();
+    queue->ChangeQueueState(END);
+    EXPECT_NE(Out().front().find("PREV_QUEUE_STATE_TIME:INT=5 "), std::string::npos);
+}
+
+TEST_F(QueuePlayback, WithoutARegisteredDeviceTheStateChangesSilently) {
+    queue->ChangeQueueState(PLAY);
+    EXPECT_EQ(queue->GetQueueState(), PLAY);
+    EXPECT_EQ(Out(), Lines{});
+}
+
+TEST_F(QueuePlayback, WithoutAMessageTheStateChangesSilently) {
+    Register("mine");
+    Run("fail CreateMessage");
+    queue->ChangeQueueState(PLAY);
+    queue->UpdateStreamStatus("s");
+    queue->NotifyMediaChanged("m");
+    EXPECT_FALSE(queue->HandleRoomCommand("PLAY", "7"));
+    queue->NotifyQueueDeletion();
+    EXPECT_EQ(queue->GetQueueState(), PLAY);
+    EXPECT_EQ(Out(), Lines{});
+}
+
+TEST_F(QueuePlayback, StoppingRewindsToTheFirstSong) {
+    HoldOne(Song(1));
+    queue->AddSong(Song(2), false, false);
+    queue->SetQueueState(PLAY);
+    queue->PlayNextSong(true, false);
+    Out();
+    queue->SetQueueState(STOP);
+    EXPECT_EQ(Actions(), (Lines{"remmed 1", "=STOP"}));
+    EXPECT_EQ(CurrentIndex(), 0u);
+    EXPECT_EQ(queue->GetNextSongIndex(), 0u);
+}
+
+TEST_F(QueuePlayback, EndingClearsTheSecondaryInfoAndDescribesTheCurrentMediaOnce) {
+    GiveStream();
+    queue->SetIsInternetRadio(true);
+    queue->AddSong(Radio(5), false, false);
+    const std::string title = "Title";
+    queue->UpdateSecondaryInfo(false, nullptr, nullptr, &title, nullptr, nullptr);
+    Register();
+    Out();
+    queue->SetQueueState(END);
+    const Lines out = Out();
+    ASSERT_EQ(out.size(), 3u);
+    EXPECT_EQ(
+        out[0],
+        MediaInfo("<source>5</source><mediatype>SONG</mediatype><mediatypeV2>GENERIC_MEDIA</mediatypeV2>"
+                  "<medSrcDev>0</medSrcDev><stationid></stationid><album></album><artist></artist>"
+                  "<title></title><channel></channel>"));
+    EXPECT_NE(out[1].find("QUEUE_STATE:STRING=END"), std::string::npos);
+    EXPECT_EQ(out[2], "send eos 1");
+}
+
+TEST_F(QueuePlayback, EndIsToldForEveryRoomInOrder) {
+    GiveStream();
+    Register();
+    queue->AddRoomClient(12);
+    queue->AddRoomClient(7);
+    queue->EndOfQueue();
+    const Lines out = Out();
+    ASSERT_EQ(out.size(), 4u);
+    EXPECT_NE(out[0].find("QUEUE_STATE:STRING=END"), std::string::npos);
+    EXPECT_EQ(out[1], "room-service 100002 27");
+    EXPECT_EQ(out[2], "room-service 100002 32");
+    EXPECT_EQ(out[3], "send eos 1");
+}
+
+TEST_F(QueuePlayback, FirstSongIsStreamedBeforePlayIsAnnounced) {
+    HoldOne(Song(1));
+    queue->PlayFirstSong();
+    EXPECT_EQ(Actions(), (Lines{kAddA, "=PLAY"}));
+}
+
+TEST_F(QueuePlayback, FirstSongWithoutAnIdPlaysNothing) {
+    HoldOne(Song(0));
+    queue->PlayFirstSong();
+    EXPECT_EQ(Out(), Lines{"message 200 QUEUE_STATE_CHANGED QUEUE_ID:INT=12 PREV_QUEUE_STATE:STRING=STOP "
+                           "PREV_QUEUE_STATE_TIME:INT=0 QUEUE_STATE:STRING=PLAY"});
+}
+
+TEST_F(QueuePlayback, FirstStationWithoutAMediaIdPlaysNothing) {
+    GiveStream();
+    queue->SetIsInternetRadio(true);
+    HoldOne(AudioMedia::CreateExternal(MEDIA_INTERNET_RADIO, "http://radio.example/x"));
+    queue->PlayFirstSong();
+    EXPECT_EQ(Actions(), Lines{"=PLAY"});
+}
+
+TEST_F(QueuePlayback, FirstStationIsStreamedByItsAddress) {
+    GiveStream();
+    queue->SetIsInternetRadio(true);
+    HoldOne(Radio(5));
+    queue->PlayFirstSong();
+    EXPECT_EQ(Actions(), (Lines{"addmed 1 \\\"file:/stream-http://radio.example/5\\\"", "=PLAY"}));
+}
+
+TEST_F(QueuePlayback, FirstTrackIsStreamedUnlessItHasNoId) {
+    HoldOne(Track("Tra.1"));
+    queue->PlayFirstSong();
+    EXPECT_EQ(Actions(), (Lines{"addmed 1 \\\"rhap://1:Tra.1\\\"", "=PLAY"}));
+    NewQueue();
+    HoldOne(Track(""));
+    queue->PlayFirstSong();
+    EXPECT_EQ(Out(), Lines{});
+    EXPECT_EQ(queue->GetQueueState(), STOP);
+}
+
+TEST_F(QueuePlayback, ChannelIsNotStartedAsAFirstSong) {
+    queue->SetIsRhapsodyChannel(true);
+    HoldOne(Channel("st.1"));
+    queue->PlayFirstSong();
+    EXPECT_EQ(Out(), Lines{});
+    EXPECT_EQ(queue->GetQueueState(), STOP);
+}
+
+TEST_F(QueuePlayback, LocalInputPlaysWhereThereIsNoSong) {
+    GiveStream();
+    Register();
+    queue->PlayFirstSong();
+    EXPECT_EQ(Actions(), Lines{"=PLAY"});
+    queue->SetInputFile("line1");
+    queue->PlayFirstSong();
+    EXPECT_EQ(Actions(), (Lines{"addmed 1 line1", "=PLAY"}));
+    HoldOne(AudioMedia::CreateExternal(MEDIA_RESERVED, ""));
+    queue->SetInputFile("line2");
+    queue->PlayFirstSong();
+    EXPECT_EQ(Actions(), (Lines{"addmed 1 line2", "=PLAY"}));
+}
+
+TEST_F(QueuePlayback, NextSongAnnouncesPlayBeforeItIsStreamed) {
+    HoldOne(Song(1));
+    EXPECT_TRUE(queue->PlayNextSong(true, false));
+    EXPECT_EQ(Actions(), (Lines{"=PLAY", kAddA}));
+}
+
+TEST_F(QueuePlayback, NextStationMayBeKnownByItsAddressAlone) {
+    GiveStream();
+    queue->SetIsInternetRadio(true);
+    HoldOne(AudioMedia::CreateExternal(MEDIA_INTERNET_RADIO, "http://radio.example/x"));
+    EXPECT_TRUE(queue->PlayNextSong(true, false));
+    EXPECT_EQ(Actions(), (Lines{"=PLAY", "addmed 1 \\\"file:/stream-http://radio.example/x\\\""}));
+}
+
+TEST_F(QueuePlayback, NextSongKnownByAnOutsideIdPlaysWithoutALine) {
+    HoldOne(AudioMedia::CreateExternal(MEDIA_DIGITAL, "outside"));
+    EXPECT_TRUE(queue->PlayNextSong(true, false));
+    EXPECT_EQ(Actions(), Lines{"=PLAY"});
+}
+
+TEST_F(QueuePlayback, PreviousSongIsPlayedBackwards) {
+    HoldOne(Song(1));
+    queue->AddSong(Song(2), false, false);
+    queue->SetNextSong(std::uint32_t{1});
+    queue->GetNextSong();
+    EXPECT_TRUE(queue->PlayNextSong(false, false));
+    EXPECT_EQ(Actions(), (Lines{"=PLAY", kAddA}));
+}
+
+TEST_F(QueuePlayback, ChannelIsStreamedUnderItsPrefixAndKeepsItsBareId) {
+    queue->SetIsRhapsodyChannel(true);
+    AudioMedia channel = Channel("st.1");
+    channel.metaData = "Tra.9";
+    HoldOne(channel);
+    EXPECT_TRUE(queue->PlayNextSong(true, true));
+    EXPECT_EQ(Out(),
+              (Lines{"message 200 QUEUE_STATE_CHANGED QUEUE_ID:INT=12 PREV_QUEUE_STATE:STRING=STOP "
+                     "PREV_QUEUE_STATE_TIME:INT=0 QUEUE_STATE:STRING=PLAY",
+                     "send addmed 1 \\\"rhap://1:channel-st.1\\\"",
+                     MediaInfo("<source>3</source><mediaid>268435440</mediaid><mediaidV2>Tra.9</mediaidV2>"
+                               "<mediatype>SONG</mediatype><mediatypeV2>RHAPSODY_CHANNEL</mediatypeV2>"
+                               "<stationid>channel-st.1</stationid>")}));
+    EXPECT_EQ(queue->GetSongList().front().externalId, "st.1");
+    EXPECT_EQ(queue->GetSongList().front().metaData, "");
+}
+
+// In a list of several items the channel is looked up by going back, which moves.
+TEST_F(QueuePlayback, ChannelInAListIsLookedUpByGoingBack) {
+    HoldOne(Channel("st.1"));
+    queue->AddSong(Track("Tra.2"), false, false);
+    queue->AddSong(Channel("st.3"), false, false);
+    EXPECT_TRUE(queue->PlayNextSong(true, false));
+    EXPECT_EQ(Actions(), (Lines{"=PLAY", "addmed 1 \\\"rhap://1:channel-st.1\\\""}));
+    EXPECT_TRUE(queue->PlayNextSong(true, false));
+    EXPECT_TRUE(queue->PlayNextSong(true, false));
+    EXPECT_EQ(Actions(), (Lines{"=PLAY", "addmed 1 \\\"rhap://1:Tra.2\\\"", "=PLAY",
+                                "addmed 1 \\\"rhap://1:channel-Tra.2\\\""}));
+    EXPECT_EQ(CurrentIndex(), 1u);
+}
+
+TEST_F(QueuePlayback, NothingToPlayEndsTheQueueOnlyWhenAsked) {
+    GiveStream();
+    Register();
+    EXPECT_FALSE(queue->PlayNextSong(true, false));
+    EXPECT_EQ(Out(), Lines{});
+    EXPECT_FALSE(queue->PlayNextSong(true, true));
+    EXPECT_EQ(Out(), (Lines{MediaInfo("<source>0</source>"),
+                            "message 200 QUEUE_STATE_CHANGED QUEUE_ID:INT=12 PREV_QUEUE_STATE:STRING=STOP "
+                            "PREV_QUEUE_STATE_TIME:INT=0 QUEUE_STATE:STRING=END",
+                            "send eos 1"}));
+}
+
+TEST_F(QueuePlayback, ItemWithoutIdsEndsTheQueueAndIsDescribedByItsType) {
+    const auto described = [this](const AudioMedia& media) {
+        NewQueue();
+        HoldOne(media);
+        EXPECT_FALSE(queue->PlayNextSong(true, true));
+        EXPECT_EQ(queue->GetQueueState(), END);
+        return MediaInfos();
+    };
+    EXPECT_EQ(described(Song(0)),
+              Lines{MediaInfo("<source>1</source><mediaid>0</mediaid><mediatype>SONG</mediatype>"
+                              "<display></display>")});
+    EXPECT_EQ(described(Track("")),
+              Lines{MediaInfo("<source>2</source><mediaid>268435440</mediaid><mediaidV2></mediaidV2>"
+                              "<mediatype>SONG</mediatype><mediatypeV2>RHAPSODY</mediatypeV2>"
+                              "<display></display>")});
+    AudioMedia radio = Radio(0);
+    radio.extra = 9;
+    EXPECT_EQ(described(radio),
+              Lines{MediaInfo("<source>5</source><mediatype>SONG</mediatype>"
+                              "<mediatypeV2>GENERIC_MEDIA</mediatypeV2><medSrcDev>0</medSrcDev>"
+                              "<stationid></stationid><album></album><artist></artist><title></title>"
+                              "<channel></channel>")});
+    EXPECT_EQ(described(AudioMedia::CreateExternal(MEDIA_RESERVED, "x")),
+              Lines{MediaInfo("<source>0</source>")});
+    EXPECT_EQ(described(AudioMedia::CreateExternal(9, "x")), Lines{MediaInfo("<source>0</source>")});
+}
+
+TEST_F(QueuePlayback, SixthFailureWithinAMinuteStops) {
+    EXPECT_FALSE(queue->ShouldStopPlayback()); // begins a period
+    for (int i = 0; i < 5; ++i)
+        EXPECT_FALSE(queue->ShouldStopPlayback());
+    EXPECT_FALSE(queue->IsStoppedByErrors());
+    EXPECT_TRUE(queue->ShouldStopPlayback());
+    EXPECT_TRUE(queue->IsStoppedByErrors());
+    // The period begins anew with it.
+    Advance(59999);
+    for (int i = 0; i < 5; ++i)
+        EXPECT_FALSE(queue->ShouldStopPlayback());
+    EXPECT_FALSE(queue->IsStoppedByErrors());
+    EXPECT_TRUE(queue->ShouldStopPlayback());
+}
+
+TEST_F(QueuePlayback, FailuresAMinuteApartBeginANewPeriod) {
+    queue->ShouldStopPlayback();
+    for (int i = 0; i < 5; ++i)
+        queue->ShouldStopPlayback();
+    Advance(60000);
+    EXPECT_FALSE(queue->ShouldStopPlayback());
+    for (int i = 0; i < 5; ++i)
+        EXPECT_FALSE(queue->ShouldStopPlayback());
+    EXPECT_TRUE(queue->ShouldStopPlayback());
+}
+
+TEST_F(QueuePlayback, FailureAtTheLastMillisecondStillCounts) {
+    queue->ShouldStopPlayback();
+    Advance(59999);
+    for (int i = 0; i < 5; ++i)
+        EXPECT_FALSE(queue->ShouldStopPlayback());
+    EXPECT_TRUE(queue->ShouldStopPlayback());
+}
+
+TEST_F(QueuePlayback, PeriodThatIsOverClearsTheStop) {
+    for (int i = 0; i < 7; ++i)
+        queue->ShouldStopPlayback();
+    ASSERT_TRUE(queue->IsStoppedByErrors());
+    Advance(60000);
+    EXPECT_FALSE(queue->ShouldStopPlayback());
+    EXPECT_FALSE(queue->IsStoppedByErrors());
+}
+
+// What starts the count of failures again, and whether it lifts the stop.
+TEST_F(QueuePlayback, CountStartsAgainWithWhatThePersonDoes) {
+    struct Reset {
+        const char* name;
+        std::function<void(AudioQueue&)> action;
+        bool liftsStop;
+    };
+    const Reset resets[] = {
+        {"state", [](AudioQueue& q) { q.SetQueueState(STOP); }, true},
+        {"unknown state", [](AudioQueue& q) { q.SetQueueState(static_cast<QueueState>(7)); }, true},
+        {"channel off", [](AudioQueue& q) { q.SetIsRhapsodyChannel(false); }, true},
+        {"channel on", [](AudioQueue& q) { q.SetIsRhapsodyChannel(true); }, true},
+        {"radio on", [](AudioQueue& q) { q.SetIsInternetRadio(true); }, true},
+        {"count", [](AudioQueue& q) { q.ResetErrorCount(); }, false},
+    };
+    for (const Reset& reset : resets) {
+        for (int i = 0; i < 20 && !queue->ShouldStopPlayback(); ++i) {
+        }
+        ASSERT_TRUE(queue->IsStoppedByErrors());
+        reset.action(*queue);
+        EXPECT_EQ(queue->IsStoppedByErrors(), !reset.liftsStop) << reset.name;
+        for (int i = 0; i < 4; ++i)
+            queue->ShouldStopPlayback();
+        reset.action(*queue);
+        for (int i = 0; i < 5; ++i)
+            EXPECT_FALSE(queue->ShouldStopPlayback()) << reset.name;
+        EXPECT_TRUE(queue->ShouldStopPlayback()) << reset.name;
+    }
+    queue->ClearStoppedByErrors();
+    EXPECT_FALSE(queue->IsStoppedByErrors());
+}
+
+TEST_F(QueuePlayback, LeavingRadioModeStartsTheCountAgainButItsBeingOffDoesNot) {
+    queue->SetIsInternetRadio(true);
+    queue->ShouldStopPlayback();
+    for (int i = 0; i < 5; ++i)
+        queue->ShouldStopPlayback();
+    queue->SetIsInternetRadio(false);
+    for (int i = 0; i < 5; ++i)
+        EXPECT_FALSE(queue->ShouldStopPlayback());
+    queue->SetIsInternetRadio(false);
+    EXPECT_TRUE(queue->ShouldStopPlayback());
+    queue->SetIsInternetRadio(false);
+    EXPECT_TRUE(queue->IsStoppedByErrors());
+}
+
+TEST_F(QueuePlayback, RoomCommandIsOfferedToTheRegisteredDevice) {
+    EXPECT_FALSE(queue->HandleRoomCommand("PLAY", "7"));
+    EXPECT_EQ(Out(), Lines{});
+    Register("mine");
+    EXPECT_FALSE(queue->HandleRoomCommand("PLAY", "7"));
+    EXPECT_EQ(Out(), Lines{"message 200 PLAY ROOM_ID:INT=7"});
+}
+
+TEST_F(QueuePlayback, RoomCommandIsHandledOnlyByAClearYes) {
+    Register();
+    const auto handled = [this](const std::string& reply) {
+        Run("reply 200 PLAY " + reply);
+        return queue->HandleRoomCommand("PLAY", "7");
+    };
+    EXPECT_TRUE(handled("<reply handled=\"true\"/>"));
+    EXPECT_TRUE(handled("<r handled=\"TRUE\"/>"));
+    EXPECT_TRUE(handled("<r><handled>True</handled></r>"));
+    EXPECT_FALSE(handled("<r><handled>false</handled></r>"));
+    EXPECT_FALSE(handled("<r handled=\"1\"/>"));
+    EXPECT_FALSE(handled("<r/>"));
+    EXPECT_FALSE(handled("true"));
+    EXPECT_FALSE(handled("<r handled=\"true\">"));
+    EXPECT_FALSE(handled("\"\""));
+}
+
+TEST_F(QueuePlayback, EndOfTheQueueObjectStopsAndSaysSo) {
+    HoldOne(Song(1));
+    queue->AddRoomClient(7, "10.0.0.7", 6200, 1);
+    queue->SetQueueState(PLAY);
+    Advance(3000);
+    Out();
+    queue.reset();
+    EXPECT_EQ(Out(), (Lines{"message 200 QUEUE_STATE_CHANGED QUEUE_ID:INT=12 PREV_QUEUE_STATE:STRING=PLAY "
+                            "PREV_QUEUE_STATE_TIME:INT=3 QUEUE_STATE:STRING=STOP",
+                            "message 200 QUEUE_DELETED QUEUE_ID:INT=12 LAST_QUEUE_STATE:STRING=STOP "
+                            "LAST_QUEUE_STATE_TIME:INT=0"}));
+}
+
+TEST_F(QueuePlayback, ClosedQueueSaysNothingAnyMore) {
+    HoldOne(Song(1));
+    queue->AddRoomClient(7, "10.0.0.7", 6200, 1);
+    queue->Close();
+    EXPECT_TRUE(queue->IsClosed());
+    EXPECT_EQ(queue->GetRoomCount(), 0u);
+    Out();
+    queue->Close();
+    queue->SetQueueState(PLAY);
+    queue->SetQueueState(STOP);
+    queue->AddRoomClient(8, "10.0.0.8", 6200, 1);
+    queue->AddRoomClient(9);
+    queue->AddSong(Song(2), true, false);
+    queue->UpdateStreamStatus("s");
+    queue->CreateStream();
+    EXPECT_EQ(queue->GetRoomCount(), 0u);
+    EXPECT_EQ(Out(), Lines{});
+}
+
+} // namespace
