@@ -225,6 +225,8 @@ private:
     // A channel queue keeps its one item until it is cleared.
     bool IsListLocked() const { return !m_songs.empty() && m_isRhapsodyChannel; }
     const std::vector<AudioMedia>& ActiveList() const { return m_shuffle ? m_shuffled : m_songs; }
+    // Throws std::out_of_range past the end.
+    static const AudioMedia& ItemAt(const std::vector<AudioMedia>& list, std::uint32_t index);
     AudioMedia MoveTo(std::uint32_t index);
     void MoveToFront(std::size_t position);
     void StopAndRewind();
@@ -233,7 +235,7 @@ private:
     kv::auto_com<KVXML::INode> StatusRoot() const;
     std::uint32_t PublishedIndex(const AudioMedia& current) const;
     void SetStatusMediaAttributes(KVXML::INode& element, const AudioMedia& media) const;
-    std::uint32_t PublishedSource(const AudioMedia& media) const;
+    std::string PublishedSource(const AudioMedia& media) const;
     kv::auto_com<ICmdMessage> CreateEvent(const char* name) const;
     void SendEvent(const ICmdMessage& message) const;
     kv::auto_com<KVXML::INode> BuildMediaInfo(const AudioMedia& media, const DataTrackFull* track);

@@ -36,9 +36,9 @@ NodePtr AudioQueue::GetSessionData() const {
     return rooms;
 }
 
-std::uint32_t AudioQueue::PublishedSource(const AudioMedia& media) const {
-    return m_isInternetRadio ? static_cast<std::uint32_t>(MEDIA_INTERNET_RADIO)
-                             : static_cast<std::uint32_t>(media.type);
+// A type code is a signed number, and commands can bring in any.
+std::string AudioQueue::PublishedSource(const AudioMedia& media) const {
+    return std::to_string(m_isInternetRadio ? std::int32_t{MEDIA_INTERNET_RADIO} : media.type);
 }
 
 NodePtr AudioQueue::GetInfoVariable() const {

@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "driver/Asserts.h"
 #include "queue/AudioQueue.h"
 #include "queue/Clock.h"
@@ -9,6 +11,13 @@ constexpr std::uint32_t kRestartAfterMs = 5000;
 constexpr std::uint32_t kIndexLimit = 4096;
 
 } // namespace
+
+// Logs carry the same words whichever standard library the driver was built with.
+const AudioMedia& AudioQueue::ItemAt(const std::vector<AudioMedia>& list, std::uint32_t index) {
+    if (index >= list.size())
+        throw std::out_of_range("vector::_M_range_check");
+    return list[index];
+}
 
 std::uint32_t AudioQueue::GetNextSongIndex() {
     if (m_songs.empty())
@@ -37,7 +46,7 @@ AudioMedia AudioQueue::PeekNextSong() {
     if (IsSingleStream())
         return m_songs.front();
     const std::uint32_t index = GetNextSongIndex();
-    return index == NO_SONG_INDEX ? AudioMedia() : ActiveList().at(index);
+    return index == NO_SONG_INDEX ? AudioMedia() : ItemAt(ActiveList(), index);
 }
 
 AudioMedia AudioQueue::GetNextSong() {
@@ -53,7 +62,7 @@ AudioMedia AudioQueue::MoveTo(std::uint32_t index) {
     m_nextIndex = NO_SONG_INDEX;
     if (index == NO_SONG_INDEX)
         return {};
-    m_currentMedia = ActiveList().at(index);
+    m_currentMedia = ItemAt(ActiveList(), index);
     return m_currentMedia;
 }
 

@@ -46,7 +46,7 @@ void AudioQueue::SetShuffle(bool on) {
     if (on && !m_shuffle) {
         ShuffleQueue();
         if (m_currentIndex != NO_SONG_INDEX)
-            m_currentMedia = m_shuffled.at(m_currentIndex);
+            m_currentMedia = ItemAt(m_shuffled, m_currentIndex);
     } else if (!on && m_shuffle && m_currentIndex != NO_SONG_INDEX && m_currentIndex < m_shuffled.size()) {
         // The next index is not translated: a pin keeps its number.
         const auto found = std::find(m_songs.begin(), m_songs.end(), m_shuffled[m_currentIndex]);
