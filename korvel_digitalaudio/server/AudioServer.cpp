@@ -23,6 +23,7 @@ AudioServer::AudioServer(IDriverHelperV2& driverHelper, IInstanceManager& instan
 AudioServer::~AudioServer() {
     for (auto& entry : m_queues)
         static_cast<void>(entry.second.release());
+    m_announcement.reset(); // it still has something to say, over the link
 }
 
 AudioQueue* AudioServer::CreateAudioQueue(std::uint32_t roomId, std::uint32_t queueId) {
