@@ -17,8 +17,7 @@ namespace korvel::controller {
 inline constexpr const char* kVersion = KORVEL_VERSION;
 
 // A controller core around one driver: makes all services, loads the driver, connects the audio servers.
-// Everything runs on the loop given to it, which is the driver's thread; the loop must not run handlers any
-// more when the core is destroyed.
+// Everything runs on the loop given to it, which is the driver's thread and outlives the core.
 class Core {
 public:
     // Throws std::exception with one clear line when the configuration, the state folder or the plug-in does

@@ -35,13 +35,13 @@ std::string DatabasePath(const std::string& stateFolder) {
 
 Library::Library(asio::io_context& loop, const std::string& stateFolder,
                  const std::vector<std::string>& musicFolders, EventBus& events, const Log& log)
-    : m_loop(loop),
+    : m_poster(loop),
       m_events(events),
       m_log(log),
       m_database(DatabasePath(stateFolder)),
       m_scanner(DatabasePath(stateFolder), [this](const media::ScanProgress& progress) {
           // The scanner's thread: the loop takes it from here.
-          asio::post(m_loop, [this, progress] { OnProgress(progress); });
+          m_poster.Post([this, progress] { OnProgress(progress); });
       }) {
     for (const std::string& folder : musicFolders) {
         const std::uint32_t device = kFirstStorageDevice + static_cast<std::uint32_t>(m_folders.size());

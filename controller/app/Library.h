@@ -9,7 +9,7 @@
 #include "host/Log.h"
 #include "media/MediaDatabase.h"
 #include "media/MediaScanner.h"
-#include "net/Asio.h"
+#include "net/Poster.h"
 
 namespace korvel::controller {
 
@@ -36,7 +36,7 @@ public:
 private:
     void OnProgress(const media::ScanProgress& progress);
 
-    asio::io_context& m_loop;
+    Poster m_poster;
     EventBus& m_events;
     const Log& m_log;
     std::vector<media::ScanFolder> m_folders;

@@ -8,7 +8,7 @@
 namespace korvel::controller {
 
 ServerBindings::ServerBindings(const Parts& parts, const std::vector<ServerConfig>& servers, BackOff backOff)
-    : m_parts(parts), m_offered{kFirstServerBinding} {
+    : m_parts(parts), m_poster(parts.loop), m_offered{kFirstServerBinding} {
     for (const ServerConfig& server : servers)
         m_links.push_back(std::make_shared<ServerLink>(m_parts.loop, server, static_cast<Listener&>(*this),
                                                        m_parts.log, backOff));
@@ -22,7 +22,7 @@ void ServerBindings::OnBindingOffered(std::uint32_t bindingId) {
     m_offered.insert(bindingId);
     // The driver is inside the call that offers it.
     if (m_running) {
-        asio::post(m_parts.loop, [this] {
+        m_poster.Post([this] {
             if (m_running)
                 BindOffered();
         });

@@ -10,6 +10,7 @@
 #include "bindings/ServerLink.h"
 #include "host/DriverPort.h"
 #include "host/EventBus.h"
+#include "net/Poster.h"
 #include "platform/Services.h"
 #include "platform/System.h"
 
@@ -67,6 +68,7 @@ private:
     void PublishServer(const ServerLink& link);
 
     Parts m_parts;
+    Poster m_poster;
     std::vector<std::shared_ptr<ServerLink>> m_links;
     std::size_t m_bound = 0; // the first m_bound links have their binding
     std::set<std::uint32_t> m_offered;

@@ -29,8 +29,8 @@ std::uint32_t TimerService::Start(std::uint32_t milliseconds, std::uint32_t coun
 }
 
 void TimerService::Arm(std::uint32_t id, Timer& timer) {
-    timer.clock.async_wait([this, id](const boost::system::error_code& error) {
-        if (!error)
+    timer.clock.async_wait([this, id, alive = m_alive](const boost::system::error_code& error) {
+        if (!error && *alive)
             OnClock(id);
     });
 }

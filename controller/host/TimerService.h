@@ -17,6 +17,9 @@ public:
     static constexpr std::uint32_t kForever = 0; // as a count: until cancelled
 
     explicit TimerService(asio::io_context& loop) : m_loop(loop) {}
+    ~TimerService() { *m_alive = false; }
+    TimerService(const TimerService&) = delete;
+    TimerService& operator=(const TimerService&) = delete;
 
     std::uint32_t StartTimer(std::uint32_t milliseconds, std::uint32_t count,
                              ITimerManagerCallback* callback) override;
@@ -48,6 +51,8 @@ private:
     // An expiry that is on its way finds its timer gone from here once it was cancelled.
     std::unordered_map<std::uint32_t, std::unique_ptr<Timer>> m_timers;
     std::uint32_t m_lastId = 0;
+    // Likewise when the service is gone.
+    const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };
 
 } // namespace korvel::controller

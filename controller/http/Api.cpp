@@ -113,7 +113,7 @@ void Api::Handle(const HttpRequest& request, const Done& done) {
         return;
     }
     // Rooms follow a command after the driver's call, by handlers that wait on the loop already.
-    asio::post(m_loop, [done, later = std::move(later)] { done(JsonReply(later())); });
+    m_poster.Post([done, later = std::move(later)] { done(JsonReply(later())); });
 }
 
 HttpReply Api::Get(const Target& target) {

@@ -6,6 +6,7 @@
 
 #include "app/Core.h"
 #include "http/Message.h"
+#include "net/Poster.h"
 
 namespace korvel::controller {
 
@@ -15,7 +16,7 @@ public:
     using Done = std::function<void(HttpReply)>;
 
     Api(asio::io_context& loop, Core& core, std::string webFolder)
-        : m_loop(loop), m_core(core), m_webFolder(std::move(webFolder)) {}
+        : m_poster(loop), m_core(core), m_webFolder(std::move(webFolder)) {}
 
     // Calls `done` once, on the loop: at once, or when the rooms have followed what the request did.
     void Handle(const HttpRequest& request, const Done& done);
@@ -30,7 +31,7 @@ private:
     HttpReply ChangeRoom(const Target& target, const nlohmann::json& body,
                          std::function<nlohmann::json()>& later);
 
-    asio::io_context& m_loop;
+    Poster m_poster;
     Core& m_core;
     std::string m_webFolder;
 };

@@ -6,7 +6,7 @@ void StateKeeper::SaveSoon() {
     if (m_planned)
         return;
     m_planned = true;
-    asio::post(m_loop, [this] {
+    m_poster.Post([this] {
         m_planned = false;
         SaveNow();
     });

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/DriverPort.h"
-#include "net/Asio.h"
+#include "net/Poster.h"
 #include "persistence/StateFile.h"
 
 namespace korvel::controller {
@@ -10,14 +10,14 @@ namespace korvel::controller {
 class StateKeeper {
 public:
     StateKeeper(asio::io_context& loop, DriverPort& driver, StateFile& file)
-        : m_loop(loop), m_driver(driver), m_file(file) {}
+        : m_poster(loop), m_driver(driver), m_file(file) {}
 
     // After the present call, once for all requests that come until then.
     void SaveSoon();
     void SaveNow();
 
 private:
-    asio::io_context& m_loop;
+    Poster m_poster;
     DriverPort& m_driver;
     StateFile& m_file;
     bool m_planned = false;

@@ -29,12 +29,11 @@ void RoomRouter::OnMessage(Room& room, const ICmdMessage& message) {
     if (message.GetName() == "UPDATE_MEDIA_INFO") {
         room.mediaInfo = message.GetParam("MEDIA_INFO");
     } else if (message.GetName() == "DESELECT_AUDIO_PATH") {
-        asio::post(m_parts.loop, [this, roomId] { Deselect(roomId); });
+        m_poster.Post([this, roomId] { Deselect(roomId); });
     } else if (message.GetName() == "SELECT_AUDIO_DEVICE") {
         if (message.GetNumber("deviceid") == kDriverDeviceId)
-            asio::post(m_parts.loop, [this, roomId, queueId = message.GetNumber("queueid")] {
-                TrySelect(roomId, queueId);
-            });
+            m_poster.Post(
+                [this, roomId, queueId = message.GetNumber("queueid")] { TrySelect(roomId, queueId); });
     }
 }
 
@@ -46,7 +45,7 @@ void RoomRouter::OnServerLost(std::uint32_t bindingId) {
 }
 
 void RoomRouter::RouteSoon(std::uint32_t roomId, std::uint32_t queueId) {
-    asio::post(m_parts.loop, [this, roomId, queueId] {
+    m_poster.Post([this, roomId, queueId] {
         const Room* room = m_parts.rooms.Find(roomId);
         const std::uint32_t wanted = queueId != 0 ? queueId : QueueOfRoom(roomId);
         if (room && wanted != 0 && room->queueId != wanted)

@@ -7,7 +7,7 @@
 #include "host/DriverPort.h"
 #include "host/EventBus.h"
 #include "host/Log.h"
-#include "net/Asio.h"
+#include "net/Poster.h"
 #include "rooms/RoomTable.h"
 
 namespace korvel::controller {
@@ -34,7 +34,7 @@ public:
         std::function<std::uint32_t()> activeBinding; // of that audio server
     };
 
-    explicit RoomRouter(const Parts& parts) : m_parts(parts) {}
+    explicit RoomRouter(const Parts& parts) : m_parts(parts), m_poster(parts.loop) {}
 
     // A message of the driver to a room, inside the driver's call: what it asks for is done after that call.
     void OnMessage(Room& room, const ICmdMessage& message);
@@ -69,6 +69,7 @@ private:
     void PublishRoom(const Room& room);
 
     Parts m_parts;
+    Poster m_poster;
 };
 
 } // namespace korvel::controller
