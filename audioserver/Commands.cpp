@@ -40,8 +40,9 @@ std::string Session::CreateStream(const Request& request) {
     const StreamNumber number = m_context.numbers.Take();
     try {
         // The session outlives its streams, and a stream calls only from the loop.
-        m_streams[number] = Stream::Create(m_socket.get_executor(), number, m_context.inputs,
-                                           [this](std::string_view line) { Send(line); });
+        m_streams[number] =
+            Stream::Create(m_socket.get_executor(), number, m_context.inputs, m_context.catalogue,
+                           [this](std::string_view line) { Send(line); });
     } catch (const std::runtime_error& error) {
         Log("no stream: " + std::string(error.what()));
         m_streams.erase(number);

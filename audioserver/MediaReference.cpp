@@ -1,5 +1,6 @@
 #include "audioserver/MediaReference.h"
 
+#include "audioserver/LineParser.h"
 #include "audioserver/Protocol.h"
 
 namespace korvel::audioserver {
@@ -16,6 +17,19 @@ bool IsWebAddress(std::string_view url) {
         }
     }
     return false;
+}
+
+/// What follows "rhap://": a stream's number, which says nothing new, and an id.
+MediaReference CatalogueReference(std::string_view target) {
+    const auto colon = target.find(':');
+    if (colon == std::string_view::npos || !ParseNumber(target.substr(0, colon))) {
+        return Bad("not a reference to the catalogue");
+    }
+    const std::string_view id = target.substr(colon + 1);
+    if (id.empty() || id.size() > kMaxCatalogueIdBytes) {
+        return Bad("not an id of the catalogue");
+    }
+    return {MediaReference::Kind::kCatalogue, std::string(id)};
 }
 
 /// What follows "file:/".
@@ -49,7 +63,7 @@ MediaReference ParseMediaReference(std::string_view text) {
         return FileReference(reference.substr(kFileReference.size()));
     }
     if (reference.starts_with(kCatalogueReference)) {
-        return Bad("no catalogue configured");
+        return CatalogueReference(reference.substr(kCatalogueReference.size()));
     }
     return Bad("unknown kind of reference");
 }

@@ -8,10 +8,11 @@ namespace korvel::audioserver {
 
 struct MediaReference {
     enum class Kind {
-        kFile,  ///< target is an absolute path
-        kWeb,   ///< target is an http or https address
-        kInput, ///< target is the name of a local input
-        kBad    ///< target is the reason, one line
+        kFile,      ///< target is an absolute path
+        kWeb,       ///< target is an http or https address
+        kCatalogue, ///< target is the id of a track or channel of the catalogue
+        kInput,     ///< target is the name of a local input
+        kBad        ///< target is the reason, one line
     };
 
     Kind kind = Kind::kBad;

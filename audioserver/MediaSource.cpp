@@ -222,6 +222,11 @@ MediaSource::~MediaSource() {
     gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
 }
 
+void MediaSource::StartAt(std::uint32_t milliseconds) {
+    gst_element_seek_simple(m_pipeline.get(), GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH,
+                            static_cast<gint64>(milliseconds * GST_MSECOND));
+}
+
 bool MediaSource::IsBroadcast() const {
     if (m_live) {
         return true;

@@ -1,6 +1,7 @@
 // The decoding half of a stream: one media, from its reference to 48 kHz stereo samples.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -27,6 +28,10 @@ public:
     ~MediaSource();
     MediaSource(const MediaSource&) = delete;
     MediaSource& operator=(const MediaSource&) = delete;
+
+    /// Goes to a place other than the beginning, if the media can. To be called after kReady, before anything
+    /// is drawn from the feed.
+    void StartAt(std::uint32_t milliseconds);
 
     /// Where the sender draws. The feed may outlive the source; it is then at its end.
     std::shared_ptr<PcmFeed> Feed() const { return m_feed; }

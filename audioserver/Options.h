@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "audioserver/CatalogClient.h"
+
 namespace korvel::audioserver {
 
 struct Options {
@@ -14,6 +16,7 @@ struct Options {
     std::uint16_t port = 0;
     /// Local inputs by name: a URI, or source elements in the notation of gst-launch.
     std::map<std::string, std::string> inputs;
+    CatalogAddress catalogue;
 };
 
 /// Reads the command line. Empty when the program should end, with the exit code in exitCode: help was asked

@@ -116,6 +116,8 @@ inline constexpr std::size_t kMaxClientsPerStream = 64;
 inline constexpr std::size_t kMaxEventTextBytes = 400;
 /// Readers take an event's text only when it is at least this long.
 inline constexpr std::size_t kMinEventTextBytes = 2;
+/// Id of a track or channel in a reference to the catalogue.
+inline constexpr std::size_t kMaxCatalogueIdBytes = 200;
 /// A command word longer than this is not echoed in a refusal.
 inline constexpr std::size_t kMaxEchoedWordBytes = 32;
 

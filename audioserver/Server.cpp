@@ -27,8 +27,11 @@ tcp::endpoint MakeEndpoint(const std::string& address, std::uint16_t port) {
 } // namespace
 
 Server::Server(boost::asio::io_context& context, const std::string& address, std::uint16_t port,
-               Inputs inputs)
-    : m_acceptor(context), m_retry(context), m_inputs(std::move(inputs)) {
+               Inputs inputs, CatalogAddress catalogue)
+    : m_acceptor(context),
+      m_retry(context),
+      m_inputs(std::move(inputs)),
+      m_catalogue(std::make_shared<CatalogClient>(context.get_executor(), std::move(catalogue))) {
     const tcp::endpoint endpoint = MakeEndpoint(address, port);
     try {
         m_acceptor.open(endpoint.protocol());
@@ -66,6 +69,7 @@ void Server::Stop() {
     for (const auto& session : sessions) {
         session->Close("server stops");
     }
+    m_catalogue->Close();
 }
 
 void Server::Accept() {
@@ -94,7 +98,7 @@ void Server::OnConnection(tcp::socket socket) {
         return;
     }
     auto session =
-        std::make_shared<Session>(std::move(socket), SessionContext{m_numbers, m_inputs},
+        std::make_shared<Session>(std::move(socket), SessionContext{m_numbers, m_inputs, *m_catalogue},
                                   [this](const std::shared_ptr<Session>& ended) { m_sessions.erase(ended); });
     m_sessions.insert(session);
     session->Start();

@@ -19,8 +19,10 @@ public:
     /// Starts to listen.
     /// @param port 0 picks a free one
     /// @param inputs local inputs by name
+    /// @param catalogue asked when a media is one of the streaming service
     /// @throws std::runtime_error with one line of text when the address is unusable or the port is taken
-    Server(boost::asio::io_context& context, const std::string& address, std::uint16_t port, Inputs inputs);
+    Server(boost::asio::io_context& context, const std::string& address, std::uint16_t port, Inputs inputs,
+           CatalogAddress catalogue);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -39,6 +41,7 @@ private:
     boost::asio::ip::tcp::acceptor m_acceptor;
     boost::asio::steady_timer m_retry;
     Inputs m_inputs;
+    std::shared_ptr<CatalogClient> m_catalogue;
     StreamNumbers m_numbers;
     std::set<std::shared_ptr<Session>> m_sessions;
 };

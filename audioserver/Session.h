@@ -19,6 +19,7 @@ namespace korvel::audioserver {
 struct SessionContext {
     StreamNumbers& numbers;
     const Inputs& inputs;
+    CatalogClient& catalogue;
 };
 
 /// Reads request lines, answers each in order, and passes on the events of the streams that it made. A

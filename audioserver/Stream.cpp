@@ -7,17 +7,32 @@
 #include "audioserver/Log.h"
 
 namespace korvel::audioserver {
+namespace {
+
+/// A channel may have a track that cannot be played; when several in a row cannot, it is of no use.
+constexpr unsigned kMaxFailedTracks = 3;
+
+} // namespace
 
 std::shared_ptr<Stream> Stream::Create(boost::asio::any_io_executor executor, StreamNumber number,
-                                       const Inputs& inputs, LineSink sink) {
-    std::shared_ptr<Stream> stream(new Stream(std::move(executor), number, inputs, std::move(sink)));
+                                       const Inputs& inputs, CatalogClient& catalogue, LineSink sink) {
+    std::shared_ptr<Stream> stream(
+        new Stream(std::move(executor), number, inputs, catalogue, std::move(sink)));
     stream->Start();
     return stream;
 }
 
 Stream::Stream(boost::asio::any_io_executor executor, StreamNumber number, const Inputs& inputs,
-               LineSink sink)
-    : m_executor(std::move(executor)), m_number(number), m_inputs(inputs), m_sink(std::move(sink)) {}
+               CatalogClient& catalogue, LineSink sink)
+    : m_executor(std::move(executor)),
+      m_number(number),
+      m_inputs(inputs),
+      m_catalogue(catalogue),
+      m_sink(std::move(sink)) {}
+
+Stream::~Stream() {
+    LeaveCatalogue();
+}
 
 void Stream::Start() {
     m_output =
@@ -52,6 +67,12 @@ void Stream::RemoveClient(const ClientAddress& client) {
 void Stream::AddMedia(const MediaReference& reference) {
     Unload();
     m_mediaKind = reference.kind;
+    m_paused = false;
+    if (reference.kind == MediaReference::Kind::kCatalogue) {
+        m_catalogueMedia = CatalogueMedia{reference.target, {}, 0, 0};
+        LookUp();
+        return;
+    }
     std::string error;
     m_media = OpenMedia(reference, error);
     if (!m_media) {
@@ -69,12 +90,17 @@ void Stream::AddMedia(const MediaReference& reference) {
 }
 
 void Stream::Unload() {
+    DropMedia();
+    LeaveCatalogue();
+    m_lastInfo.clear();
+    m_lastStatus.clear();
+}
+
+void Stream::DropMedia() {
     ++m_generation;
     m_output->SetFeed(nullptr);
     m_media.reset();
     m_ready = false;
-    m_lastInfo.clear();
-    m_lastStatus.clear();
 }
 
 void Stream::SetState(PlayState state) {
@@ -82,7 +108,8 @@ void Stream::SetState(PlayState state) {
         Unload();
         return;
     }
-    m_output->SetPaused(state == PlayState::kPause);
+    m_paused = state == PlayState::kPause;
+    m_output->SetPaused(m_paused);
 }
 
 /// Hands events of the media that is being loaded over to the loop, marked with its generation.
@@ -108,6 +135,7 @@ std::unique_ptr<MediaSource> Stream::OpenMedia(const MediaReference& reference, 
             }
             error = "no input of this name";
             return nullptr;
+        case MediaReference::Kind::kCatalogue: // a place of it is opened
         case MediaReference::Kind::kBad:
             break;
     }
@@ -124,13 +152,10 @@ void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
             OnReady();
             break;
         case MediaEvent::Kind::kDrained:
-            Unload();
-            m_sink(EndOfMediaLine(m_number));
+            OnDrained();
             break;
         case MediaEvent::Kind::kFailed:
-            Unload();
-            Log("stream " + std::to_string(m_number) + ": bad media: " + OneLine(event.text));
-            m_sink(BadMediaLine(m_number, event.text));
+            OnFailed(event.text);
             break;
         case MediaEvent::Kind::kTags:
             // The tags of a file are the controller's business already.
@@ -144,6 +169,29 @@ void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
     }
 }
 
+void Stream::OnDrained() {
+    if (GoOnWithChannel()) {
+        m_catalogueMedia->failedTracks = 0;
+        return;
+    }
+    Unload();
+    m_sink(EndOfMediaLine(m_number));
+}
+
+void Stream::OnFailed(const std::string& reason) {
+    if (m_catalogueMedia && ++m_catalogueMedia->failedTracks < kMaxFailedTracks && GoOnWithChannel()) {
+        Log("stream " + std::to_string(m_number) + ": left out: " + OneLine(reason));
+        return;
+    }
+    Fail(reason);
+}
+
+void Stream::Fail(const std::string& reason) {
+    Unload();
+    Log("stream " + std::to_string(m_number) + ": bad media: " + OneLine(reason));
+    m_sink(BadMediaLine(m_number, reason));
+}
+
 void Stream::OnReady() {
     if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile) {
         return;
@@ -151,6 +199,7 @@ void Stream::OnReady() {
     if (m_media->IsBroadcast()) {
         m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
     }
+    MoveToStart();
 }
 
 void Stream::Report(std::string_view prefix, const std::string& text, std::string& last) {

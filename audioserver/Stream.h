@@ -6,9 +6,11 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 
+#include "audioserver/CatalogClient.h"
 #include "audioserver/MediaEvent.h"
 #include "audioserver/MediaReference.h"
 #include "audioserver/MediaSource.h"
@@ -25,15 +27,22 @@ using Inputs = std::map<std::string, std::string>;
 ///     empty --AddMedia--> playing <--SetState play/pause--> paused
 ///     playing, paused --AddMedia--> playing            (the new media)
 ///     playing, paused --Unload, end, failure--> empty  (the stream and its clients stay)
+///
+/// A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
+/// track the next is looked up.
 class Stream : public std::enable_shared_from_this<Stream> {
 public:
     /// Takes the lines of events, on the loop and never from inside a call of this class.
     using LineSink = std::function<void(std::string_view line)>;
 
     /// @param inputs local inputs by name; must outlive the stream
+    /// @param catalogue must outlive the stream
     /// @throws std::runtime_error when the output cannot be built
     static std::shared_ptr<Stream> Create(boost::asio::any_io_executor executor, StreamNumber number,
-                                          const Inputs& inputs, LineSink sink);
+                                          const Inputs& inputs, CatalogClient& catalogue, LineSink sink);
+    ~Stream();
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
 
     /// Whether the client is in the stream now; false when it is full. Adding a client again changes nothing.
     bool AddClient(const ClientAddress& client);
@@ -50,18 +59,42 @@ public:
     void SetState(PlayState state);
 
 private:
-    Stream(boost::asio::any_io_executor executor, StreamNumber number, const Inputs& inputs, LineSink sink);
+    Stream(boost::asio::any_io_executor executor, StreamNumber number, const Inputs& inputs,
+           CatalogClient& catalogue, LineSink sink);
 
     void Start();
     MediaNotify MakeNotify();
     std::unique_ptr<MediaSource> OpenMedia(const MediaReference& reference, std::string& error);
     void OnMediaEvent(std::uint64_t generation, MediaEvent& event);
     void OnReady();
+    void OnDrained();
+    void OnFailed(const std::string& reason);
+    void Fail(const std::string& reason);
+    void DropMedia();
     void Report(std::string_view prefix, const std::string& text, std::string& last);
+
+    // StreamCatalogue.cpp
+    void LookUp();
+    void OnFound(const CatalogClient::Place& place);
+    void MoveToStart();
+    void ConnectFeed();
+    bool GoOnWithChannel();
+    void LeaveCatalogue();
+
+    /// What of the catalogue is loaded.
+    struct CatalogueMedia {
+        std::string id;
+        /// Of the channel's track that was found last; none for a track.
+        std::optional<std::uint32_t> turn;
+        /// Where the media that is being opened starts; 0 once it has.
+        std::uint32_t startMilliseconds = 0;
+        unsigned failedTracks = 0;
+    };
 
     boost::asio::any_io_executor m_executor;
     StreamNumber m_number;
     const Inputs& m_inputs;
+    CatalogClient& m_catalogue;
     LineSink m_sink;
     std::unique_ptr<StreamOutput> m_output;
     std::set<ClientAddress> m_clients;
@@ -69,6 +102,8 @@ private:
     MediaReference::Kind m_mediaKind = MediaReference::Kind::kBad;
     std::uint64_t m_generation = 0;
     bool m_ready = false;
+    bool m_paused = false;
+    std::optional<CatalogueMedia> m_catalogueMedia;
     std::string m_lastInfo;
     std::string m_lastStatus;
 };

@@ -16,7 +16,7 @@ using namespace korvel::audioserver;
 
 void Run(const Options& options) {
     boost::asio::io_context context(1);
-    Server server(context, options.address, options.port, options.inputs);
+    Server server(context, options.address, options.port, options.inputs, options.catalogue);
     boost::asio::signal_set signals(context, SIGINT, SIGTERM);
     signals.async_wait([&server](const boost::system::error_code& cancelled, int) {
         if (!cancelled) {

@@ -11,6 +11,7 @@ namespace {
 class Failure : public Bed {
 protected:
     void SetUp() override {
+        m_serverOptions = {"--catalog", "127.0.0.1:1"}; // where nothing listens
         m_driver = Connect();
         m_stream = std::to_string(m_driver->AddStream());
     }
@@ -56,7 +57,8 @@ TEST_F(Failure, AFileCutShortPlaysAsFarAsItGoes) {
 TEST_F(Failure, ReferencesThatMakeNoSense) {
     EXPECT_EQ(EventOf("\"file:/home/a.flac\""), Bad("path is not absolute"));
     EXPECT_EQ(EventOf("\"file:/stream-gopher://x\""), Bad("not an http address"));
-    EXPECT_EQ(EventOf("\"rhap://1:Tra.1\""), Bad("no catalogue configured"));
+    EXPECT_EQ(EventOf("\"rhap://1:Tra.1\""), Bad("the catalogue cannot be reached: Connection refused"));
+    EXPECT_EQ(EventOf("\"rhap://Tra.1\""), Bad("not a reference to the catalogue"));
     EXPECT_EQ(EventOf("\"other\""), Bad("unknown kind of reference"));
     EXPECT_EQ(EventOf("line-in"), Bad("no input of this name"));
 }

@@ -33,6 +33,11 @@ TEST(MediaReference, ReadsInputNames) {
     Expect("CD \"player\"", Kind::kInput, "CD \"player\"");
 }
 
+TEST(MediaReference, ReadsIdsOfTheCatalogue) {
+    Expect("\"rhap://3:Tra.1\"", Kind::kCatalogue, "Tra.1");
+    Expect("\"rhap://3:channel-a:b\"", Kind::kCatalogue, "channel-a:b");
+}
+
 TEST(MediaReference, SaysWhatIsWrong) {
     Expect("", Kind::kBad, "empty reference");
     Expect("\"", Kind::kBad, "unterminated reference");
@@ -41,7 +46,10 @@ TEST(MediaReference, SaysWhatIsWrong) {
     Expect("\"file:/stream-\"", Kind::kBad, "not an http address");
     Expect("\"file:/stream-http://\"", Kind::kBad, "not an http address");
     Expect("\"file:/stream-file:///etc/passwd\"", Kind::kBad, "not an http address");
-    Expect("\"rhap://3:Tra.1\"", Kind::kBad, "no catalogue configured");
+    Expect("\"rhap://Tra.1\"", Kind::kBad, "not a reference to the catalogue");
+    Expect("\"rhap://x:Tra.1\"", Kind::kBad, "not a reference to the catalogue");
+    Expect("\"rhap://3:\"", Kind::kBad, "not an id of the catalogue");
+    Expect("\"rhap://3:" + std::string(201, 'a') + "\"", Kind::kBad, "not an id of the catalogue");
     Expect("\"\"", Kind::kBad, "unknown kind of reference");
     Expect("\"http://h/x\"", Kind::kBad, "unknown kind of reference");
 }
