@@ -127,16 +127,33 @@ TEST(Guards, TheLinksOfServersThatLeftAreDroppedThoughOtherStepsOfTheEndFail) {
 }
 
 // What a core may do while the driver is inside a call to it.
-class CallBack : public testing::TestWithParam<const char*> {};
+constexpr const char* kCallsBack[] = {
+    "offline 3000",
+    "offline 3001",
+    "deselect 7",
+    "off 8",
+    "data 3000 \"1 addstr stream=1\\r\\n\"",
+    "data 3000 \"* addmed BAD=1 broken\\r\\n\"",
+    "command REMOVE_SONG ROOM_ID=7 MEDIA_ID=1",
+    "command ADD_SONG ROOM_ID=7 MEDIA_ID=3",
+    "command GET_QUEUE_STATUSV2",
+    "select 7 queue=10001 kind=QUEUE ip=10.0.0.7 port=6200 channel=1",
+};
 
+class CallBack : public testing::TestWithParam<std::size_t> {};
+
+// Every place gets a third of the calls back, every call back a third of the places.
 TEST_P(CallBack, InsideAnyCallDoesNoHarm) {
+    constexpr std::size_t kShare = 3;
     const ExpectLeaks queuesOfServersThatLeft;
     const auto session = LongSession();
     const auto running =
         static_cast<std::size_t>(std::find(session.begin(), session.end(), "create") - session.begin());
+    std::size_t number = GetParam();
     for (const Place& place : AllPlaces()) {
-        if (place.first < running || place.first + 1 == session.size())
-            continue; // the driver is being made or destroyed
+        // While the driver is being made or destroyed nobody calls it.
+        if (place.first < running || place.first + 1 == session.size() || ++number % kShare != 0)
+            continue;
         SCOPED_TRACE(session[place.first] + " / " + place.second);
         TestCore core;
         bool answered = false;
@@ -144,19 +161,13 @@ TEST_P(CallBack, InsideAnyCallDoesNoHarm) {
             if (answered || line != place.first || call.name != place.second)
                 return;
             answered = true;
-            core.Session().Execute(GetParam());
+            core.Session().Execute(kCallsBack[GetParam()]);
         });
+        EXPECT_TRUE(answered);
         EXPECT_EQ(Only(lines, "< fault"), std::vector<std::string>{});
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Guards, CallBack,
-                         testing::Values("offline 3000", "offline 3001", "deselect 7", "off 8",
-                                         "data 3000 \"1 addstr stream=1\\r\\n\"",
-                                         "data 3000 \"* addmed BAD=1 broken\\r\\n\"",
-                                         "command REMOVE_SONG ROOM_ID=7 MEDIA_ID=1",
-                                         "command ADD_SONG ROOM_ID=7 MEDIA_ID=3",
-                                         "command GET_QUEUE_STATUSV2",
-                                         "select 7 queue=10001 kind=QUEUE ip=10.0.0.7 port=6200 channel=1"));
+INSTANTIATE_TEST_SUITE_P(Guards, CallBack, testing::Range(std::size_t{0}, std::size(kCallsBack)));
 
 } // namespace

@@ -93,7 +93,7 @@ public:
     }
 };
 
-class HookedMedia final : public Hooked<IMediaManager> {
+class HookedMedia : public Hooked<IMediaManager> {
 public:
     using Hooked::Hooked;
     std::int32_t GetLocation(std::uint32_t mediaId, const std::string& category,
@@ -299,6 +299,8 @@ public:
     }
     void* GetDeviceInterface(std::uint32_t deviceId, const std::string& interfaceId) override {
         Note("GetDeviceInterface", deviceId, interfaceId);
+        if (void* service = m_core.DeviceService(deviceId, interfaceId))
+            return service;
         return m_inner.GetDeviceInterface(deviceId, interfaceId);
     }
 };

@@ -110,6 +110,11 @@ void TestCore::Note(const ServiceCall& call) {
         (*hook)(call);
 }
 
+void* TestCore::DeviceService(std::uint32_t deviceId, const std::string& interfaceId) const {
+    const auto found = m_deviceServices.find({deviceId, interfaceId});
+    return found == m_deviceServices.end() ? nullptr : found->second;
+}
+
 IDriverHelperV2& TestCore::Helper() {
     return m_services->helper;
 }

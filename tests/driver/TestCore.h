@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/DriverHelper.h"
@@ -43,6 +45,14 @@ public:
     void ClearHook() { m_hook.reset(); }
     void Note(const ServiceCall& call);
 
+    // Makes `service` an interface of a device or room; it must outlive the core.
+    template <class Interface>
+    void OfferToDevice(std::uint32_t deviceId, Interface& service) {
+        m_deviceServices[{deviceId, Interface::kInterfaceId}] = &service;
+    }
+    // Null when the test made none.
+    void* DeviceService(std::uint32_t deviceId, const std::string& interfaceId) const;
+
     IDriver& Driver() { return m_session.GetDriver(); }
     korvel::replay::Session& Session() { return m_session; }
     korvel::replay::InstanceRegistry& Instances() { return m_session.GetInstances(); }
@@ -54,6 +64,7 @@ private:
 
     korvel::replay::Session m_session;
     std::shared_ptr<Hook> m_hook;
+    std::map<std::pair<std::uint32_t, std::string>, void*> m_deviceServices;
     std::unique_ptr<Services> m_services;
 };
 
