@@ -1,5 +1,6 @@
 #include "platform/Xml.h"
 
+#include <memory>
 #include <pugixml.hpp>
 #include <utility>
 #include <vector>
@@ -12,28 +13,33 @@ namespace {
 // and every control character; in text, line feeds and tabs stand as they are. A zero byte is left out: no
 // document can carry one, and readers would take it for the end of the text.
 void AppendEscaped(std::string& out, const std::string& text, bool attribute) {
-    for (const char c : text) {
+    std::size_t plain = 0; // from here to the present character all stand for themselves
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
         const auto byte = static_cast<unsigned char>(c);
-        if (byte == 0)
+        const bool reference = c == '&' || c == '<' || c == '>' || (c == '"' && attribute) ||
+                               (byte < 32 && (attribute || (c != '\n' && c != '\t')));
+        if (!reference)
             continue;
+        out.append(text, plain, i - plain);
+        plain = i + 1;
         if (c == '&')
             out += "&amp;";
         else if (c == '<')
             out += "&lt;";
         else if (c == '>')
             out += "&gt;";
-        else if (c == '"' && attribute)
+        else if (c == '"')
             out += "&quot;";
-        else if (byte < 32 && (attribute || (c != '\n' && c != '\t')))
+        else if (byte != 0)
             out.append("&#").append(std::to_string(byte)).append(";");
-        else
-            out += c;
     }
+    out.append(text, plain);
 }
 
 class Node final : public kv::RefCounted<INode> {
 public:
-    Node(std::string name, std::string text) : m_name(std::move(name)), m_text(std::move(text)) {}
+    Node(const std::string& name, const std::string& text) : m_name(name), m_text(text) {}
 
     const std::string& GetName() const override { return m_name; }
     void SetName(const std::string& name) override { m_name = name; }
@@ -47,6 +53,8 @@ public:
                 return;
             }
         }
+        if (m_attributes.empty())
+            m_attributes.reserve(kUsualAttributes);
         m_attributes.emplace_back(name, value);
     }
     void SetAttribute(const std::string& name, std::uint32_t value) override {
@@ -78,15 +86,21 @@ public:
         return nullptr;
     }
 
+    void Finish() override { m_finished = std::make_unique<const std::string>(Node::ToText()); }
+
     std::string ToText() const override {
         std::string out;
-        AppendText(out);
+        Node::AppendText(out);
         return out;
     }
     void AppendText(std::string& out) const override {
-        out.append("<").append(m_name);
+        if (m_finished) {
+            out += *m_finished;
+            return;
+        }
+        out.append(1, '<').append(m_name);
         for (const auto& [name, value] : m_attributes) {
-            out.append(" ").append(name).append("=\"");
+            out.append(1, ' ').append(name).append("=\"");
             AppendEscaped(out, value, true);
             out += '"';
         }
@@ -94,14 +108,17 @@ public:
         AppendEscaped(out, m_text, false);
         for (const auto& child : m_children)
             child->AppendText(out);
-        out.append("</").append(m_name).append(">");
+        out.append("</").append(m_name).append(1, '>');
     }
 
 private:
+    static constexpr std::size_t kUsualAttributes = 2;
+
     std::string m_name;
     std::string m_text;
     std::vector<std::pair<std::string, std::string>> m_attributes;
     std::vector<kv::auto_com<INode>> m_children;
+    std::unique_ptr<const std::string> m_finished; // the element's text, once it is finished
 };
 
 class Document final : public kv::RefCounted<IDocument> {

@@ -128,6 +128,23 @@ TEST(XmlNode, ASubtreeCanHaveSeveralParents) {
     }
 }
 
+TEST(XmlNode, AFinishedElementPrintsTheSameText) {
+    const auto song = CreateXmlNode("song", "Blue & <Green>");
+    song->SetAttribute("id", 7u);
+    const auto songs = CreateXmlNode("songs");
+    songs->AppendChild(*song);
+    const std::string text = songs->ToText();
+    songs->Finish();
+    EXPECT_EQ(songs->ToText(), text);
+    song->Finish();
+    songs->Finish();
+    EXPECT_EQ(songs->ToText(), text);
+    const auto list = CreateXmlNode("list");
+    list->AppendChild(*songs);
+    EXPECT_EQ(list->ToText(), "<list>" + text + "</list>");
+    EXPECT_EQ(songs->FindChild("song")->GetAttribute("id"), "7");
+}
+
 TEST(XmlNode, AChildOutlivesItsParent) {
     const auto child = CreateXmlNode("b", "text");
     {

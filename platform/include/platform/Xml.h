@@ -41,6 +41,9 @@ public:
     // left out, and blanks beside children do not come back); names are printed as they are.
     virtual std::string ToText() const = 0;
     virtual void AppendText(std::string& out) const = 0;
+    // Makes the text once, now, for an element that will be printed often. From here on neither the element
+    // nor anything in it may be changed.
+    virtual void Finish() = 0;
 };
 
 class IDocument : public kv::IRefCounted {
