@@ -37,7 +37,7 @@ void AudioQueue::Close() {
     ChangeQueueState(STOP);
     NotifyQueueDeletion();
     m_closed = true;
-    m_rooms.clear();
+    m_rooms.Change().clear();
     m_packets.Reset();
 }
 

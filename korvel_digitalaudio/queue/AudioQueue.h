@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/DriverHelper.h"
@@ -12,6 +13,7 @@
 #include "platform/Xml.h"
 #include "platform/rhapsody/RhapsodyClient.h"
 #include "queue/AudioMedia.h"
+#include "queue/Memo.h"
 #include "queue/QueueState.h"
 #include "server/ASPacketSendQueue.h"
 #include "server/RoomClient.h"
@@ -85,8 +87,9 @@ public:
     // Makes the audio server drop what it plays; the list stays.
     void RemoveCurrentSong();
     AudioMedia& GetCurrentMedia();
-    bool IsSongListEmpty() const { return m_songs.empty(); }
-    std::vector<AudioMedia>& GetSongList() { return m_songs; }
+    bool IsSongListEmpty() const { return m_songs->empty(); }
+    // Counts as a change of the list.
+    std::vector<AudioMedia>& GetSongList() { return m_songs.Change(); }
     // A local input that the queue plays instead of songs; "" for none.
     std::string GetInputFile() const { return m_inputFile; }
     void SetInputFile(const std::string& path) { m_inputFile = path; }
@@ -165,13 +168,13 @@ public:
     void AddRoomClientsToStream();
     bool IsClientInUse(const std::string& ip, std::uint32_t channel, std::uint32_t port) const;
     bool IsSameClientInQueue(std::uint32_t roomId) const;
-    bool ContainsRoom(std::uint32_t roomId) const { return m_rooms.count(roomId) != 0; }
+    bool ContainsRoom(std::uint32_t roomId) const { return m_rooms->count(roomId) != 0; }
     // Owned by the queue; null when the room is not in it.
     RoomClient* GetRoomClient(std::uint32_t roomId) const;
-    const RoomClientMap& GetRoomClientMap() const { return m_rooms; }
+    const RoomClientMap& GetRoomClientMap() const { return *m_rooms; }
     // The rooms in ascending order.
     std::vector<std::uint32_t> GetRoomIds() const;
-    std::uint32_t GetRoomCount() const { return static_cast<std::uint32_t>(m_rooms.size()); }
+    std::uint32_t GetRoomCount() const { return static_cast<std::uint32_t>(m_rooms->size()); }
     std::vector<std::uint32_t> GetDevicesInAnalogSource() const { return m_devicesInAnalogSource; }
     void SetDevicesInAnalogSource(std::vector<std::uint32_t> deviceIds);
 
@@ -182,8 +185,12 @@ public:
     kv::auto_com<KVXML::INode> GetInfoVariableVersion132() const;
     // Publishes both info documents.
     void UpdateInfoVariable();
+    // Status elements are finished and stay the same ones while nothing that they show changes. To make the
+    // first one is to look what comes next, with all that this entails.
     kv::auto_com<KVXML::INode> GetStatusData();
     kv::auto_com<KVXML::INode> GetStatusDataVersion132();
+    // The status with the endpoint of each room.
+    kv::auto_com<KVXML::INode> GetRoomMapData();
     kv::auto_com<KVXML::INode> GetSessionData() const;
 
     // Notifications.cpp
@@ -221,10 +228,31 @@ private:
         std::string artist, album, title, genre, imageUrl;
     };
 
+    // What the status elements show beside the queue's id.
+    struct Status {
+        std::string name;
+        QueueState state = STOP;
+        AudioMedia current = {}, next = {};
+        bool internetRadio = false;
+        std::uint32_t index = NO_SONG_INDEX;
+        std::uint32_t rooms = 0; // revision
+
+        bool operator==(const Status& other) const;
+    };
+    struct Status132 {
+        std::string name;
+        QueueState state = STOP;
+        std::uint32_t item = 0;
+        std::uint32_t index = NO_SONG_INDEX;
+        std::uint32_t rooms = 0; // revision
+
+        bool operator==(const Status132&) const = default;
+    };
+
     bool IsSingleStream() const { return m_isRhapsodyChannel || m_isInternetRadio; }
     // A channel queue keeps its one item until it is cleared.
-    bool IsListLocked() const { return !m_songs.empty() && m_isRhapsodyChannel; }
-    const std::vector<AudioMedia>& ActiveList() const { return m_shuffle ? m_shuffled : m_songs; }
+    bool IsListLocked() const { return !m_songs->empty() && m_isRhapsodyChannel; }
+    const std::vector<AudioMedia>& ActiveList() const { return m_shuffle ? m_shuffled : *m_songs; }
     // Throws std::out_of_range past the end.
     static const AudioMedia& ItemAt(const std::vector<AudioMedia>& list, std::uint32_t index);
     AudioMedia MoveTo(std::uint32_t index);
@@ -232,8 +260,9 @@ private:
     void StopAndRewind();
     bool PlayChannel();
     void AddPacket(std::unique_ptr<ASPacketBase> packet, bool skipWaiting = false);
-    kv::auto_com<KVXML::INode> StatusRoot() const;
-    std::uint32_t PublishedIndex(const AudioMedia& current) const;
+    std::string OwnerName() const;
+    kv::auto_com<KVXML::INode> StatusRoot(const std::string& name, QueueState state) const;
+    std::uint32_t PublishedIndex(const AudioMedia& current);
     void SetStatusMediaAttributes(KVXML::INode& element, const AudioMedia& media) const;
     std::string PublishedSource(const AudioMedia& media) const;
     kv::auto_com<ICmdMessage> CreateEvent(const char* name) const;
@@ -255,7 +284,7 @@ private:
     IVariableService* m_variables;
     bool m_closed = false;
 
-    std::vector<AudioMedia> m_songs;
+    Revised<std::vector<AudioMedia>> m_songs;
     std::vector<AudioMedia> m_shuffled;
     std::uint32_t m_currentIndex = NO_SONG_INDEX;
     std::uint32_t m_nextIndex = NO_SONG_INDEX; // a one-shot pin: what the next move takes
@@ -286,6 +315,12 @@ private:
     SecondaryInfo m_secondaryInfo;
 
     ASPacketSendQueue m_packets;
-    RoomClientMap m_rooms;
+    Revised<RoomClientMap> m_rooms;
     std::vector<std::uint32_t> m_devicesInAnalogSource;
+
+    using Element = kv::auto_com<KVXML::INode>;
+    Memo<Status, Element> m_status;
+    Memo<Status132, Element> m_status132;
+    Memo<const KVXML::INode*, Element> m_roomMap; // by the status in it, which it keeps alive
+    Memo<std::pair<std::uint32_t, AudioMedia>, std::uint32_t> m_position; // by list revision and media
 };

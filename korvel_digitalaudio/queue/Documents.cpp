@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <stdexcept>
+#include <tuple>
+#include <utility>
 
 #include "driver/Asserts.h"
 #include "driver/DeviceIds.h"
@@ -31,7 +33,7 @@ NodePtr InfoRoot(std::uint32_t queueId, std::uint32_t owner) {
 
 NodePtr AudioQueue::GetSessionData() const {
     auto rooms = KVXML::CreateXmlNode("rooms");
-    for (const auto& room : m_rooms)
+    for (const auto& room : *m_rooms)
         XmlHelper::toXml(room.first, *rooms, "id");
     return rooms;
 }
@@ -44,7 +46,7 @@ std::string AudioQueue::PublishedSource(const AudioMedia& media) const {
 NodePtr AudioQueue::GetInfoVariable() const {
     auto root = InfoRoot(m_queueId, m_owner);
     auto songs = XmlHelper::AddChild(*root, "songs");
-    for (const AudioMedia& media : m_songs) {
+    for (const AudioMedia& media : *m_songs) {
         auto song = XmlHelper::AddChild(*songs, "song");
         switch (media.type) {
             case MEDIA_DIGITAL:
@@ -72,7 +74,7 @@ NodePtr AudioQueue::GetInfoVariable() const {
 NodePtr AudioQueue::GetInfoVariableVersion132() const {
     auto root = InfoRoot(m_queueId, m_owner);
     XmlHelper::AddChild(*root, "songs");
-    for (const AudioMedia& media : m_songs) {
+    for (const AudioMedia& media : *m_songs) {
         if (media.type < MEDIA_DIGITAL || media.type > MEDIA_INTERNET_RADIO)
             kv::AssertWrite(asserts::kQueuePath, asserts::kInfo132MediaType, kv::StackTrace());
     }
@@ -89,12 +91,16 @@ void AudioQueue::UpdateInfoVariable() {
     publish(variables::kQueueInfo, *GetInfoVariableVersion132());
 }
 
+std::string AudioQueue::OwnerName() const {
+    return m_messaging ? m_messaging->GetDeviceName(m_owner) : "";
+}
+
 // What both status documents begin with. A queue that has ended shows as stopped.
-NodePtr AudioQueue::StatusRoot() const {
+NodePtr AudioQueue::StatusRoot(const std::string& name, QueueState state) const {
     auto root = KVXML::CreateXmlNode("queue");
     XmlHelper::toXml(m_queueId, *root, "id");
-    XmlHelper::toXml(m_messaging ? m_messaging->GetDeviceName(m_owner) : "", *root, "name");
-    switch (m_state) {
+    XmlHelper::toXml(name, *root, "name");
+    switch (state) {
         case STOP:
         case END:
             XmlHelper::toXml("Stop", *root, "state");
@@ -128,36 +134,76 @@ void AudioQueue::SetStatusMediaAttributes(INode& element, const AudioMedia& medi
 }
 
 // Counts in the order in which songs were added, also while shuffle is on.
-std::uint32_t AudioQueue::PublishedIndex(const AudioMedia& current) const {
-    return m_shuffle ? PositionIn(m_songs, current) : m_currentIndex;
+std::uint32_t AudioQueue::PublishedIndex(const AudioMedia& current) {
+    if (!m_shuffle)
+        return m_currentIndex;
+    return m_position.Get({m_songs.GetRevision(), current},
+                          [&](const auto&) { return PositionIn(*m_songs, current); });
+}
+
+bool AudioQueue::Status::operator==(const Status& other) const {
+    // The equality of media leaves the metadata out, which shows.
+    const auto values = [](const Status& status) {
+        return std::tie(status.name, status.state, status.current, status.current.metaData, status.next,
+                        status.next.metaData, status.internetRadio, status.index, status.rooms);
+    };
+    return values(*this) == values(other);
 }
 
 NodePtr AudioQueue::GetStatusData() {
-    auto root = StatusRoot();
-    SetStatusMediaAttributes(*XmlHelper::AddChild(*root, "song"), m_currentMedia);
-
-    AudioMedia next;
+    // In this order: looking what comes next may shuffle the list.
+    Status status{.name = OwnerName(), .state = m_state, .current = m_currentMedia};
     try {
-        next = PeekNextSong();
+        status.next = PeekNextSong();
     } catch (const std::out_of_range&) {
         // A pin past the end of the list: there is no telling what comes next, and the other queues must
         // still show.
     }
-    SetStatusMediaAttributes(*XmlHelper::AddChild(*root, "next"), next);
-    XmlHelper::toXml(PublishedIndex(m_currentIndex == NO_SONG_INDEX ? AudioMedia() : m_currentMedia), *root,
-                     "index");
-    root->AppendChild(*GetSessionData());
-    return root;
+    status.internetRadio = m_isInternetRadio;
+    status.index = PublishedIndex(m_currentIndex == NO_SONG_INDEX ? AudioMedia() : m_currentMedia);
+    status.rooms = m_rooms.GetRevision();
+    return m_status.Get(std::move(status), [&](const Status& shown) {
+        auto root = StatusRoot(shown.name, shown.state);
+        SetStatusMediaAttributes(*XmlHelper::AddChild(*root, "song"), shown.current);
+        SetStatusMediaAttributes(*XmlHelper::AddChild(*root, "next"), shown.next);
+        XmlHelper::toXml(shown.index, *root, "index");
+        root->AppendChild(*GetSessionData());
+        root->Finish();
+        return root;
+    });
 }
 
 NodePtr AudioQueue::GetStatusDataVersion132() {
-    auto root = StatusRoot();
+    Status132 status{.name = OwnerName(), .state = m_state};
     const bool outside = m_currentMedia.type == MEDIA_RHAPSODY_TRACK ||
                          m_currentMedia.type == MEDIA_RHAPSODY_CHANNEL ||
                          m_currentMedia.type == MEDIA_INTERNET_RADIO;
-    XmlHelper::toXml(outside ? kNoDatabaseId : m_currentMedia.mediaId, *root, "item");
-    XmlHelper::toXml(m_currentIndex == NO_SONG_INDEX ? NO_SONG_INDEX : PublishedIndex(m_currentMedia), *root,
-                     "index");
-    root->AppendChild(*GetSessionData());
-    return root;
+    status.item = outside ? kNoDatabaseId : m_currentMedia.mediaId;
+    status.index = m_currentIndex == NO_SONG_INDEX ? NO_SONG_INDEX : PublishedIndex(m_currentMedia);
+    status.rooms = m_rooms.GetRevision();
+    return m_status132.Get(std::move(status), [&](const Status132& shown) {
+        auto root = StatusRoot(shown.name, shown.state);
+        XmlHelper::toXml(shown.item, *root, "item");
+        XmlHelper::toXml(shown.index, *root, "index");
+        root->AppendChild(*GetSessionData());
+        root->Finish();
+        return root;
+    });
+}
+
+NodePtr AudioQueue::GetRoomMapData() {
+    const NodePtr status = GetStatusData();
+    return m_roomMap.Get(status.get(), [&](const INode*) {
+        auto info = KVXML::CreateXmlNode("audioQueueInfo");
+        info->AppendChild(*status);
+        for (const auto& [roomId, client] : *m_rooms) {
+            auto room = XmlHelper::AddChild(*info, "roomInfo");
+            room->SetAttribute("roomId", roomId);
+            room->SetAttribute("ip", client->GetIpAddress());
+            room->SetAttribute("port", client->GetIpPort());
+            room->SetAttribute("channel", client->GetChannel());
+        }
+        info->Finish();
+        return info;
+    });
 }

@@ -20,16 +20,16 @@ const AudioMedia& AudioQueue::ItemAt(const std::vector<AudioMedia>& list, std::u
 }
 
 std::uint32_t AudioQueue::GetNextSongIndex() {
-    if (m_songs.empty())
+    if (m_songs->empty())
         return NO_SONG_INDEX;
     m_lastNavigation = MonotonicMilliseconds();
     if (m_nextIndex != NO_SONG_INDEX)
         return m_nextIndex;
-    if (m_songs.size() == 1)
+    if (m_songs->size() == 1)
         return m_repeat ? 0 : NO_SONG_INDEX;
 
     const std::uint32_t next = m_currentIndex + 1;
-    if (next < m_songs.size()) {
+    if (next < m_songs->size()) {
         m_reshuffled = false;
         return next == NO_SONG_INDEX && m_repeat ? 0 : next;
     }
@@ -41,18 +41,18 @@ std::uint32_t AudioQueue::GetNextSongIndex() {
 }
 
 AudioMedia AudioQueue::PeekNextSong() {
-    if (m_songs.empty())
+    if (m_songs->empty())
         return {};
     if (IsSingleStream())
-        return m_songs.front();
+        return m_songs->front();
     const std::uint32_t index = GetNextSongIndex();
     return index == NO_SONG_INDEX ? AudioMedia() : ItemAt(ActiveList(), index);
 }
 
 AudioMedia AudioQueue::GetNextSong() {
-    if (m_songs.empty())
+    if (m_songs->empty())
         return {};
-    return IsSingleStream() ? m_songs.front() : MoveTo(GetNextSongIndex());
+    return IsSingleStream() ? m_songs->front() : MoveTo(GetNextSongIndex());
 }
 
 // Makes `index` current and uses up the pin. Moving to none keeps the current media: it goes on being what
@@ -67,10 +67,10 @@ AudioMedia AudioQueue::MoveTo(std::uint32_t index) {
 }
 
 AudioMedia AudioQueue::GetFirstSong() {
-    if (m_songs.empty())
+    if (m_songs->empty())
         return {};
     if (IsSingleStream()) {
-        m_currentMedia = m_songs.front();
+        m_currentMedia = m_songs->front();
         return m_currentMedia;
     }
     m_lastNavigation = MonotonicMilliseconds();
@@ -84,10 +84,10 @@ std::uint32_t AudioQueue::GetPreviousSongIndex() {
     m_lastNavigation = now;
     if (restart)
         return m_currentIndex;
-    if (m_songs.size() == 1)
+    if (m_songs->size() == 1)
         return m_repeat ? 0 : NO_SONG_INDEX;
 
-    const auto last = static_cast<std::uint32_t>(m_songs.size()) - 1;
+    const auto last = static_cast<std::uint32_t>(m_songs->size()) - 1;
     std::uint32_t previous = m_currentIndex - 1;
     if (m_currentIndex == NO_SONG_INDEX)
         previous = last;
@@ -100,7 +100,7 @@ std::uint32_t AudioQueue::GetPreviousSongIndex() {
 }
 
 AudioMedia AudioQueue::GetPreviousSong() {
-    if (m_songs.empty())
+    if (m_songs->empty())
         return {};
-    return IsSingleStream() ? m_songs.front() : MoveTo(GetPreviousSongIndex());
+    return IsSingleStream() ? m_songs->front() : MoveTo(GetPreviousSongIndex());
 }

@@ -154,10 +154,10 @@ bool AudioQueue::PlayNextSong(bool forward, bool endIfNone) {
 bool AudioQueue::PlayChannel() {
     AudioMedia channel = GetPreviousSong();
     channel.externalId = kChannelPrefix + channel.externalId;
-    if (!m_songs.empty()) {
+    if (!m_songs->empty()) {
         ChangeQueueState(PLAY);
-        if (!m_songs.empty()) // unless the announcement was answered by clearing the queue
-            m_songs.front().metaData.clear();
+        if (!m_songs->empty()) // unless the announcement was answered by clearing the queue
+            m_songs.Change().front().metaData.clear();
     }
     AddSongToStream(channel);
     return true;

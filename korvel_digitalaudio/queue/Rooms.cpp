@@ -4,7 +4,7 @@
 
 void AudioQueue::AddRoomClient(std::uint32_t roomId) {
     if (!m_closed && !ContainsRoom(roomId))
-        m_rooms.emplace(roomId, std::make_unique<RoomClient>(m_server.get()));
+        m_rooms.Change().emplace(roomId, std::make_unique<RoomClient>(m_server.get()));
 }
 
 // A client that is replaced is not removed on the audio server: the new one takes its place.
@@ -12,21 +12,20 @@ void AudioQueue::AddRoomClient(std::uint32_t roomId, const std::string& ip, std:
                                std::uint32_t channel) {
     if (m_closed)
         return;
-    m_rooms[roomId] = std::make_unique<RoomClient>(m_server.get(), ip, port, channel);
+    m_rooms.Change()[roomId] = std::make_unique<RoomClient>(m_server.get(), ip, port, channel);
     if (!ip.empty())
         AddPacket(std::make_unique<ASAddClientPacket>(ip, port));
 }
 
 void AudioQueue::RemoveRoomClient(std::uint32_t roomId) {
-    const auto found = m_rooms.find(roomId);
-    if (found == m_rooms.end())
+    if (!ContainsRoom(roomId))
         return;
     // Another room that shares the endpoint keeps playing.
     const bool shared = IsSameClientInQueue(roomId);
-    const std::unique_ptr<RoomClient> client = std::move(found->second);
-    m_rooms.erase(found);
-    if (!m_rooms.empty() && m_owner == roomId)
-        m_owner = m_rooms.begin()->first;
+    const auto removed = m_rooms.Change().extract(roomId);
+    const std::unique_ptr<RoomClient>& client = removed.mapped();
+    if (!m_rooms->empty() && m_owner == roomId)
+        m_owner = m_rooms->begin()->first;
     if (!shared && !client->GetIpAddress().empty())
         AddPacket(std::make_unique<ASRemoveClientPacket>(client->GetIpAddress(), client->GetIpPort()));
 }
@@ -40,7 +39,7 @@ void AudioQueue::AddRoomClientsToStream() {
 }
 
 bool AudioQueue::IsClientInUse(const std::string& ip, std::uint32_t channel, std::uint32_t port) const {
-    for (const auto& [roomId, client] : m_rooms) {
+    for (const auto& [roomId, client] : *m_rooms) {
         if (client->IsClientTheSame(ip, channel, port))
             return true;
     }
@@ -51,7 +50,7 @@ bool AudioQueue::IsSameClientInQueue(std::uint32_t roomId) const {
     const RoomClient* own = GetRoomClient(roomId);
     if (!own)
         return false;
-    for (const auto& [otherId, other] : m_rooms) {
+    for (const auto& [otherId, other] : *m_rooms) {
         if (otherId != roomId && other->GetIpAddress() == own->GetIpAddress() &&
             other->GetIpPort() == own->GetIpPort())
             return true;
@@ -60,14 +59,14 @@ bool AudioQueue::IsSameClientInQueue(std::uint32_t roomId) const {
 }
 
 RoomClient* AudioQueue::GetRoomClient(std::uint32_t roomId) const {
-    const auto found = m_rooms.find(roomId);
-    return found == m_rooms.end() ? nullptr : found->second.get();
+    const auto found = m_rooms->find(roomId);
+    return found == m_rooms->end() ? nullptr : found->second.get();
 }
 
 std::vector<std::uint32_t> AudioQueue::GetRoomIds() const {
     std::vector<std::uint32_t> ids;
-    ids.reserve(m_rooms.size());
-    for (const auto& room : m_rooms)
+    ids.reserve(m_rooms->size());
+    for (const auto& room : *m_rooms)
         ids.push_back(room.first);
     return ids;
 }

@@ -5,7 +5,7 @@
 #include "queue/AudioQueue.h"
 
 void AudioQueue::_ShuffleQueue() {
-    m_shuffled = m_songs;
+    m_shuffled = *m_songs;
     for (std::size_t i = 1; i < m_shuffled.size(); ++i) {
         const std::size_t j = static_cast<std::uint32_t>(kv::Random()) % (i + 1);
         std::swap(m_shuffled[i], m_shuffled[j]);
@@ -49,9 +49,9 @@ void AudioQueue::SetShuffle(bool on) {
             m_currentMedia = ItemAt(m_shuffled, m_currentIndex);
     } else if (!on && m_shuffle && m_currentIndex != NO_SONG_INDEX && m_currentIndex < m_shuffled.size()) {
         // The next index is not translated: a pin keeps its number.
-        const auto found = std::find(m_songs.begin(), m_songs.end(), m_shuffled[m_currentIndex]);
-        if (found != m_songs.end())
-            m_currentIndex = static_cast<std::uint32_t>(found - m_songs.begin());
+        const auto found = std::find(m_songs->begin(), m_songs->end(), m_shuffled[m_currentIndex]);
+        if (found != m_songs->end())
+            m_currentIndex = static_cast<std::uint32_t>(found - m_songs->begin());
     }
     m_shuffle = on;
 }

@@ -15,8 +15,8 @@ std::size_t RandomPick(std::size_t count) {
 
 void AudioQueue::AddSong(const AudioMedia& item, bool updateInfo, bool toFront) {
     const AudioMedia added = item;
-    m_songs.push_back(added);
-    if (m_songs.size() == 1)
+    m_songs.Change().push_back(added);
+    if (m_songs->size() == 1)
         SetNextSong(added);
     if (m_shuffle) {
         if (toFront)
@@ -35,7 +35,7 @@ void AudioQueue::AddSongList(const std::vector<AudioMedia>& items, bool toFront)
     const std::vector<AudioMedia> added = items;
     const std::size_t pick = RandomPick(added.size());
     for (const AudioMedia& item : added) {
-        m_songs.push_back(item);
+        m_songs.Change().push_back(item);
         UpdatePositionForSongAdded(item);
     }
     if (m_shuffle) {
@@ -60,17 +60,17 @@ void AudioQueue::AddSongList(const std::vector<std::uint32_t>& mediaIds) {
 
 void AudioQueue::UpdatePositionForSongAdded(const AudioMedia&) {
     if (m_currentIndex == NO_SONG_INDEX && m_nextIndex == NO_SONG_INDEX)
-        m_nextIndex = static_cast<std::uint32_t>(m_songs.size()) - 1;
+        m_nextIndex = static_cast<std::uint32_t>(m_songs->size()) - 1;
 }
 
 // The current index stays, even where it now points at another item: what plays goes on playing.
 void AudioQueue::RemoveSong(const AudioMedia& item) {
     const AudioMedia removed = item;
-    std::erase(m_songs, removed);
+    std::erase(m_songs.Change(), removed);
     m_nextIndex = NO_SONG_INDEX;
     if (m_shuffle)
         ShuffleQueue();
-    if (m_songs.empty()) {
+    if (m_songs->empty()) {
         RemoveCurrentSong();
         if (m_isRhapsodyChannel)
             SetIsRhapsodyChannel(false);
@@ -89,7 +89,7 @@ bool AudioQueue::ReplaceSongList(const std::vector<AudioMedia>& items) {
     m_currentIndex = found ? static_cast<std::uint32_t>(current - replacement.begin()) : NO_SONG_INDEX;
     m_nextIndex = NO_SONG_INDEX;
     m_shuffled.clear();
-    m_songs = replacement;
+    m_songs.Change() = replacement;
     if (m_shuffle && !replacement.empty())
         ShuffleQueue(replacement[std::min(RandomPick(replacement.size()), replacement.size() - 1)]);
     UpdateInfoVariable();
@@ -102,7 +102,7 @@ void AudioQueue::ClearSongs() {
     m_isInternetRadio = false;
     m_isRhapsodyChannel = false;
     m_currentMedia.type = MEDIA_NONE;
-    m_songs.clear();
+    m_songs.Change().clear();
     m_shuffled.clear();
     m_currentIndex = NO_SONG_INDEX;
     m_nextIndex = NO_SONG_INDEX;
@@ -128,5 +128,5 @@ void AudioQueue::RemoveCurrentSong() {
 }
 
 AudioMedia& AudioQueue::GetCurrentMedia() {
-    return IsSingleStream() && !m_songs.empty() ? m_songs.front() : m_currentMedia;
+    return IsSingleStream() && !m_songs->empty() ? m_songs.Change().front() : m_currentMedia;
 }

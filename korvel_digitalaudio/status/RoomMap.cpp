@@ -13,19 +13,6 @@ constexpr std::uint32_t kAnnouncementSong = 1;
 constexpr const char* kAnnouncementPort = "6200";
 constexpr const char* kAnnouncementChannel = "2";
 
-void AppendQueue(INode& root, AudioQueue& queue) {
-    auto info = KVXML::CreateXmlNode("audioQueueInfo");
-    info->AppendChild(*queue.GetStatusData());
-    for (const auto& [roomId, client] : queue.GetRoomClientMap()) {
-        auto room = XmlHelper::AddChild(*info, "roomInfo");
-        room->SetAttribute("roomId", roomId);
-        room->SetAttribute("ip", client->GetIpAddress());
-        room->SetAttribute("port", client->GetIpPort());
-        room->SetAttribute("channel", client->GetChannel());
-    }
-    root.AppendChild(*info);
-}
-
 void AppendAnnouncement(INode& root, const Announcement& announcement) {
     auto info = KVXML::CreateXmlNode("audioQueueInfo");
     auto queue = XmlHelper::AddChild(*info, "queue");
@@ -58,7 +45,7 @@ void korvel_digitalaudio::UpdateRoomMapInfoVar() {
     ForEachServer([&](const AudioServer& server) {
         for (const std::uint32_t queueId : server.GetQueueIds()) {
             if (AudioQueue* queue = server.GetAudioQueue(queueId))
-                AppendQueue(*root, *queue);
+                root->AppendChild(*queue->GetRoomMapData());
         }
         const Announcement* announcement = server.GetAnnouncement();
         if (announcement && !announcement->GetAddresses().empty())
