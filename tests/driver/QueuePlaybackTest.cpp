@@ -372,6 +372,18 @@ TEST_F(QueuePlayback, SixthFailureWithinAMinuteStops) {
     EXPECT_TRUE(queue->ShouldStopPlayback());
 }
 
+TEST_F(QueuePlayback, StopBeginsTheMinuteAnew) {
+    queue->ShouldStopPlayback();
+    Advance(30000);
+    for (int i = 0; i < 5; ++i)
+        queue->ShouldStopPlayback();
+    ASSERT_TRUE(queue->ShouldStopPlayback());
+    Advance(30000); // a minute after the first one, half a minute after the stop
+    for (int i = 0; i < 5; ++i)
+        EXPECT_FALSE(queue->ShouldStopPlayback());
+    EXPECT_TRUE(queue->ShouldStopPlayback());
+}
+
 TEST_F(QueuePlayback, FailuresAMinuteApartBeginANewPeriod) {
     queue->ShouldStopPlayback();
     for (int i = 0; i < 5; ++i)

@@ -113,6 +113,9 @@ TEST_F(QueueRooms, OwnershipPassesToTheSmallestRoomLeft) {
         queue->AddRoomClient(room);
     queue->RemoveRoomClient(99);
     EXPECT_EQ(queue->GetOwner(), kOwner);
+    queue->AddRoomClient(9);
+    queue->RemoveRoomClient(9);
+    EXPECT_EQ(queue->GetOwner(), kOwner);
     queue->RemoveRoomClient(kOwner);
     EXPECT_EQ(queue->GetOwner(), 7u);
     queue->RemoveRoomClient(12);
