@@ -28,15 +28,17 @@ def toml_text(text):
 
 
 class House:
-    """A controller, an audio server and a player per room.
+    """A controller, an audio server, a player per room and the gateway of a streaming service.
 
-    `folder` takes the configuration, the state and the logs. `first_port` is the first player's port, the next ones
+    `catalogue` is the gateway's file. `folder` takes the configuration, the state and the logs. `first_port` is the first player's port, the next ones
     are two apart; with 0 every program picks free ports. With `record`, each player writes a WAV file.
     """
 
-    def __init__(self, programs, folder, music, first_port=6200, server_port=7700, http_port=8080, record=False):
+    def __init__(self, programs, folder, music, catalogue, first_port=6200, server_port=7700, http_port=8080,
+                 catalog_port=5555, record=False):
         self.programs, self.folder, self.music = programs, folder, music
         self.first_port, self.server_port, self.http_port = first_port, server_port, http_port
+        self.catalogue, self.catalog_port = catalogue, catalog_port
         self.record = record
         self.processes = {}
         self.rooms = []
@@ -49,6 +51,7 @@ class House:
         os.makedirs(self.folder, exist_ok=True)
         for number, name in enumerate(ROOMS, 1):
             self.start_player(number, name)
+        self.start_catalog()
         self.start_server()
         self.start_controller()
 
@@ -59,10 +62,18 @@ class House:
         port = self.start_listening(f"player{number}", "korvel-roomplayer", arguments)
         self.rooms.append(Room(number, name, port, recording))
 
+    def start_catalog(self):
+        arguments = ["--catalog", self.catalogue, "--port", str(self.catalog_port)]
+        try:
+            self.catalog_port = self.start_listening("catalog", "korvel-catalog", arguments)
+        except HouseError as error:
+            # The rest plays without it; if another gateway has the port, that one serves.
+            self.stop_one("catalog")
+            print(f"The streaming service's catalogue is not served: {error}", flush=True)
+
     def start_server(self):
-        self.server_port = self.start_listening(
-            "audioserver", "korvel-audioserver", ["--port", str(self.server_port)]
-        )
+        arguments = ["--port", str(self.server_port), "--catalog", f"127.0.0.1:{self.catalog_port}"]
+        self.server_port = self.start_listening("audioserver", "korvel-audioserver", arguments)
 
     def start_controller(self):
         config = self.write_config()
@@ -76,6 +87,7 @@ class House:
         web = os.path.join(os.path.dirname(__file__), "..", "..", "web", "dist")
         if os.path.isdir(web):
             lines.append(f"web = {toml_text(os.path.abspath(web))}")
+        lines += ["[catalog]", f'address = "127.0.0.1:{self.catalog_port}"']
         lines += ["[[server]]", 'host = "127.0.0.1"', f"port = {self.server_port}"]
         for room in self.rooms:
             lines += ["[[room]]", f"id = {room.id}", f"name = {toml_text(room.name)}"]

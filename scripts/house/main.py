@@ -5,6 +5,7 @@ import signal
 import sys
 import time
 
+from demo_catalog import make_catalogue
 from demo_music import make_demo_music
 from house import House, HouseError
 
@@ -24,19 +25,18 @@ def show(house, programs):
     print(f"  {ctl} search tone")
     print(f'  {ctl} play Kitchen "Morning Scale"')
     print(f'  {ctl} join Kitchen "Living room"')
+    print(f"  {ctl} command ADD_SONG ROOM_ID=3 SOURCE=3 MEDIA_ID=demo   # a channel of the streaming service")
     print(f"  {ctl} watch")
     print(f"\nLogs: {house.folder}/*.log.  Ctrl-C stops everything.", flush=True)
 
 
-def find_music(folder):
+def find_music(demo):
     if len(sys.argv) > 2:
         if not os.path.isdir(sys.argv[2]):
             raise HouseError(f"{sys.argv[2]} is not a folder")
         return os.path.abspath(sys.argv[2])
-    music = os.path.join(folder, "demo-music")
     print("No music folder given: making some demo music ...", flush=True)
-    make_demo_music(music)
-    return music
+    return demo
 
 
 def main():
@@ -47,7 +47,11 @@ def main():
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     house = None
     try:
-        house = House(programs, folder, find_music(folder))
+        demo = os.path.join(folder, "demo-music")
+        music = find_music(demo)
+        # Music for a person without any, and for everybody's streaming service.
+        make_demo_music(demo)
+        house = House(programs, folder, music, make_catalogue(os.path.join(folder, "demo-catalog.toml"), demo))
         house.start()
         show(house, programs)
         while not (failed := house.failed()):

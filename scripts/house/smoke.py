@@ -7,6 +7,7 @@ import tempfile
 import time
 import wave
 
+from demo_catalog import make_catalogue
 from demo_music import make_tones
 from house import House, HouseError
 
@@ -105,12 +106,19 @@ def play_through(house):
     expect(living, 0)
     expect(bedroom, 0)
 
+    print("The streaming service plays", flush=True)
+    command(house, "ADD_SONG", ROOM_ID=bedroom.id, SOURCE=2, MEDIA_ID="demo-2")
+    expect(bedroom, SECOND)
+    expect(kitchen, FIRST)
+
 
 def main():
     with tempfile.TemporaryDirectory(prefix="korvel-smoke-") as folder:
         music = os.path.join(folder, "music")
         make_tones(music, (FIRST, SECOND), SONG_SECONDS)
-        house = House(sys.argv[1], folder, music, first_port=0, server_port=0, http_port=0, record=True)
+        catalogue = make_catalogue(os.path.join(folder, "catalog.toml"), music)
+        house = House(sys.argv[1], folder, music, catalogue, first_port=0, server_port=0, http_port=0, catalog_port=0,
+                      record=True)
         try:
             house.start()
             play_through(house)
