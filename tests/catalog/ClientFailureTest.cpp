@@ -1,0 +1,157 @@
+// The controller's client of the streaming service, when something is wrong.
+#include "ClientFixture.h"
+
+namespace korvel::controller {
+namespace {
+
+class ClientFailure : public ClientTest {};
+
+TEST_F(ClientFailure, WhatWasAskedOnALostConnectionFails) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server));
+    client->GetMemberPlaylists(&listener);
+    client->GetMemberPlaylists(&listener);
+    ASSERT_TRUE(loop.RunUntil([&] { return server.GetLines().size() == 2; }));
+    server.Kill();
+    ASSERT_TRUE(Answered(2));
+    EXPECT_EQ(listener.calls, (Calls{"error 16", "error 16"}));
+    EXPECT_EQ(general.calls, (Calls{"connected", "lost"}));
+}
+
+TEST_F(ClientFailure, ACatalogueThatIsNotThereIsANetworkErrorInTheEnd) {
+    std::uint16_t port = 0;
+    {
+        const ScriptedServer server(loop);
+        port = server.GetPort();
+    }
+    const auto client = Connect("127.0.0.1:" + std::to_string(port), 100);
+    client->GetMemberPlaylists(&listener);
+    ASSERT_TRUE(Answered());
+    EXPECT_EQ(listener.calls, Calls{"error 16"});
+}
+
+TEST_F(ClientFailure, ACatalogueThatIsSilentIsACommunicationsError) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server), 100);
+    client->GetMemberPlaylists(&listener);
+    ASSERT_TRUE(Answered());
+    EXPECT_EQ(listener.calls, Calls{"error 3"});
+    // Its answer comes too late, which must not disturb the next one.
+    AnswerWith(server, ",\"playlists\":[]");
+    client->GetTracksForPlaylist("p", 0, 500, 0, &listener);
+    AnswerWith(server, ",\"total\":1,\"tracks\":[\"t\"]");
+    ASSERT_TRUE(Answered(2));
+    EXPECT_EQ(listener.calls, (Calls{"error 3", "tracks 1: t"}));
+}
+
+TEST_F(ClientFailure, EachQuestionHasItsOwnDeadline) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server), 200);
+    client->GetMemberPlaylists(&listener);
+    AnswerWith(server, ",\"playlists\":[]");
+    ASSERT_TRUE(Answered());
+    client->GetMemberPlaylists(&listener);
+    client->GetMemberPlaylists(&listener);
+    ASSERT_TRUE(Answered(3));
+    EXPECT_EQ(listener.calls, (Calls{"playlists", "error 3", "error 3"}));
+}
+
+TEST_F(ClientFailure, AnAnswerOfAnotherShapeIsInvalidData) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server));
+    const std::vector<std::string> answers = {"", ",\"playlists\":7", ",\"playlists\":[7]",
+                                              ",\"playlists\":[{\"id\":\"p\"}]",
+                                              ",\"playlists\":[{\"id\":\"p\",\"name\":null}]"};
+    for (std::size_t i = 0; i < answers.size(); ++i) {
+        client->GetMemberPlaylists(&listener);
+        AnswerWith(server, answers[i]);
+        ASSERT_TRUE(Answered(i + 1));
+        EXPECT_EQ(listener.calls.back(), "error 10") << answers[i];
+    }
+}
+
+TEST_F(ClientFailure, AnErrorIsPassedOnWhenItsCodeIsOne) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server));
+    const std::vector<std::pair<std::string, std::string>> errors = {
+        {"{\"code\":4}", "error 4"},
+        {"{\"code\":18}", "error 18"},
+        {"{\"code\":0}", "error 9"},
+        {"{\"code\":19}", "error 9"},
+        {"{\"code\":-5}", "error 9"},
+        {"{\"code\":\"2\"}", "error 9"},
+        {"{\"code\":1e99}", "error 9"},
+        {"{\"code\":99999999999999999999}", "error 9"},
+        {"{}", "error 9"},
+        {"7", "error 9"},
+        {"null", "error 9"}};
+    for (std::size_t i = 0; i < errors.size(); ++i) {
+        client->GetMemberPlaylists(&listener);
+        AnswerWith(server, ",\"error\":" + errors[i].first);
+        ASSERT_TRUE(Answered(i + 1));
+        EXPECT_EQ(listener.calls.back(), errors[i].second) << errors[i].first;
+    }
+}
+
+TEST_F(ClientFailure, LinesThatAreNoAnswersAreIgnored) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server));
+    client->GetMemberPlaylists(&listener);
+    ASSERT_TRUE(loop.RunUntil([&] { return server.GetLines().size() == 1; }));
+    server.Send("hello\n\n[]\n{}\n{\"id\":\"1\"}\n{\"id\":-1}\n{\"id\":77}\n{\"id\":1.0}\n\xff\xfe\n");
+    AnswerWith(server, ",\"playlists\":[]");
+    ASSERT_TRUE(Answered());
+    EXPECT_EQ(listener.calls, Calls{"playlists"});
+}
+
+TEST_F(ClientFailure, AnEndlessLineCostsTheConnection) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server));
+    client->GetMemberPlaylists(&listener);
+    ASSERT_TRUE(loop.RunUntil([&] { return server.GetLines().size() == 1; }));
+    server.Send(std::string(LineSplitter::kMaxLine + 1, 'x'));
+    ASSERT_TRUE(Answered());
+    EXPECT_EQ(listener.calls, Calls{"error 16"});
+    EXPECT_TRUE(loop.RunUntil([&] { return server.GetConnections() == 2; }));
+}
+
+TEST_F(ClientFailure, TextsHoldNoControlCharacters) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server));
+    client->GetMemberPlaylists(&listener);
+    AnswerWith(server, ",\"playlists\":[{\"id\":\"p\",\"name\":\"a\\u0000b\\nc\"}]");
+    ASSERT_TRUE(Answered());
+    EXPECT_EQ(listener.calls, Calls{"playlists p=a b c"});
+}
+
+TEST_F(ClientFailure, TooManyQuestionsAreRefused) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server));
+    for (std::size_t i = 0; i <= CatalogLink::kMaxQuestions; ++i)
+        client->GetMemberPlaylists(&listener);
+    ASSERT_TRUE(Answered());
+    EXPECT_EQ(listener.calls, Calls{"error 9"});
+}
+
+TEST_F(ClientFailure, AnAddressThatIsNoneIsOffLine) {
+    for (const std::string address : {"", "127.0.0.1", ":5555", "127.0.0.1:", "127.0.0.1:0",
+                                      "127.0.0.1:65536", "127.0.0.1:+80", "127.0.0.1:5555x"}) {
+        listener.calls.clear();
+        const auto client = Connect(address);
+        client->GetMemberPlaylists(&listener);
+        ASSERT_TRUE(Answered()) << address;
+        EXPECT_EQ(listener.calls, Calls{"error 17"}) << address;
+    }
+}
+
+} // namespace
+} // namespace korvel::controller
