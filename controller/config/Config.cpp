@@ -11,6 +11,7 @@
 #include <set>
 
 #include "config/TomlTable.h"
+#include "platform/Text.h"
 
 namespace korvel::controller {
 namespace {
@@ -123,8 +124,13 @@ void ReadCatalog(TomlTable& top, const std::string& source, Config& config) {
     if (!entry)
         return;
     TomlTable table(*entry, source, "[catalog]");
-    table.Text("address", config.catalogAddress);
-    if (config.catalogAddress.find(':') == std::string::npos || config.catalogAddress.size() > kMaxNameLength)
+    std::string& address = config.catalogAddress;
+    table.Text("address", address);
+    const std::size_t colon = address.rfind(':');
+    const std::string port = colon == std::string::npos ? "" : address.substr(colon + 1);
+    const std::uint32_t number = kv::ToULong(port);
+    if (colon == 0 || address.size() > kMaxNameLength || port != std::to_string(number) || number == 0 ||
+        number > kMaxPort)
         table.Fail("address", "must be HOST:PORT");
     table.RefuseOtherKeys();
 }

@@ -13,6 +13,7 @@ std::vector<std::uint32_t> SplitRoomList(const std::string& list) {
     std::vector<std::string> pieces;
     ASPacket::SplitPacket(list, ",", pieces, kMaxListedRooms);
     std::vector<std::uint32_t> rooms;
+    rooms.reserve(pieces.size());
     for (const std::string& piece : pieces)
         rooms.push_back(kv::ToULong(piece));
     return rooms;

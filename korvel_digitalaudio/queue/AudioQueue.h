@@ -112,7 +112,7 @@ public:
     // Shuffle.cpp
     // ---------------------------------------------------------------------------------------------------
 
-    void _ShuffleQueue();
+    void _ShuffleQueue(); // NOLINT(bugprone-reserved-identifier): the name callers know
     void ShuffleQueue(const AudioMedia& first);
     void ShuffleQueue(std::uint32_t firstMediaId);
     void ShuffleQueue();

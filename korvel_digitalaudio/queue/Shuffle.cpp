@@ -14,6 +14,8 @@ void AudioQueue::_ShuffleQueue() {
 }
 
 void AudioQueue::ShuffleQueue(const AudioMedia& first) {
+    // `first` may be an item of the list that is shuffled.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const AudioMedia wanted = first;
     _ShuffleQueue();
     const auto found = std::find(m_shuffled.begin(), m_shuffled.end(), wanted);

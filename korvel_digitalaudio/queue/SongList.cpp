@@ -14,6 +14,8 @@ std::size_t RandomPick(std::size_t count) {
 } // namespace
 
 void AudioQueue::AddSong(const AudioMedia& item, bool updateInfo, bool toFront) {
+    // `item` may be one of the list that grows.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const AudioMedia added = item;
     m_songs.Change().push_back(added);
     if (m_songs->size() == 1)
@@ -32,6 +34,8 @@ void AudioQueue::AddSong(const AudioMedia& item, bool updateInfo, bool toFront) 
 void AudioQueue::AddSongList(const std::vector<AudioMedia>& items, bool toFront) {
     if (items.empty() || IsListLocked())
         return;
+    // `items` may be the list that grows.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::vector<AudioMedia> added = items;
     const std::size_t pick = RandomPick(added.size());
     for (const AudioMedia& item : added) {
@@ -65,6 +69,8 @@ void AudioQueue::UpdatePositionForSongAdded(const AudioMedia&) {
 
 // The current index stays, even where it now points at another item: what plays goes on playing.
 void AudioQueue::RemoveSong(const AudioMedia& item) {
+    // `item` may be one of those that go.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const AudioMedia removed = item;
     std::erase(m_songs.Change(), removed);
     m_nextIndex = NO_SONG_INDEX;
@@ -83,6 +89,8 @@ void AudioQueue::RemoveSong(const AudioMedia& item) {
 bool AudioQueue::ReplaceSongList(const std::vector<AudioMedia>& items) {
     if (IsListLocked())
         return false;
+    // `items` may be the list that is replaced.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::vector<AudioMedia> replacement = items;
     const auto current = std::find(replacement.begin(), replacement.end(), m_currentMedia);
     const bool found = current != replacement.end();

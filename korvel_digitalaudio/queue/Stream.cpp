@@ -10,6 +10,8 @@ constexpr const char* kCannotPause = "NO-PAUSE";
 } // namespace
 
 void AudioQueue::AddSongToStream(const AudioMedia& media) {
+    // `media` may be the current one, which changes before the end.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const AudioMedia added = media;
     m_canPause = true;
     auto packet = ASPacket::CreateAddMedia(m_driverHelper, m_instances, added, m_isInternetRadio);

@@ -106,5 +106,16 @@ TEST_F(CatalogHouse, TheDriverGoesOnWithoutACatalogue) {
     core->Stop(); // with questions that nobody has answered
 }
 
+TEST(CatalogSetting, IsAnAddressWithAPort) {
+    EXPECT_EQ(ParseConfig("", "f", "/").catalogAddress, "");
+    EXPECT_EQ(ParseConfig("[catalog]\naddress = \"music.example:5556\"", "f", "/").catalogAddress,
+              "music.example:5556");
+    for (const std::string address : {"", "music.example", ":5555", "music.example:", "music.example:0",
+                                      "music.example:65536", "music.example:x"})
+        EXPECT_THROW(ParseConfig("[catalog]\naddress = \"" + address + "\"", "f", "/"), ConfigError)
+            << address;
+    EXPECT_THROW(ParseConfig("[catalog]\ncolour = 1\naddress = \"h:1\"", "f", "/"), ConfigError);
+}
+
 } // namespace
 } // namespace korvel::controller
