@@ -4,6 +4,7 @@
 
 #include "Sessions.h"
 #include "TestCore.h"
+#include "driver/korvel_digitalaudio.h"
 #include "korvel_digitalaudio/IDigitalAudio.h"
 #include "platform/KVBaseDriver.h"
 #include "platform/Services.h"
@@ -99,6 +100,26 @@ std::int32_t Bound(TestCore& core, std::uint32_t binding, const std::string& typ
                    const std::string& data, kv::auto_com<KVXML::INode> xml) {
     return core.Driver().BoundCall(binding, 6, "",
                                    kv::BindMessage(type, kv::CreateCmdMessage(name), data, xml), nullptr);
+}
+
+TEST(Entries, TheDriverShowsItsErrorsToTheUsers) {
+    TestCore core;
+    core.Run("start");
+    dynamic_cast<korvel_digitalaudio&>(core.Driver()).SendErrorToUI("a & b");
+    EXPECT_EQ(core.TakeLines(), Lines{"< ui <DA_ERROR Error=\"a &amp; b\"></DA_ERROR>"});
+}
+
+// A saved list is looked for among all that there are.
+TEST(Entries, APlaylistIsLookedForWithoutLimits) {
+    TestCore core;
+    core.Run({"song 1", "start", "online 3000 127.0.0.1", "command ADD_SONG ROOM_ID=7 MEDIA_ID=1"});
+    std::vector<std::string> asked;
+    core.SetHook([&](const ServiceCall& call) {
+        if (call.name == "GetMediaList")
+            asked.push_back(call.ToText());
+    });
+    core.Run("command SAVE_PLAYLIST ROOM_ID=7 NAME=Saved");
+    EXPECT_EQ(asked, Lines{"GetMediaList 100002 PLAYLIST   -1 -1"});
 }
 
 TEST(Entries, ABoundMessageMayCarryDataAndACommand) {

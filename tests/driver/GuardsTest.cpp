@@ -13,6 +13,8 @@
 
 namespace {
 
+const std::string kFailed = "< log 3 Exception in ";
+
 // Where in a session an operation was called: the line's index, then the operation's name.
 using Place = std::pair<std::size_t, std::string>;
 
@@ -50,6 +52,7 @@ TEST(Guards, TheUndisturbedSessionHasNoFault) {
 
 TEST(Guards, AServiceThatFailsOnceStopsNothingButTheEntry) {
     const ExpectLeaks queuesOfServersThatLeft;
+    std::set<std::string> entries;
     for (const Place& place : AllPlaces()) {
         SCOPED_TRACE(LongSession()[place.first] + " / " + place.second);
         TestCore core;
@@ -63,9 +66,18 @@ TEST(Guards, AServiceThatFailsOnceStopsNothingButTheEntry) {
         EXPECT_TRUE(thrown);
         for (const std::string& fault : Only(lines, "< fault"))
             EXPECT_EQ(fault, "< fault no driver was created");
+        for (const std::string& line : Only(lines, kFailed))
+            entries.insert(line.substr(kFailed.size(), line.find(':') - kFailed.size()));
         // A driver that could not be made leaves nothing behind, and one that was destroyed does not either.
         EXPECT_EQ(kv::GetService<IDigitalAudio>(core.Instances()), nullptr);
     }
+    // The log names what was left.
+    EXPECT_EQ(entries,
+              (std::set<std::string>{"BoundCall", "Destroy links", "Destroy variables", "ExecuteCommand",
+                                     "GetPersistState", "Initialize", "OnAVDeselected", "OnAVRoomOff",
+                                     "OnAVSelected", "OnBindingChanged", "OnTimerExpired", "PlayAnnouncement",
+                                     "RC_Completed playlist tracks", "RC_Completed playlists",
+                                     "RC_Completed track", "RC_ErrorHandler", "ServerUtility"}));
 }
 
 TEST(Guards, AnOperationThatAlwaysFailsBringsNothingDown) {
@@ -95,6 +107,23 @@ TEST(Guards, AFailureIsLoggedWithTheEntrysName) {
     });
     const auto lines = core.Run("command GET_SETTINGS");
     EXPECT_TRUE(Has(lines, "< log 3 Exception in ExecuteCommand: no user interface"));
+}
+
+// An announcement makes the server of this controller anew when it has gone.
+TEST(Guards, AFailureOfAnAnnouncementIsLoggedWithTheEntrysName) {
+    const ExpectLeaks queuesOfServersThatLeft;
+    for (const auto& [line, entry] : {std::pair{"announce create", "CreateAnnouncementStream"},
+                                      std::pair{"announce remove", "RemoveAnnouncementStream"},
+                                      std::pair{"announce play /a.wav", "PlayAnnouncement"}}) {
+        TestCore core;
+        core.Run({"start", "online 3000 127.0.0.1", "offline 3000"});
+        core.SetHook([](const ServiceCall& call) {
+            if (call.name != "Log")
+                throw std::runtime_error("no more");
+        });
+        EXPECT_TRUE(Has(core.Run(line), std::string(kFailed) + entry + ": no more")) << line;
+        core.ClearHook();
+    }
 }
 
 TEST(Guards, AServerGoesOnAfterALineThatCouldNotBeHandedOver) {

@@ -100,6 +100,22 @@ TEST_F(SendLink, AnUnknownTimerIsNotedAndReleasesNothingThatIsOutstanding) {
     EXPECT_EQ(m_link->GetAckTimer(), 1u);
 }
 
+// Timers are numbered from 1.
+TEST_F(SendLink, ATimerIsUnknownOnceItsLineIsAcknowledged) {
+    m_link->AddToSendQueue("a");
+    m_link->KillAckTimer();
+    m_core.TakeLines();
+    EXPECT_EQ(m_link->GetAckTimer(), 0u);
+    m_link->OnTimerExpired(1, 0);
+    EXPECT_EQ(m_core.TakeLines(), Lines{"< assert korvel_digitalaudio/kvw/ServerUtility 74"});
+}
+
+TEST_F(SendLink, ADetachedLinkHasNoTimer) {
+    m_link->AddToSendQueue("a");
+    m_link->Detach();
+    EXPECT_EQ(m_link->GetAckTimer(), 0u);
+}
+
 TEST_F(SendLink, ItsEndDropsTheTimerAndTheUnsentLines) {
     m_link->AddToSendQueue("a");
     m_link->AddToSendQueue("b");
