@@ -55,15 +55,20 @@ void SourceSelection::JoinAnnouncement() {
             ->AddClientToAnnouncement(m_room, m_location.endpointAddress, m_location.endpointPort);
 }
 
-// Library media plays on this controller's own server; a local input plays where it is, in a queue of its
-// own.
+// Library media plays on this controller's own server, if there is one; a local input plays where it is, in a
+// queue of its own.
 bool SourceSelection::FindBinding() {
+    const std::uint32_t active = m_driver.m_activeServerBinding;
     m_binding = m_input.bindingId;
-    if (m_binding == 0 || m_binding > kLastServerBinding || m_inputName.empty())
-        m_binding = m_driver.m_activeServerBinding;
-    if (!m_inputName.empty())
+    if (m_binding == 0 || m_binding > kLastServerBinding)
+        m_binding = active;
+    if (m_binding == 0)
+        return false;
+    if (m_inputName.empty())
+        m_binding = active;
+    else
         m_kind = "QUEUE";
-    return m_binding != 0;
+    return true;
 }
 
 bool SourceSelection::IsComplete() const {
@@ -74,7 +79,7 @@ bool SourceSelection::IsComplete() const {
 }
 
 bool SourceSelection::SelectQueue() {
-    if (!IsComplete())
+    if (!IsComplete() || m_binding == 0)
         return false;
     m_server = m_driver.AudioServer_Create(m_binding, false);
     m_inUse = m_driver.AudioServer_GetInUseServer(m_location.endpointAddress, m_location.endpointChannel,

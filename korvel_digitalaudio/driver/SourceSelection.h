@@ -20,6 +20,7 @@ public:
     void Run();
 
 private:
+    // False when the selection names no audio server and there is none to fall back on.
     bool FindBinding();
     void JoinAnnouncement();
     // True when the room may have ended in a queue, which then needs a fresh status.
