@@ -220,6 +220,17 @@ TEST(AnalogSource, AQueueWithoutAnInputOrAStreamLeavesTheSourceAlone) {
     EXPECT_EQ(room.calls, Lines{});
 }
 
+TEST(AnalogSource, AQueueJoinedOnAnotherServerTakesTheDeviceOfTheSelection) {
+    TestCore core;
+    Analog room;
+    core.OfferToDevice<IAnalogSource>(10, room);
+    core.Run({"engine 3000", "engine 3001", "start", "online 3000 127.0.0.1", "online 3001 10.0.0.9",
+              "select 7 queue=1 kind=QUEUE binding=3001 input=line source=600 ip=10.0.0.7 port=6200",
+              "select 9 queue=10000 kind=QUEUE source=700 ip=10.0.0.7 port=6200",
+              "select 10 queue=10000 kind=QUEUE source=800 ip=10.0.0.7 port=6200"});
+    EXPECT_EQ(room.calls, Lines{"take 700"});
+}
+
 // An audio server that answers every line before the call that hands it over returns.
 void AnswerAtOnce(TestCore& core) {
     auto streams = std::make_shared<int>(0);

@@ -45,6 +45,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Line{"12 NO addmed 7\r\n", "12", "addmed", "NO", "7\r\n", 7, ""},
                     Line{"  12   OK   remcli   4\r\n", "12", "remcli", "OK", "4\r\n", 4, ""},
                     Line{"12 OK addmed 7 more words\r\n", "12", "addmed", "OK", "7 more words\r\n", 7, ""},
+                    Line{"12 OK addmed 7\r\n13 NO addmed 8\r\n", "12", "addmed", "OK",
+                         "7\r\n13 NO addmed 8\r\n", 7, ""},
                     Line{"12 OK\r\n", "12", "OK", "", "", 0, ""}, Line{"12 OK", "12", "", "OK", "", 0, ""},
                     Line{"12 ok addmed 7", "12", "ok", "", "", 0, ""},
                     Line{"12 OK addmed x=7", "12", "addmed", "OK", "x=7", 0, ""},

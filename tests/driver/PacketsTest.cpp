@@ -219,8 +219,9 @@ TEST_F(AddMedia, ForABroadcastTakesItsAddress) {
 }
 
 TEST_F(AddMedia, ForASongTakesItsPath) {
-    m_core.Run("song 1 location=/media/a.flac device=300");
+    m_core.Run({"song 1 location=/media/a.flac device=300", "song 2 location=/mediabox/b.flac device=300"});
     EXPECT_EQ(Text(MEDIA_DIGITAL, 1, "", false), "addmed 3 \"file://media/a.flac\"");
+    EXPECT_EQ(Text(MEDIA_DIGITAL, 2, "", false), "addmed 3 \"file://mediabox/b.flac\"");
     EXPECT_EQ(Text(MEDIA_INTERNET_RADIO, 1, "", false), "addmed 3 \"file://media/a.flac\"");
     EXPECT_FALSE(HasStart(m_core.TakeLines(), "< message"));
 }
