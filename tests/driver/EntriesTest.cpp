@@ -69,15 +69,29 @@ TEST(Entries, AFailedStartMakesNothing) {
     EXPECT_EQ(core.Driver().Initialize(1, *config, nullptr), -2);
 }
 
-TEST(Entries, ACommandOfADriverThatDidNotStartFailsQuietly) {
+void FailToShowSettings(const ServiceCall& call) {
+    if (call.name == "SendDataToUI")
+        throw std::runtime_error("no user interface");
+}
+
+TEST(Entries, ACommandThatFailsIsLoggedAsItCame) {
     TestCore core;
-    core.Run({"without KVMessage", "start", "online 3000 127.0.0.1"});
-    core.SetHook([](const ServiceCall& call) {
-        if (call.name == "SendDataToUI")
-            throw std::runtime_error("no user interface");
-    });
-    EXPECT_TRUE(
-        Has(core.Run("command GET_SETTINGS"), "< log 3 Exception in ExecuteCommand: no user interface"));
+    core.Run({"start", "online 3000 127.0.0.1"});
+    core.SetHook(FailToShowSettings);
+    EXPECT_EQ(core.Run("command GET_SETTINGS ROOM=\"a\\nb\""),
+              (Lines{"< log 3 Command failed: GET_SETTINGS ROOM=a b",
+                     "< log 3 Exception in ExecuteCommand: no user interface"}));
+}
+
+TEST(Entries, ACommandOfADriverThatDidNotStartFailsQuietly) {
+    for (const char* missing : {"without StringX", "without KVMessage"}) {
+        TestCore core;
+        core.Run({missing, "start", "online 3000 127.0.0.1"});
+        core.SetHook(FailToShowSettings);
+        EXPECT_EQ(core.Run("command GET_SETTINGS"),
+                  Lines{"< log 3 Exception in ExecuteCommand: no user interface"})
+            << missing;
+    }
 }
 
 TEST(Entries, TheRegisteredDriverIsHandedOut) {

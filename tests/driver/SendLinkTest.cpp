@@ -68,6 +68,7 @@ TEST_F(SendLink, ATimeoutWithNothingLeftIsIdle) {
     m_link->AddToSendQueue("a");
     EXPECT_EQ(Only(m_core.Run("advance 5000"), "<"), Lines{});
     EXPECT_TRUE(m_link->IsAckTimerExpired());
+    EXPECT_EQ(m_link->GetAckTimer(), 0u);
 }
 
 TEST_F(SendLink, NumbersWrapAfter65536Lines) {
