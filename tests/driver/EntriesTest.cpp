@@ -4,7 +4,6 @@
 
 #include "Sessions.h"
 #include "TestCore.h"
-#include "driver/korvel_digitalaudio.h"
 #include "korvel_digitalaudio/IDigitalAudio.h"
 #include "platform/KVBaseDriver.h"
 #include "platform/Services.h"
@@ -114,13 +113,6 @@ std::int32_t Bound(TestCore& core, std::uint32_t binding, const std::string& typ
                    const std::string& data, kv::auto_com<KVXML::INode> xml) {
     return core.Driver().BoundCall(binding, 6, "",
                                    kv::BindMessage(type, kv::CreateCmdMessage(name), data, xml), nullptr);
-}
-
-TEST(Entries, TheDriverShowsItsErrorsToTheUsers) {
-    TestCore core;
-    core.Run("start");
-    dynamic_cast<korvel_digitalaudio&>(core.Driver()).SendErrorToUI("a & b");
-    EXPECT_EQ(core.TakeLines(), Lines{"< ui <DA_ERROR Error=\"a &amp; b\"></DA_ERROR>"});
 }
 
 // A saved list is looked for among all that there are.
