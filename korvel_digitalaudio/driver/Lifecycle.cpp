@@ -110,7 +110,7 @@ void korvel_digitalaudio::CreateRhapsodyClient() {
 // Each step has a guard of its own: a core that fails in one of them must not be left with timers or a
 // registration that lead into a plug-in that is gone.
 korvel_digitalaudio::~korvel_digitalaudio() {
-    ++m_entryDepth; // what the core calls back with now must not free anything
+    m_ending = true; // what the core calls back with now must neither free anything nor make anything new
     using namespace variables;
     for (const std::uint32_t id : {kRoomHistory, kRoomQueueSettings, kQueueInfo, kQueueStatus, kQueueInfoV2,
                                    kQueueStatusV2, kPlayPreference, kRoomMapInfo})

@@ -287,12 +287,15 @@ private:
     std::uint32_t m_playlistsDevice = 0;     // asked for the member playlists
 
     int m_entryDepth = 0;
+    bool m_ending = false; // entries do nothing any more
     std::vector<std::unique_ptr<AudioServer>> m_retiredServers;
     std::vector<kv::auto_com<ServerUtility>> m_outlivingLinks; // of servers that left queues behind
 };
 
 template <class Result, class Body>
 Result korvel_digitalaudio::Enter(const char* entry, Result neutral, Body&& body) noexcept {
+    if (m_ending)
+        return neutral;
     ++m_entryDepth;
     Result result = kv::GuardEntry(entry, std::move(neutral), std::forward<Body>(body));
     LeaveEntry();
@@ -301,6 +304,8 @@ Result korvel_digitalaudio::Enter(const char* entry, Result neutral, Body&& body
 
 template <class Body>
 void korvel_digitalaudio::Enter(const char* entry, Body&& body) noexcept {
+    if (m_ending)
+        return;
     ++m_entryDepth;
     kv::GuardEntry(entry, std::forward<Body>(body));
     LeaveEntry();

@@ -155,6 +155,20 @@ TEST(Guards, TheLinksOfServersThatLeftAreDroppedThoughOtherStepsOfTheEndFail) {
     EXPECT_EQ(kv::GetService<IDigitalAudio>(core.Instances()), nullptr);
 }
 
+TEST(Guards, ADriverThatIsDestroyedTakesNoCallsAnyMore) {
+    TestCore core;
+    core.Run({"start", "online 3000 127.0.0.1", "online 3001 10.0.0.9", "announce create"});
+    IDriver& driver = core.Driver();
+    core.SetHook([&](const ServiceCall& call) {
+        if (call.name != "Log" && call.name != "StartTimer")
+            driver.BoundCall(3002, 6, "", kv::BindMessage("EVENT", kv::CreateCmdMessage("SERVER_ONLINE"), ""),
+                             nullptr);
+    });
+    const auto lines = core.Run("stop");
+    EXPECT_FALSE(HasStart(lines, "< timer ")); // would call into nothing
+    EXPECT_FALSE(HasStart(lines, "< send 3002"));
+}
+
 // What a core may do while the driver is inside a call to it.
 constexpr const char* kCallsBack[] = {
     "offline 3000",
