@@ -60,6 +60,13 @@ public:
     void RemoveSong(std::uint32_t id);
     void RemoveStation(std::uint32_t id);
 
+    // These are the stations from now on. One of a name that is known keeps its id; the ids given are not
+    // used.
+    void SetStations(const std::vector<StationRecord>& stations);
+    // These are the local inputs from now on: each is an album without songs of the input's name, and keeps
+    // its id as long as it has that name. Returns the albums' ids.
+    std::vector<std::uint32_t> SetInputs(const std::vector<std::string>& names);
+
     std::optional<SongRecord> FindSong(std::uint32_t id);
     std::optional<StationRecord> FindStation(std::uint32_t id);
     std::optional<AlbumRecord> FindAlbum(std::uint32_t id);
