@@ -23,6 +23,9 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
       m_router({loop, m_driver, m_rooms, m_events, log, [this] { return m_bindings.WhyNotReady(); },
                 [this] { return m_bindings.ActiveBinding(); }}),
       m_stateFile(config.stateFolder + "/driver-state.xml", log),
+      m_announcements({loop, m_driver, m_rooms, m_timers, m_events, log,
+                       [this] { return m_bindings.WhyNotReady(); },
+                       [this] { return m_bindings.ActiveBinding(); }}),
       m_state(loop, m_driver, m_stateFile),
       m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_state}),
       m_rhapsody(loop, log, config.catalogAddress),
@@ -32,13 +35,17 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
         [this](Room& room, const ICmdMessage& message) { m_router.OnMessage(room, message); });
     m_host.SetBindingOffered([this](std::uint32_t id) { m_bindings.OnBindingOffered(id); });
     m_host.SetStateInvalid([this] { m_state.SaveSoon(); });
-    m_bindings.SetServerLost([this](std::uint32_t binding) { m_router.OnServerLost(binding); });
+    m_bindings.SetServerLost([this](std::uint32_t binding) {
+        m_router.OnServerLost(binding);
+        m_announcements.OnServerLost(binding);
+    });
+    m_router.SetRoomOffListener([this] { m_announcements.OnRoomOff(); });
     OfferServices();
     m_plugin = std::make_unique<Plugin>(config.plugin, m_instances);
     const auto settings = KVXML::CreateXmlNode("config");
     const auto persist = m_stateFile.Load();
     m_plugin->Initialize(kDriverDeviceId, *settings, persist.get());
-    m_driver.Attach(m_plugin->GetDriver());
+    m_driver.Attach(m_plugin->GetDriver(), kv::GetService<IDigitalAudio>(m_instances));
 }
 
 Core::~Core() {
@@ -53,6 +60,7 @@ void Core::OfferServices() {
     m_instances.Offer<IUINotifier>(m_devices);
     m_instances.Offer<IRoomService>(m_devices);
     m_instances.Offer<IBindMessageSender>(m_bindings);
+    m_instances.Offer<IAnnouncementNotifier>(m_announcements);
     m_instances.Offer<IVariableService>(m_variables);
     m_instances.Offer<KVRhapsodyClient::IRhapsodyClientFactory>(m_rhapsody);
     m_instances.Offer<IMediaManager>(m_library.Database());
@@ -82,7 +90,8 @@ nlohmann::json Core::Status() const {
             {"ready", why.empty()},
             {"notReadyBecause", why},
             {"servers", m_bindings.ToJson()},
-            {"scan", m_library.ScanStatus()}};
+            {"scan", m_library.ScanStatus()},
+            {"announcement", m_announcements.ToJson()}};
 }
 
 nlohmann::json Core::Snapshot() const {

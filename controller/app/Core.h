@@ -11,6 +11,7 @@
 #include "loader/Plugin.h"
 #include "platform/Utilities.h"
 #include "rhapsody/RhapsodyService.h"
+#include "rooms/Announcements.h"
 
 namespace korvel::controller {
 
@@ -35,13 +36,14 @@ public:
 
     Commands& GetCommands() { return m_commands; }
     RoomRouter& GetRouter() { return m_router; }
+    Announcements& GetAnnouncements() { return m_announcements; }
     RoomTable& GetRooms() { return m_rooms; }
     VariableStore& GetVariables() { return m_variables; }
     ServerBindings& GetBindings() { return m_bindings; }
     Library& GetLibrary() { return m_library; }
     EventBus& GetEvents() { return m_events; }
 
-    // {"version","ready","notReadyBecause","servers","scan"}
+    // {"version","ready","notReadyBecause","servers","scan","announcement"}
     nlohmann::json Status() const;
     // The event that a new listener begins with: {"type":"snapshot","status","rooms","variables"}.
     nlohmann::json Snapshot() const;
@@ -65,6 +67,7 @@ private:
     ServerBindings m_bindings;
     RoomRouter m_router;
     StateFile m_stateFile;
+    Announcements m_announcements;
     StateKeeper m_state;
     Commands m_commands;
     RhapsodyService m_rhapsody;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 
 #include "platform/XmlHelper.h"
 
@@ -184,5 +185,13 @@ std::string SongListXml(const std::vector<std::string>& songIds) {
         XmlHelper::AddChild(*media, "MEDIA_ID", id);
     return media->ToText();
 }
+void Actions::Announce(const std::string& file, const std::vector<std::string>& rooms) {
+    json ids = json::array();
+    for (const std::string& room : rooms)
+        ids.push_back(json::parse(RoomId(room)));
+    m_client.Post("/api/announce",
+                  {{"rooms", ids}, {"file", std::filesystem::absolute(file).lexically_normal().string()}});
+}
+
 
 } // namespace korvel::ctl

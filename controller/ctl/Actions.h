@@ -28,6 +28,8 @@ public:
     void Watch();
 
 private:
+    // Plays the file once in the rooms, over whatever they hear.
+    void Announce(const std::string& file, const std::vector<std::string>& rooms);
     std::string RoomId(const std::string& room);
     std::string SongId(const std::string& song);
     // The parameters with rooms that are named by name.

@@ -71,6 +71,10 @@ void AddActions(CLI::App& app, Action& chosen, Words& words) {
               [](Actions& actions) { actions.Watch(); });
 }
 
+    CLI::App* announce = AddAction(app, chosen, "announce", "play a file once, over whatever the rooms hear",
+                                   [&words](Actions& actions) { actions.Announce(words.name, words.list); });
+    announce->add_option("file", words.name, "of this machine")->required();
+    announce->add_option("room", words.list, "ids or names")->required();
 } // namespace
 
 int main(int argc, char** argv) {

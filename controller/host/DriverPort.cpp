@@ -76,4 +76,22 @@ kv::auto_com<KVXML::INode> DriverPort::PersistState() {
     return state;
 }
 
+template <class Body>
+void DriverPort::Announce(const char* entry, Body&& body) {
+    if (m_announcements)
+        Enter(entry, [&](IDriver&) { body(*m_announcements); });
+}
+
+void DriverPort::CreateAnnouncementStream() {
+    Announce("CreateAnnouncementStream", [](IDigitalAudio& audio) { audio.CreateAnnouncementStream(); });
+}
+
+void DriverPort::PlayAnnouncement(const std::string& file) {
+    Announce("PlayAnnouncement", [&](IDigitalAudio& audio) { audio.PlayAnnouncement(file); });
+}
+
+void DriverPort::RemoveAnnouncementStream() {
+    Announce("RemoveAnnouncementStream", [](IDigitalAudio& audio) { audio.RemoveAnnouncementStream(); });
+}
+
 } // namespace korvel::controller

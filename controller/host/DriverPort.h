@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/Log.h"
+#include "korvel_digitalaudio/IDigitalAudio.h"
 #include "platform/IDriver.h"
 
 namespace korvel::controller {
@@ -15,9 +16,17 @@ class DriverPort {
 public:
     explicit DriverPort(const Log& log) : m_log(log) {}
 
-    // The driver stays owned by the caller and attached until Detach().
-    void Attach(IDriver& driver) { m_driver = &driver; }
-    void Detach() { m_driver = nullptr; }
+    // The driver stays owned by the caller and attached until Detach(). `announcements` is null for a driver
+    // that makes none.
+    void Attach(IDriver& driver, IDigitalAudio* announcements = nullptr) {
+        m_driver = &driver;
+        m_announcements = announcements;
+    }
+    void Detach() {
+        m_driver = nullptr;
+        m_announcements = nullptr;
+    }
+    bool MakesAnnouncements() const { return m_announcements != nullptr; }
 
     void BindingChanged(std::uint32_t bindingId);
     // The bound call `name` with `data` over an audio server's binding.
@@ -29,13 +38,19 @@ public:
     void RoomOff(std::uint32_t roomId);
     void TimerExpired(std::uint32_t timerId);
     kv::auto_com<KVXML::INode> PersistState();
+    void CreateAnnouncementStream();
+    void PlayAnnouncement(const std::string& file);
+    void RemoveAnnouncementStream();
 
 private:
     template <class Body>
     void Enter(const char* entry, Body&& body);
+    template <class Body>
+    void Announce(const char* entry, Body&& body);
 
     const Log& m_log;
     IDriver* m_driver = nullptr;
+    IDigitalAudio* m_announcements = nullptr;
     bool m_inside = false;
 };
 

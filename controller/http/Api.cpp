@@ -39,11 +39,21 @@ json ParseBody(const HttpRequest& request) {
     return body;
 }
 
-std::uint32_t NumberIn(const json& body, const char* name) {
-    const json& value = body.at(name);
+std::uint32_t NumberOf(const json& value, const char* name) {
     if (!value.is_number_unsigned() || value.get<std::uint64_t>() > 2147483647)
         throw Refused(Why::Invalid, std::string("\"") + name + "\" must be a whole number");
     return value.get<std::uint32_t>();
+}
+
+std::uint32_t NumberIn(const json& body, const char* name) {
+    return NumberOf(body.at(name), name);
+}
+
+void RefuseOtherMembers(const json& body, std::initializer_list<std::string_view> known) {
+    for (const auto& [key, value] : body.items()) {
+        if (std::ranges::find(known, key) == known.end())
+            throw Refused(Why::Invalid, "unknown member \"" + key + "\"");
+    }
 }
 
 void AddParameter(ICmdMessage& message, const std::string& name, const json& value) {
@@ -60,10 +70,7 @@ void AddParameter(ICmdMessage& message, const std::string& name, const json& val
 kv::auto_com<ICmdMessage> MessageOf(const json& body) {
     if (!body.contains("name") || !body["name"].is_string())
         throw Refused(Why::Invalid, "\"name\" must be a text");
-    for (const auto& [key, value] : body.items()) {
-        if (key != "name" && key != "parameters")
-            throw Refused(Why::Invalid, "unknown member \"" + key + "\"");
-    }
+    RefuseOtherMembers(body, {"name", "parameters"});
     auto message = kv::CreateCmdMessage(body["name"].get<std::string>());
     const auto parameters = body.find("parameters");
     if (parameters == body.end())
@@ -84,7 +91,7 @@ HttpReply MethodReply(const std::string& allow) {
 bool IsPostPath(const std::vector<std::string>& path) {
     static constexpr std::array<std::string_view, 3> kActions = {"select", "deselect", "off"};
     if (path.size() == 2)
-        return path[1] == "command" || path[1] == "request";
+        return path[1] == "command" || path[1] == "request" || path[1] == "announce";
     if (path.size() == 3)
         return path[1] == "library" && path[2] == "scan";
     return path.size() == 4 && path[1] == "rooms" && std::ranges::find(kActions, path[3]) != kActions.end();
@@ -147,6 +154,8 @@ HttpReply Api::Post(const Target& target, const HttpRequest& request, std::funct
         return RunCommand(body, later);
     if (target.path[1] == "request")
         return RunRequest(body);
+    if (target.path[1] == "announce")
+        return Announce(body);
     if (target.path[1] == "rooms")
         return ChangeRoom(target, body, later);
     if (!m_core.GetLibrary().StartScan())
@@ -165,15 +174,29 @@ HttpReply Api::RunRequest(const json& body) {
     return JsonReply({{"reply", reply ? json(reply->ToText()) : json(nullptr)}});
 }
 
+HttpReply Api::Announce(const json& body) {
+    RefuseOtherMembers(body, {"rooms", "file"});
+    const auto list = body.find("rooms");
+    if (list == body.end() || !list->is_array())
+        throw Refused(Why::Invalid, "\"rooms\" must be a list of rooms");
+    if (!body.contains("file") || !body["file"].is_string())
+        throw Refused(Why::Invalid, "\"file\" must be a path");
+    std::vector<std::uint32_t> rooms;
+    for (const json& room : *list)
+        rooms.push_back(NumberOf(room, "rooms"));
+    m_core.GetAnnouncements().Start(std::move(rooms), body["file"].get<std::string>());
+    return JsonReply(m_core.GetAnnouncements().ToJson(), 202);
+}
+
 HttpReply Api::ChangeRoom(const Target& target, const json& body, std::function<json()>& later) {
     const auto id = ParseNumber(target.path[2]);
     if (!id || !m_core.GetRooms().Find(*id))
         throw Refused(Why::NotFound, "there is no room " + target.path[2]);
     const std::string& action = target.path[3];
-    for (const auto& [key, value] : body.items()) {
-        if (action != "select" || (key != "queue" && key != "join"))
-            throw Refused(Why::Invalid, "unknown member \"" + key + "\"");
-    }
+    if (action == "select")
+        RefuseOtherMembers(body, {"queue", "join"});
+    else
+        RefuseOtherMembers(body, {});
     RoomRouter& router = m_core.GetRouter();
     if (action == "deselect")
         router.Deselect(*id);

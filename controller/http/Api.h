@@ -28,6 +28,7 @@ private:
     HttpReply Post(const Target& target, const HttpRequest& request, std::function<nlohmann::json()>& later);
     HttpReply RunCommand(const nlohmann::json& body, std::function<nlohmann::json()>& later);
     HttpReply RunRequest(const nlohmann::json& body);
+    HttpReply Announce(const nlohmann::json& body);
     HttpReply ChangeRoom(const Target& target, const nlohmann::json& body,
                          std::function<nlohmann::json()>& later);
 

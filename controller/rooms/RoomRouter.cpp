@@ -101,12 +101,7 @@ void RoomRouter::CallSelected(Room& room, std::uint32_t queueId) {
     params.queueId = queueId;
     params.mediaKind = "QUEUE";
     params.sourceDeviceId = kDriverDeviceId;
-    AVLocationInfo location;
-    location.endpointAddress = room.config.address;
-    location.endpointPort = room.config.port;
-    location.endpointChannel = room.config.channel;
-    location.targetDeviceId = room.config.id;
-    m_parts.driver.Select(params, location);
+    m_parts.driver.Select(params, EndpointOf(room));
 }
 
 void RoomRouter::Deselect(std::uint32_t roomId) {
@@ -133,6 +128,8 @@ void RoomRouter::Join(std::uint32_t roomId, std::uint32_t other) {
     // The driver takes the room out of its own queue and then asks it, through a message, to select the other
     // one.
     const auto command = kv::CreateCmdMessage("ADD_ROOMS_TO_SESSION");
+    if (m_roomOff)
+        m_roomOff();
     command->AddParam("ROOM_ID", "INT", std::to_string(other));
     command->AddParam("ROOM_ID_LIST", "STRING", std::to_string(roomId));
     CR_String answer;

@@ -38,6 +38,9 @@ public:
 
     // A message of the driver to a room, inside the driver's call: what it asks for is done after that call.
     void OnMessage(Room& room, const ICmdMessage& message);
+    // `listener` is called when a room has been switched off.
+    void SetRoomOffListener(std::function<void()> listener) { m_roomOff = std::move(listener); }
+
     // The queues of that audio server are gone, and with them what its rooms hear.
     void OnServerLost(std::uint32_t bindingId);
     // A media command for the room has run: once the present call is over, the room hears the queue that the
@@ -73,3 +76,4 @@ private:
 };
 
 } // namespace korvel::controller
+    std::function<void()> m_roomOff;

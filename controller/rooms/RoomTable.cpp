@@ -48,6 +48,15 @@ const Room* RoomTable::Find(std::uint32_t id) const {
     return const_cast<RoomTable*>(this)->Find(id);
 }
 
+AVLocationInfo EndpointOf(const Room& room) {
+    AVLocationInfo location;
+    location.endpointAddress = room.config.address;
+    location.endpointPort = room.config.port;
+    location.endpointChannel = room.config.channel;
+    location.targetDeviceId = room.config.id;
+    return location;
+}
+
 nlohmann::json ToJson(const Room& room) {
     nlohmann::json media = nullptr;
     for (const auto& [name, value] : ParseMediaInfo(room.mediaInfo))

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "config/Config.h"
+#include "platform/AvRouting.h"
 
 namespace korvel::controller {
 
@@ -35,6 +36,9 @@ public:
 private:
     std::vector<Room> m_rooms;
 };
+
+// Where the room plays, for a selection.
+AVLocationInfo EndpointOf(const Room& room);
 
 // {"id","name","routed","queue","media": {"title": ..., ...} or null, "mediaInfo": xml, "endpoint": ...}
 nlohmann::json ToJson(const Room& room);

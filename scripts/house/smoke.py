@@ -11,9 +11,10 @@ from demo_catalog import make_catalogue
 from demo_music import make_tones
 from house import House, HouseError
 
-FIRST, SECOND = 440, 660
+FIRST, SECOND, CHIME = 440, 660, 880
 TOLERANCE_HZ = 4
 SONG_SECONDS = 60
+CHIME_SECONDS = 4
 HEARD_SECONDS = 1.0  # how long a pitch must be heard
 DEADLINE_SECONDS = 20
 PITCH = os.path.join(os.path.dirname(__file__), "..", "pitch")
@@ -71,7 +72,7 @@ def wait_for_songs(house, count):
     return songs
 
 
-def play_through(house):
+def play_through(house, chime):
     songs = wait_for_songs(house, 2)
     living, kitchen, bedroom = house.rooms
     print("One room plays", flush=True)
@@ -96,6 +97,12 @@ def play_through(house):
     command(house, "PLAY", ROOM_ID=living.id)
     expect(kitchen, SECOND)
 
+    print("An announcement in one of the rooms", flush=True)
+    house.post("/api/announce", {"rooms": [kitchen.id], "file": chime})
+    expect(kitchen, CHIME)
+    expect(living, SECOND, since=recorded_seconds(living))
+    expect(kitchen, SECOND)
+
     print("The audio server is killed and comes back", flush=True)
     house.stop_one("audioserver", how=9)
     expect(living, 0)
@@ -116,12 +123,14 @@ def main():
     with tempfile.TemporaryDirectory(prefix="korvel-smoke-") as folder:
         music = os.path.join(folder, "music")
         make_tones(music, (FIRST, SECOND), SONG_SECONDS)
+        make_tones(os.path.join(folder, "chime"), (CHIME,), CHIME_SECONDS)
+        chime = os.path.join(folder, "chime", f"Tone {CHIME}.wav")
         catalogue = make_catalogue(os.path.join(folder, "catalog.toml"), music)
         house = House(sys.argv[1], folder, music, catalogue, first_port=0, server_port=0, http_port=0, catalog_port=0,
                       record=True)
         try:
             house.start()
-            play_through(house)
+            play_through(house, chime)
             if failed := house.failed():
                 raise HouseError(f"{failed} stopped: {house.last_log_line(failed)}")
         except (Unheard, HouseError, OSError) as error:

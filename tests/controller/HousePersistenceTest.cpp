@@ -13,8 +13,6 @@ protected:
         house.reset();
         StartHouse();
     }
-
-    std::string Variable(std::uint32_t id) { return house->GetCore().GetVariables().All().at(id).value; }
 };
 
 TEST_F(HousePersistenceTest, SettingsSurviveARestart) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "TestHouse.h"
 
 namespace korvel::controller {
@@ -11,9 +13,9 @@ protected:
         house = std::make_unique<TestHouse>(loop, KORVEL_DRIVER, std::vector{server.GetPort()}, state);
         ASSERT_TRUE(Ready());
         house->GetCore().GetEvents().Add([this](const auto& text) {
-            const auto event = nlohmann::json::parse(*text);
-            if (event["type"] == "ui")
-                lastUi = event["xml"];
+            events.push_back(nlohmann::json::parse(*text));
+            if (events.back()["type"] == "ui")
+                lastUi = events.back()["xml"];
         });
         for (std::uint32_t i = 0; i < 3; ++i) {
             media::SongRecord song;
@@ -48,6 +50,17 @@ protected:
     // Adds a song in room 1 and waits until it plays.
     void PlayInRoom1() {
         ASSERT_EQ(Add(1).status, 200);
+    // True when an event came that has all these members.
+    bool Told(const nlohmann::json& members) {
+        return loop.RunUntil([&] {
+            return std::ranges::any_of(events, [&](const nlohmann::json& event) {
+                return std::ranges::all_of(members.items(), [&](const auto& member) {
+                    return event.contains(member.key()) && event[member.key()] == member.value();
+                });
+            });
+        });
+    }
+    std::string Variable(std::uint32_t id) { return house->GetCore().GetVariables().All().at(id).value; }
         ASSERT_TRUE(Hears("addmed 1 \"file://music/0.flac\""));
     }
 
@@ -60,4 +73,5 @@ protected:
     std::unique_ptr<TestHouse> house;
 };
 
+    std::vector<nlohmann::json> events;
 } // namespace korvel::controller

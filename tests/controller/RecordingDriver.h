@@ -25,8 +25,10 @@ public:
         Record((bound ? "bound " : "unbound ") + std::to_string(id));
     }
     void OnAVRoomOff(std::uint32_t) override {}
-    void OnAVSelected(const AVParams&, const AV_Class&, const AV_Class&, const AVLocationInfo&,
-                      const AVDriverLocationInfo*, AVReturn&) override {}
+    void OnAVSelected(const AVParams& params, const AV_Class&, const AV_Class&, const AVLocationInfo&,
+                      const AVDriverLocationInfo*, AVReturn&) override {
+        Record(params.mediaKind + " " + std::to_string(params.roomId));
+    }
     void OnAVDeselected(const AVParams&, const AV_Class&, const AV_Class&) override {}
     void OnAVAddLocationInfo(const AVParams&, const AV_Class&, const AV_Class&, AVLocationInfo&,
                              AVDriverLocationInfo**) override {}
