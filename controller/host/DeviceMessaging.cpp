@@ -43,6 +43,10 @@ void DeviceMessaging::SendToUIs(std::uint32_t, const KVXML::INode& data) {
     m_events.Publish({{"type", "ui"}, {"xml", data.ToText()}});
 }
 
+void DeviceMessaging::SendToDevice(std::uint32_t deviceId, const KVXML::INode& data) {
+    m_events.Publish({{"type", "data"}, {"device", deviceId}, {"xml", data.ToText()}});
+}
+
 void DeviceMessaging::QueueEnded(std::uint32_t, std::uint32_t roomCode) {
     Deliver(roomCode - kRoomCodeOffset, *kv::CreateCmdMessage("QUEUE_ENDED"));
 }

@@ -10,7 +10,8 @@
 namespace korvel::controller {
 
 // Delivers the driver's messages to rooms, each an event {"type":"message","room","name","parameters"}, and
-// its data for user interfaces, each an event {"type":"ui","xml"}. Storage devices have no answers: the
+// its data for user interfaces, each an event {"type":"ui","xml"}, or for one device, each an event
+// {"type":"data","device","xml"}. Storage devices have no answers: the
 // locations in the media database are complete paths.
 class DeviceMessaging final : public IDeviceMessaging, public IUINotifier, public IRoomService {
 public:
@@ -28,6 +29,7 @@ public:
     void SendToUIs(std::uint32_t fromDeviceId, const KVXML::INode& data) override;
     void QueueEnded(std::uint32_t code, std::uint32_t roomCode) override;
 
+    void SendToDevice(std::uint32_t deviceId, const KVXML::INode& data);
     // False when there is no such room.
     bool Deliver(std::uint32_t deviceId, const ICmdMessage& message);
 

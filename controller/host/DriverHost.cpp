@@ -42,9 +42,7 @@ void DriverHost::SendDataToUI(const KVXML::INode& data) {
 }
 
 void DriverHost::SendDataToDevice(std::uint32_t deviceId, const KVXML::INode& data) {
-    const auto message = kv::CreateCmdMessage("DATA");
-    message->AddParam("xml", "STRING", data.ToText());
-    m_parts.devices.Deliver(deviceId, *message);
+    m_parts.devices.SendToDevice(deviceId, data);
 }
 
 void DriverHost::Log(int level, const std::string& text) {

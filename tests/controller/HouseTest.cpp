@@ -159,6 +159,20 @@ TEST_F(HouseTest, AQueueAtItsEndIsClearedAfterTheSetDelay) {
     EXPECT_TRUE(Hears("remstr 1"));
 }
 
+TEST_F(HouseTest, TheEndOfAQueueIsAnEventForEachRoom) {
+    PlayInRoom1();
+    house->Post("/api/rooms/2/select", R"({"join":1})");
+    server.Send("* addmed EOM=1\r\n");
+    EXPECT_TRUE(Told({{"type", "message"}, {"room", 1}, {"name", "QUEUE_ENDED"}}));
+    EXPECT_TRUE(Told({{"type", "message"}, {"room", 2}, {"name", "QUEUE_ENDED"}}));
+}
+
+TEST_F(HouseTest, AQueueHasItsRoomsName) {
+    PlayInRoom1();
+    constexpr std::uint32_t kQueueStatus = 1006;
+    EXPECT_NE(Variable(kQueueStatus).find("Living room"), std::string::npos) << Variable(kQueueStatus);
+}
+
 TEST_F(HouseTest, TransportCommandsReachTheServer) {
     PlayInRoom1();
     house->Command("PAUSE", {{"ROOM_ID", 1}});

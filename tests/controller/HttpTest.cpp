@@ -41,6 +41,17 @@ TEST_F(HttpTest, ACommandNeedsNoParameters) {
     EXPECT_EQ(house->Post("/api/command", R"({"name":"ECHO"})").Json(), (json{{"return", ""}}));
 }
 
+TEST_F(HttpTest, DataForOneDeviceIsAnEventThatNamesIt) {
+    std::vector<json> events;
+    house->GetCore().GetEvents().Add([&](const auto& text) {
+        if (json event = json::parse(*text); event["type"] == "data")
+            events.push_back(std::move(event));
+    });
+    house->Command("DATA", {{"DEVICE", 4711}, {"TEXT", "a & b"}});
+    EXPECT_EQ(events,
+              (std::vector<json>{{{"type", "data"}, {"device", 4711}, {"xml", "<data>a &amp; b</data>"}}}));
+}
+
 TEST_F(HttpTest, AnUnknownCommandIsNotFound) {
     const RawReply reply = house->Command("DANCE", json::object());
     EXPECT_EQ(reply.status, 404);

@@ -8,7 +8,7 @@
 
 namespace korvel::controller {
 
-// A driver that writes down what it is told about bindings and does nothing else.
+// A driver that writes down what it is told about bindings and selections and does nothing else.
 class RecordingDriver final : public IDriver {
 public:
     std::vector<std::string> calls;

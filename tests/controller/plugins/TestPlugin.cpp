@@ -9,7 +9,8 @@
 namespace {
 
 // ECHO answers with the parameter TEXT and shows it as variable 1; PERSIST keeps it over restarts; SELECT
-// makes room 1 select the driver, with no queue; THROW lets an exception out.
+// makes room 1 select the driver, with no queue; DATA sends TEXT to the device DEVICE; THROW lets an
+// exception out.
 class TestDriver final : public KVBaseDriver {
 public:
     explicit TestDriver(IInstanceManager& instances) : KVBaseDriver(instances, 3, 0) {
@@ -23,6 +24,10 @@ public:
             const auto select = CreateCommandMessageFromName("SELECT_AUDIO_DEVICE");
             select->AddParam("deviceid", "INT", std::to_string(GetDeviceId()));
             SendCommand(1, *select, nullptr);
+        });
+        RegisterCmd("DATA", [this](const ICmdMessage& message, ICmdReturn*) {
+            SendDataToDevice(message.GetNumber("DEVICE"),
+                             *KVXML::CreateXmlNode("data", message.GetParam("TEXT")));
         });
         RegisterCmd("THROW", [](const ICmdMessage&, ICmdReturn*) { throw std::runtime_error("thrown"); });
         RegisterUICmd("GET_QUEUE_INFO", [](const ICmdMessage&) { return KVXML::CreateXmlNode("info"); });
