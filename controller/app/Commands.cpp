@@ -10,11 +10,11 @@ std::string Commands::Execute(const ICmdMessage& command) {
     if (!m_parts.host.HasCommand(name))
         throw Refused(Refused::Why::NotFound, "unknown command '" + name + "'");
     RequireReady();
-    const std::uint32_t room = IsMediaCommand(name) ? RequireRoom(command) : 0;
+    const Target target = Prepare(command);
     CR_String answer;
     m_parts.driver.Execute(command, answer);
-    if (room != 0)
-        m_parts.router.RouteSoon(room, QueueIdOf(answer.GetText()));
+    if (target.roomId != 0)
+        m_parts.router.RouteSoon(target.roomId, QueueIdOf(answer.GetText()), target.input);
     // Settings may have changed, and the driver does not always say so.
     m_parts.state.SaveSoon();
     return answer.GetText();
@@ -28,13 +28,31 @@ kv::auto_com<KVXML::INode> Commands::Request(const ICmdMessage& request) {
         throw Refused(Refused::Why::NotFound, "unknown request '" + name + "'");
     // Any command can be asked as a request; its effects are the same.
     RequireReady();
-    const std::uint32_t room = IsMediaCommand(name) ? RequireRoom(request) : 0;
+    const Target target = Prepare(request);
     auto reply = m_parts.driver.Request(request);
-    if (room != 0)
-        m_parts.router.RouteSoon(room,
-                                 reply && reply->GetName() == "queueid" ? kv::ToULong(reply->GetText()) : 0);
+    if (target.roomId != 0) {
+        const bool named = reply && reply->GetName() == "queueid";
+        m_parts.router.RouteSoon(target.roomId, named ? kv::ToULong(reply->GetText()) : 0, target.input);
+    }
     m_parts.state.SaveSoon();
     return reply;
+}
+
+Commands::Target Commands::Prepare(const ICmdMessage& command) {
+    Target target;
+    if (!IsMediaCommand(command.GetName()))
+        return target;
+    target.roomId = RequireRoom(command);
+    const LineInput* input = command.GetName() == "ADD_ALBUM_MP3"
+                                 ? m_parts.library.FindInput(command.GetNumber("MEDIA_ID"))
+                                 : nullptr;
+    if (input) {
+        target.input = *input;
+        // In the queue that the room hears, the input would wait for the song to end.
+        if (m_parts.rooms.Find(target.roomId)->IsRouted())
+            m_parts.router.Deselect(target.roomId);
+    }
+    return target;
 }
 
 void Commands::RequireReady() const {

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "app/Library.h"
 #include "bindings/ServerBindings.h"
 #include "host/DriverHost.h"
 #include "persistence/StateKeeper.h"
@@ -21,6 +22,7 @@ public:
         const ServerBindings& bindings;
         RoomRouter& router;
         const RoomTable& rooms;
+        const Library& library;
         StateKeeper& state;
     };
 
@@ -33,6 +35,13 @@ public:
     kv::auto_com<KVXML::INode> Request(const ICmdMessage& request);
 
 private:
+    // The room that a media command is for, 0 for any other command, and the line input that it plays there.
+    struct Target {
+        std::uint32_t roomId = 0;
+        std::optional<LineInput> input;
+    };
+
+    Target Prepare(const ICmdMessage& command);
     void RequireReady() const;
     std::uint32_t RequireRoom(const ICmdMessage& command) const;
 

@@ -14,20 +14,21 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
       m_timers(loop),
       m_driver(log),
       m_rooms(config.rooms),
+      m_sources(m_rooms, log),
       m_variables(m_events),
       m_devices(m_rooms, m_events, log),
-      m_library(loop, config.stateFolder, config.musicFolders, m_events, log),
-      m_helper(m_rooms, m_library.StorageDevices()),
+      m_library(loop, config, m_events, log),
+      m_helper(m_sources, m_library.StorageDevices()),
       m_host({m_variables, m_timers, m_devices, m_helper, m_driver, m_events, log, &m_library.Database()}),
       m_bindings({loop, m_driver, m_system, m_events, log}, config.servers),
       m_router({loop, m_driver, m_rooms, m_events, log, [this] { return m_bindings.WhyNotReady(); },
                 [this] { return m_bindings.ActiveBinding(); }}),
-      m_stateFile(config.stateFolder + "/driver-state.xml", log),
       m_announcements({loop, m_driver, m_rooms, m_timers, m_events, log,
                        [this] { return m_bindings.WhyNotReady(); },
                        [this] { return m_bindings.ActiveBinding(); }}),
+      m_stateFile(config.stateFolder + "/driver-state.xml", log),
       m_state(loop, m_driver, m_stateFile),
-      m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_state}),
+      m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_library, m_state}),
       m_rhapsody(loop, log, config.catalogAddress),
       m_stringX(CreateStandardStringX()),
       m_message(CreateStandardKVMessage()) {
@@ -59,8 +60,8 @@ void Core::OfferServices() {
     m_instances.Offer<IDeviceMessaging>(m_devices);
     m_instances.Offer<IUINotifier>(m_devices);
     m_instances.Offer<IRoomService>(m_devices);
-    m_instances.Offer<IBindMessageSender>(m_bindings);
     m_instances.Offer<IAnnouncementNotifier>(m_announcements);
+    m_instances.Offer<IBindMessageSender>(m_bindings);
     m_instances.Offer<IVariableService>(m_variables);
     m_instances.Offer<KVRhapsodyClient::IRhapsodyClientFactory>(m_rhapsody);
     m_instances.Offer<IMediaManager>(m_library.Database());

@@ -59,6 +59,7 @@ private:
     TimerService m_timers;
     DriverPort m_driver;
     RoomTable m_rooms;
+    AnalogSources m_sources;
     VariableStore m_variables;
     DeviceMessaging m_devices;
     Library m_library;
@@ -66,8 +67,8 @@ private:
     DriverHost m_host;
     ServerBindings m_bindings;
     RoomRouter m_router;
-    StateFile m_stateFile;
     Announcements m_announcements;
+    StateFile m_stateFile;
     StateKeeper m_state;
     Commands m_commands;
     RhapsodyService m_rhapsody;

@@ -1,5 +1,6 @@
 #include "app/Library.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "host/Ids.h"
@@ -33,21 +34,39 @@ std::string DatabasePath(const std::string& stateFolder) {
 
 } // namespace
 
-Library::Library(asio::io_context& loop, const std::string& stateFolder,
-                 const std::vector<std::string>& musicFolders, EventBus& events, const Log& log)
+Library::Library(asio::io_context& loop, const Config& config, EventBus& events, const Log& log)
     : m_poster(loop),
       m_events(events),
       m_log(log),
-      m_database(DatabasePath(stateFolder)),
-      m_scanner(DatabasePath(stateFolder), [this](const media::ScanProgress& progress) {
+      m_database(DatabasePath(config.stateFolder)),
+      m_scanner(DatabasePath(config.stateFolder), [this](const media::ScanProgress& progress) {
           // The scanner's thread: the loop takes it from here.
           m_poster.Post([this, progress] { OnProgress(progress); });
       }) {
-    for (const std::string& folder : musicFolders) {
+    for (const std::string& folder : config.musicFolders) {
         const std::uint32_t device = kFirstStorageDevice + static_cast<std::uint32_t>(m_folders.size());
         m_folders.push_back({folder, device});
         m_devices.push_back(device);
     }
+    SetUp(config);
+}
+
+// The configuration alone says which stations and line inputs there are.
+void Library::SetUp(const Config& config) {
+    std::vector<media::StationRecord> stations;
+    for (const StationConfig& station : config.stations)
+        stations.push_back({0, station.url, station.name, station.genre, station.image});
+    m_database.SetStations(stations);
+    for (const std::uint32_t albumId : m_database.SetInputs(config.inputs)) {
+        const std::size_t index = m_inputs.size();
+        m_inputs.push_back(
+            {albumId, kFirstInputDevice + static_cast<std::uint32_t>(index), config.inputs[index]});
+    }
+}
+
+const LineInput* Library::FindInput(std::uint32_t albumId) const {
+    const auto found = std::ranges::find(m_inputs, albumId, &LineInput::albumId);
+    return found == m_inputs.end() ? nullptr : &*found;
 }
 
 bool Library::StartScan() {

@@ -5,11 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "config/Config.h"
 #include "host/EventBus.h"
 #include "host/Log.h"
 #include "media/MediaDatabase.h"
 #include "media/MediaScanner.h"
 #include "net/Poster.h"
+#include "rooms/LineInput.h"
 
 namespace korvel::controller {
 
@@ -19,12 +21,15 @@ namespace korvel::controller {
 class Library {
 public:
     // Opens the database in the state folder; throws std::runtime_error when that fails.
-    Library(asio::io_context& loop, const std::string& stateFolder,
-            const std::vector<std::string>& musicFolders, EventBus& events, const Log& log);
+    Library(asio::io_context& loop, const Config& config, EventBus& events, const Log& log);
 
     media::MediaDatabase& Database() { return m_database; }
     // The storage devices of the music folders.
     const std::vector<std::uint32_t>& StorageDevices() const { return m_devices; }
+
+    const std::vector<LineInput>& Inputs() const { return m_inputs; }
+    // Null for an album that is none.
+    const LineInput* FindInput(std::uint32_t albumId) const;
 
     // False when a scan is running already.
     bool StartScan();
@@ -34,6 +39,7 @@ public:
     nlohmann::json ScanStatus() const;
 
 private:
+    void SetUp(const Config& config);
     void OnProgress(const media::ScanProgress& progress);
 
     Poster m_poster;
@@ -42,6 +48,7 @@ private:
     std::vector<media::ScanFolder> m_folders;
     std::vector<std::uint32_t> m_devices;
     media::MediaDatabase m_database;
+    std::vector<LineInput> m_inputs;
     media::ScanProgress m_progress;
     bool m_scanned = false;
     media::MediaScanner m_scanner; // last: its thread ends before the rest goes

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
@@ -104,6 +105,62 @@ void ReadServers(TomlTable& top, const std::string& source, Config& config) {
         top.Fail("server", "has more than " + std::to_string(kMaxServers) + " entries");
 }
 
+// A name that people choose by; `names` are those that are taken.
+std::string ReadName(TomlTable& table, const std::string& what, std::set<std::string>& names) {
+    std::string name;
+    if (!table.Has("name"))
+        table.Fail("name", "is missing");
+    table.Text("name", name);
+    if (name.empty() || name.size() > kMaxNameLength || IsNumber(name))
+        table.Fail("name",
+                   "must have 1 to " + std::to_string(kMaxNameLength) + " bytes, not all of them digits");
+    if (!names.insert(LowerCase(name)).second)
+        table.Fail("name", "is the name of another " + what);
+    return name;
+}
+
+// What follows it goes into a line of the audio server as it stands.
+bool IsWebAddress(const std::string& url) {
+    const bool plain =
+        std::ranges::none_of(url, [](unsigned char c) { return c <= 32 || c == 127 || c == '"'; });
+    return plain && url.size() <= kMaxUrlLength &&
+           (url.rfind("http://", 0) == 0 || url.rfind("https://", 0) == 0);
+}
+
+void ReadStations(TomlTable& top, const std::string& source, Config& config) {
+    std::set<std::string> names;
+    for (const toml::table* entry : top.Tables("station")) {
+        TomlTable table(*entry, source, "[[station]]");
+        StationConfig station;
+        station.name = ReadName(table, "station", names);
+        table.Text("url", station.url);
+        if (!IsWebAddress(station.url))
+            table.Fail("url", "must be an http or https address");
+        table.Text("genre", station.genre);
+        table.Text("image", station.image);
+        table.RefuseOtherKeys();
+        config.stations.push_back(std::move(station));
+    }
+    if (config.stations.size() > kMaxStations)
+        top.Fail("station", "has more than " + std::to_string(kMaxStations) + " entries");
+}
+
+void ReadInputs(TomlTable& top, const std::string& source, Config& config) {
+    std::set<std::string> names;
+    for (const toml::table* entry : top.Tables("input")) {
+        TomlTable table(*entry, source, "[[input]]");
+        const std::string name = ReadName(table, "input", names);
+        // The audio server takes quotes for a reference to media, and what follows a "=" for the source.
+        if (std::ranges::any_of(name,
+                                [](unsigned char c) { return c < 32 || c == 127 || c == '"' || c == '='; }))
+            table.Fail("name", "holds a character that no input can have");
+        table.RefuseOtherKeys();
+        config.inputs.push_back(name);
+    }
+    if (config.inputs.size() > kMaxInputs)
+        top.Fail("input", "has more than " + std::to_string(kMaxInputs) + " entries");
+}
+
 void ReadHttp(TomlTable& top, const std::string& source, Config& config) {
     const toml::table* entry = top.Table("http");
     if (!entry)
@@ -193,6 +250,8 @@ Config ParseConfig(const std::string& text, const std::string& source, const std
         ReadCatalog(top, source, config);
         ReadRooms(top, source, config);
         ReadServers(top, source, config);
+        ReadStations(top, source, config);
+        ReadInputs(top, source, config);
         top.RefuseOtherKeys();
     } catch (const toml::parse_error& error) {
         throw ConfigError(source + ":" + std::to_string(error.source().begin.line) + ": " +

@@ -14,7 +14,10 @@ inline constexpr std::uint32_t kMaxRoomId = 9999;
 inline constexpr std::uint32_t kMaxChannel = 255;
 inline constexpr std::size_t kMaxServers = 16;
 inline constexpr std::size_t kMaxMusicFolders = 64;
+inline constexpr std::size_t kMaxStations = 500;
+inline constexpr std::size_t kMaxInputs = 100;
 inline constexpr std::size_t kMaxNameLength = 100;
+inline constexpr std::size_t kMaxUrlLength = 2000;
 
 // A room and the endpoint that plays in it.
 struct RoomConfig {
@@ -30,11 +33,21 @@ struct ServerConfig {
     std::uint16_t port = 0;
 };
 
+// An internet radio station.
+struct StationConfig {
+    std::string name; // unique, whatever the case of its letters
+    std::string url;  // http or https
+    std::string genre;
+    std::string image; // address of a picture
+};
+
 enum class LogLevel { Error, Warning, Info, Debug };
 
 struct Config {
     std::vector<RoomConfig> rooms;
     std::vector<ServerConfig> servers;
+    std::vector<StationConfig> stations;
+    std::vector<std::string> inputs;       // line inputs, as the audio server calls them; unique as stations
     std::vector<std::string> musicFolders; // absolute
     std::string stateFolder;
     std::string plugin;

@@ -36,9 +36,13 @@ std::string SongLine(const json& song) {
            ")";
 }
 
-std::string MediaLine(const json& room) {
+std::string MediaLine(const json& room, const json& inputs) {
     if (!room.at("routed").get<bool>())
         return "off";
+    for (const json& input : inputs) {
+        if (input.at("device") == room.at("source"))
+            return "queue " + room.at("queue").dump() + ", " + Text(input, "name");
+    }
     const json& media = room.at("media");
     if (!media.is_object() || (Text(media, "title").empty() && Text(media, "channel").empty()))
         return "queue " + room.at("queue").dump() + ", nothing playing";
@@ -53,8 +57,9 @@ std::string MediaLine(const json& room) {
 } // namespace
 
 void Actions::Rooms() {
+    const json inputs = m_client.Get("/api/library/inputs").at("items");
     for (const json& room : m_client.Get("/api/rooms"))
-        m_out << Id(room) << "  " << Text(room, "name") << ": " << MediaLine(room) << "\n";
+        m_out << Id(room) << "  " << Text(room, "name") << ": " << MediaLine(room, inputs) << "\n";
 }
 
 void Actions::Status() {
@@ -131,6 +136,42 @@ void Actions::Play(const std::string& room, const std::vector<std::string>& song
     m_out << ids.size() << (ids.size() == 1 ? " song" : " songs") << (add ? " added\n" : " playing\n");
 }
 
+std::string Actions::ListedId(const std::string& list, const std::string& what, const std::string& wanted) {
+    std::size_t seen = 0;
+    for (;;) {
+        const json page = m_client.Get("/api/library/" + list + "?offset=" + std::to_string(seen));
+        for (const json& item : page.at("items")) {
+            const std::string name = Text(item, item.contains("name") ? "name" : "title");
+            if (Id(item) == wanted || EqualIgnoringCase(name, wanted))
+                return Id(item);
+        }
+        seen += page.at("items").size();
+        if (page.at("items").empty() || seen >= page.at("total").get<std::size_t>())
+            throw Failure("there is no " + what + " '" + wanted + "'");
+    }
+}
+
+void Actions::PlayListed(const std::string& command, json parameters) {
+    if (Run(command, parameters).empty())
+        throw Failure("the controller did not take it");
+}
+
+void Actions::PlayStation(const std::string& room, const std::string& station) {
+    PlayListed("ADD_IR_STREAM",
+               {{"ROOM_ID", RoomId(room)}, {"MEDIA_ID", ListedId("stations", "station", station)}});
+}
+
+void Actions::PlayInput(const std::string& room, const std::string& input) {
+    PlayListed("ADD_ALBUM_MP3",
+               {{"ROOM_ID", RoomId(room)}, {"MEDIA_ID", ListedId("inputs", "input", input)}});
+}
+
+void Actions::PlayPlaylist(const std::string& room, const std::string& playlist) {
+    PlayListed("ADD_PLAYLIST", {{"ROOM_ID", RoomId(room)},
+                                {"MEDIA_ID", ListedId("playlists", "playlist", playlist)},
+                                {"CLEAR", "1"}});
+}
+
 void Actions::Transport(const std::string& command, const std::string& room) {
     Run(command, {{"ROOM_ID", RoomId(room)}});
 }
@@ -142,6 +183,14 @@ void Actions::Join(const std::string& room, const std::vector<std::string>& othe
         list += (list.empty() ? "" : ",") + RoomId(other);
     if (Run("ADD_ROOMS_TO_SESSION", {{"ROOM_ID", roomId}, {"ROOM_ID_LIST", list}}).empty())
         throw Failure("room '" + room + "' plays nothing that others could join");
+}
+
+void Actions::Announce(const std::string& file, const std::vector<std::string>& rooms) {
+    json ids = json::array();
+    for (const std::string& room : rooms)
+        ids.push_back(json::parse(RoomId(room)));
+    m_client.Post("/api/announce",
+                  {{"rooms", ids}, {"file", std::filesystem::absolute(file).lexically_normal().string()}});
 }
 
 nlohmann::json Actions::Resolve(const std::vector<std::string>& words) {
@@ -185,13 +234,5 @@ std::string SongListXml(const std::vector<std::string>& songIds) {
         XmlHelper::AddChild(*media, "MEDIA_ID", id);
     return media->ToText();
 }
-void Actions::Announce(const std::string& file, const std::vector<std::string>& rooms) {
-    json ids = json::array();
-    for (const std::string& room : rooms)
-        ids.push_back(json::parse(RoomId(room)));
-    m_client.Post("/api/announce",
-                  {{"rooms", ids}, {"file", std::filesystem::absolute(file).lexically_normal().string()}});
-}
-
 
 } // namespace korvel::ctl

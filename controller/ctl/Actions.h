@@ -19,19 +19,27 @@ public:
     void Search(const std::string& text);
     // Replaces what the room's queue holds and plays, or with `add` puts the songs at its end.
     void Play(const std::string& room, const std::vector<std::string>& songs, bool add);
+    // Replace what the room hears by a station, a line input or a saved playlist, each named by its id or
+    // name.
+    void PlayStation(const std::string& room, const std::string& station);
+    void PlayInput(const std::string& room, const std::string& input);
+    void PlayPlaylist(const std::string& room, const std::string& playlist);
     // A command that takes nothing but the room.
     void Transport(const std::string& command, const std::string& room);
     // The others hear what the room hears.
     void Join(const std::string& room, const std::vector<std::string>& others);
+    // Plays the file once in the rooms, over whatever they hear.
+    void Announce(const std::string& file, const std::vector<std::string>& rooms);
     void Command(const std::string& name, const std::vector<std::string>& parameters);
     void Request(const std::string& name, const std::vector<std::string>& parameters);
     void Watch();
 
 private:
-    // Plays the file once in the rooms, over whatever they hear.
-    void Announce(const std::string& file, const std::vector<std::string>& rooms);
     std::string RoomId(const std::string& room);
     std::string SongId(const std::string& song);
+    // The id of what the library lists under `list` with this id or name.
+    std::string ListedId(const std::string& list, const std::string& what, const std::string& wanted);
+    void PlayListed(const std::string& command, nlohmann::json parameters);
     // The parameters with rooms that are named by name.
     nlohmann::json Resolve(const std::vector<std::string>& words);
     std::string Run(const std::string& name, const nlohmann::json& parameters);

@@ -34,6 +34,15 @@ void AddRoomAction(CLI::App& app, Action& chosen, Words& words, const std::strin
         ->required();
 }
 
+void AddChoice(CLI::App& app, Action& chosen, Words& words, const std::string& name, const std::string& help,
+               void (Actions::*play)(const std::string&, const std::string&)) {
+    CLI::App* command = AddAction(app, chosen, name, help, [&words, play](Actions& actions) {
+        (actions.*play)(words.room, words.name);
+    });
+    command->add_option("room", words.room, "id or name")->required();
+    command->add_option(name, words.name, "id or name")->required();
+}
+
 void AddActions(CLI::App& app, Action& chosen, Words& words) {
     AddAction(app, chosen, "rooms", "the rooms and what they hear",
               [](Actions& actions) { actions.Rooms(); });
@@ -49,6 +58,9 @@ void AddActions(CLI::App& app, Action& chosen, Words& words) {
     play->add_option("room", words.room, "id or name")->required();
     play->add_option("song", words.list, "ids or titles")->required();
     play->add_flag("--add", words.add, "put them at the end of the room's queue instead of replacing it");
+    AddChoice(app, chosen, words, "radio", "play a station in a room", &Actions::PlayStation);
+    AddChoice(app, chosen, words, "input", "play a line input in a room", &Actions::PlayInput);
+    AddChoice(app, chosen, words, "playlist", "play a saved playlist in a room", &Actions::PlayPlaylist);
     AddRoomAction(app, chosen, words, "pause", "pause a room's queue", "PAUSE");
     AddRoomAction(app, chosen, words, "resume", "go on after a pause or stop", "PLAY");
     AddRoomAction(app, chosen, words, "stop", "stop a room's queue", "STOP");
@@ -59,6 +71,10 @@ void AddActions(CLI::App& app, Action& chosen, Words& words) {
                                [&words](Actions& actions) { actions.Join(words.room, words.list); });
     join->add_option("room", words.room, "id or name")->required();
     join->add_option("other", words.list, "ids or names of the rooms that join it")->required();
+    CLI::App* announce = AddAction(app, chosen, "announce", "play a file once, over whatever the rooms hear",
+                                   [&words](Actions& actions) { actions.Announce(words.name, words.list); });
+    announce->add_option("file", words.name, "of this machine")->required();
+    announce->add_option("room", words.list, "ids or names")->required();
     CLI::App* command = AddAction(app, chosen, "command", "any command of the driver",
                                   [&words](Actions& actions) { actions.Command(words.name, words.list); });
     command->add_option("name", words.name, "such as SHUFFLE")->required();
@@ -71,10 +87,6 @@ void AddActions(CLI::App& app, Action& chosen, Words& words) {
               [](Actions& actions) { actions.Watch(); });
 }
 
-    CLI::App* announce = AddAction(app, chosen, "announce", "play a file once, over whatever the rooms hear",
-                                   [&words](Actions& actions) { actions.Announce(words.name, words.list); });
-    announce->add_option("file", words.name, "of this machine")->required();
-    announce->add_option("room", words.list, "ids or names")->required();
 } // namespace
 
 int main(int argc, char** argv) {

@@ -9,9 +9,12 @@ std::uint32_t DriverHelper::GetDeviceId() {
 }
 
 void* DriverHelper::GetDeviceInterface(std::uint32_t deviceId, const std::string& interfaceId) {
-    if (interfaceId != IMp3Storage::kInterfaceId || !m_rooms.Find(deviceId))
-        return nullptr;
-    return static_cast<IMp3Storage*>(&m_storage);
+    IAnalogSource* room = m_sources.Find(deviceId);
+    if (room && interfaceId == IAnalogSource::kInterfaceId)
+        return room;
+    if (room && interfaceId == IMp3Storage::kInterfaceId)
+        return static_cast<IMp3Storage*>(&m_storage);
+    return nullptr;
 }
 
 } // namespace korvel::controller

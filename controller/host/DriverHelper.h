@@ -6,16 +6,16 @@
 
 #include "platform/DriverHelper.h"
 #include "platform/Services.h"
-#include "rooms/RoomTable.h"
+#include "rooms/AnalogSources.h"
 
 namespace korvel::controller {
 
 // Makes messages for the driver and shows it the interfaces of rooms: every room can play what any of the
-// music folders holds.
+// music folders holds, and has a source.
 class DriverHelper final : public IDriverHelperV2 {
 public:
-    DriverHelper(const RoomTable& rooms, std::vector<std::uint32_t> storageDevices)
-        : m_rooms(rooms), m_storage(std::move(storageDevices)) {}
+    DriverHelper(AnalogSources& sources, std::vector<std::uint32_t> storageDevices)
+        : m_sources(sources), m_storage(std::move(storageDevices)) {}
 
     kv::auto_com<ICmdMessage> CreateMessage(const std::string& name) override {
         return kv::CreateCmdMessage(name);
@@ -37,7 +37,7 @@ private:
         std::vector<std::uint32_t> m_devices;
     };
 
-    const RoomTable& m_rooms;
+    AnalogSources& m_sources;
     Storage m_storage;
 };
 

@@ -134,7 +134,7 @@ HttpReply Api::Get(const Target& target) {
         return ErrorReply(404, "there is nothing here");
     }
     if (path.size() >= 2 && path[1] == "library")
-        return BrowseLibrary(m_core.GetLibrary().Database(), target);
+        return BrowseLibrary(m_core.GetLibrary(), target);
     if (path.size() == 2 && path[1] == "variables")
         return JsonReply(m_core.GetVariables().ToJson());
     if (path.size() == 2 && path[1] == "rooms")

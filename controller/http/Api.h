@@ -38,7 +38,7 @@ private:
 };
 
 // GET under /api/library.
-HttpReply BrowseLibrary(media::MediaDatabase& database, const Target& target);
+HttpReply BrowseLibrary(Library& library, const Target& target);
 
 // The file of the page that the path names, from the folder; 404 when there is none.
 HttpReply ServeFile(const std::string& folder, const Target& target);

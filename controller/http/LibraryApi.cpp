@@ -88,6 +88,13 @@ json Albums(MediaDatabase& database, const Target& target, const media::Window& 
     return ToJson(database.ListAlbums(window), window);
 }
 
+json Inputs(const Library& library) {
+    json items = json::array();
+    for (const LineInput& input : library.Inputs())
+        items.push_back({{"id", input.albumId}, {"name", input.name}, {"device", input.deviceId}});
+    return {{"total", items.size()}, {"offset", 0}, {"items", std::move(items)}};
+}
+
 json Search(MediaDatabase& database, const Target& target, const media::Window& window) {
     const std::string text = target.Text("q");
     if (text.empty())
@@ -148,10 +155,13 @@ json One(MediaDatabase& database, const std::string& kind, std::uint32_t id, con
 
 } // namespace
 
-HttpReply BrowseLibrary(MediaDatabase& database, const Target& target) {
+HttpReply BrowseLibrary(Library& library, const Target& target) {
+    MediaDatabase& database = library.Database();
     const auto& path = target.path;
     json found = nullptr;
-    if (path.size() == 3) {
+    if (path.size() == 3 && path[2] == "inputs") {
+        found = Inputs(library);
+    } else if (path.size() == 3) {
         found = List(database, path[2], target);
     } else if (path.size() == 4) {
         if (const auto id = ParseNumber(path[3]))

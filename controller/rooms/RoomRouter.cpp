@@ -44,24 +44,24 @@ void RoomRouter::OnServerLost(std::uint32_t bindingId) {
     }
 }
 
-void RoomRouter::RouteSoon(std::uint32_t roomId, std::uint32_t queueId) {
-    m_poster.Post([this, roomId, queueId] {
+void RoomRouter::RouteSoon(std::uint32_t roomId, std::uint32_t queueId, std::optional<LineInput> input) {
+    m_poster.Post([this, roomId, queueId, input = std::move(input)] {
         const Room* room = m_parts.rooms.Find(roomId);
         const std::uint32_t wanted = queueId != 0 ? queueId : QueueOfRoom(roomId);
         if (room && wanted != 0 && room->queueId != wanted)
-            TrySelect(roomId, wanted);
+            TrySelect(roomId, wanted, input ? &*input : nullptr);
     });
 }
 
-void RoomRouter::TrySelect(std::uint32_t roomId, std::uint32_t queueId) {
+void RoomRouter::TrySelect(std::uint32_t roomId, std::uint32_t queueId, const LineInput* input) {
     try {
-        Select(roomId, queueId);
+        Select(roomId, queueId, input);
     } catch (const Refused& refused) {
         m_parts.log.Warning("room " + std::to_string(roomId) + " not routed: " + refused.what());
     }
 }
 
-void RoomRouter::Select(std::uint32_t roomId, std::uint32_t queueId) {
+void RoomRouter::Select(std::uint32_t roomId, std::uint32_t queueId, const LineInput* input) {
     Room& room = Require(roomId);
     RequireReady();
     const std::uint32_t wanted = queueId != 0 ? queueId : QueueOfRoom(roomId);
@@ -71,12 +71,18 @@ void RoomRouter::Select(std::uint32_t roomId, std::uint32_t queueId) {
     if (wanted == 0)
         throw Refused(Refused::Why::Conflict,
                       room.config.name + " has no queue: add music to it, or join a room");
-    CallSelected(room, wanted);
+    const std::uint32_t sourceBefore = room.sourceDeviceId;
+    room.sourceDeviceId = SourceOf(wanted, input);
+    CallSelected(room, wanted, input);
     // What the room hears now is the driver's decision: an empty queue, say, is not kept.
-    SetQueue(room, QueueOfRoom(roomId));
+    const std::uint32_t queue = QueueOfRoom(roomId);
+    const bool taken = queue == wanted || (input && queue != 0);
+    if (!taken)
+        room.sourceDeviceId = sourceBefore;
+    SetQueue(room, queue);
     if (HearsTogether(room))
         AskWhatPlays(room);
-    if (room.queueId != wanted)
+    if (!taken)
         throw Refused(Refused::Why::Conflict,
                       room.config.name + " was not taken into queue " + std::to_string(wanted));
 }
@@ -95,13 +101,23 @@ void RoomRouter::AskWhatPlays(const Room& room) {
     m_parts.driver.Execute(*command, answer);
 }
 
-void RoomRouter::CallSelected(Room& room, std::uint32_t queueId) {
+// A room that joins others takes the source that they have.
+std::uint32_t RoomRouter::SourceOf(std::uint32_t queueId, const LineInput* input) const {
+    if (input)
+        return input->deviceId;
+    const auto found = std::ranges::find(m_parts.rooms.All(), queueId, &Room::queueId);
+    return found == m_parts.rooms.All().end() ? kDriverDeviceId : found->sourceDeviceId;
+}
+
+void RoomRouter::CallSelected(const Room& room, std::uint32_t queueId, const LineInput* input) {
     AVParams params;
     params.roomId = room.config.id;
     params.queueId = queueId;
     params.mediaKind = "QUEUE";
-    params.sourceDeviceId = kDriverDeviceId;
-    m_parts.driver.Select(params, EndpointOf(room));
+    params.sourceDeviceId = room.sourceDeviceId;
+    AVLocationInfo location = EndpointOf(room);
+    location.inputName = input ? input->name : "";
+    m_parts.driver.Select(params, location);
 }
 
 void RoomRouter::Deselect(std::uint32_t roomId) {
@@ -114,6 +130,8 @@ void RoomRouter::TurnOff(std::uint32_t roomId) {
     Room& room = Require(roomId);
     m_parts.driver.RoomOff(roomId);
     SetQueue(room, 0);
+    if (m_roomOff)
+        m_roomOff();
 }
 
 void RoomRouter::Join(std::uint32_t roomId, std::uint32_t other) {
@@ -128,8 +146,6 @@ void RoomRouter::Join(std::uint32_t roomId, std::uint32_t other) {
     // The driver takes the room out of its own queue and then asks it, through a message, to select the other
     // one.
     const auto command = kv::CreateCmdMessage("ADD_ROOMS_TO_SESSION");
-    if (m_roomOff)
-        m_roomOff();
     command->AddParam("ROOM_ID", "INT", std::to_string(other));
     command->AddParam("ROOM_ID_LIST", "STRING", std::to_string(roomId));
     CR_String answer;
@@ -170,8 +186,10 @@ void RoomRouter::SetQueue(Room& room, std::uint32_t queueId) {
     const bool changed = room.queueId != queueId;
     room.queueId = queueId;
     room.bindingId = queueId != 0 ? m_parts.activeBinding() : 0;
-    if (queueId == 0)
+    if (queueId == 0) {
+        room.sourceDeviceId = 0;
         room.mediaInfo.clear();
+    }
     if (changed)
         PublishRoom(room);
 }

@@ -2,12 +2,14 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "host/DriverPort.h"
 #include "host/EventBus.h"
 #include "host/Log.h"
 #include "net/Poster.h"
+#include "rooms/LineInput.h"
 #include "rooms/RoomTable.h"
 
 namespace korvel::controller {
@@ -36,21 +38,21 @@ public:
 
     explicit RoomRouter(const Parts& parts) : m_parts(parts), m_poster(parts.loop) {}
 
-    // A message of the driver to a room, inside the driver's call: what it asks for is done after that call.
-    void OnMessage(Room& room, const ICmdMessage& message);
     // `listener` is called when a room has been switched off.
     void SetRoomOffListener(std::function<void()> listener) { m_roomOff = std::move(listener); }
 
+    // A message of the driver to a room, inside the driver's call: what it asks for is done after that call.
+    void OnMessage(Room& room, const ICmdMessage& message);
     // The queues of that audio server are gone, and with them what its rooms hear.
     void OnServerLost(std::uint32_t bindingId);
     // A media command for the room has run: once the present call is over, the room hears the queue that the
-    // command answered with, or else its queue in the driver.
-    void RouteSoon(std::uint32_t roomId, std::uint32_t queueId);
+    // command answered with, or else its queue in the driver. `input` is the line input that it put there.
+    void RouteSoon(std::uint32_t roomId, std::uint32_t queueId, std::optional<LineInput> input);
 
     // These three call the driver. They throw Refused when there is no such room, when no audio server can
     // play, or (the first) when the room does not hear the queue afterwards. Queue 0 stands for the queue
-    // that the room has.
-    void Select(std::uint32_t roomId, std::uint32_t queueId);
+    // that the room has. A room that selects an input may end in another queue that plays it.
+    void Select(std::uint32_t roomId, std::uint32_t queueId, const LineInput* input = nullptr);
     void Deselect(std::uint32_t roomId);
     void TurnOff(std::uint32_t roomId);
     // Adds the room to what `other` hears.
@@ -64,16 +66,17 @@ private:
     std::uint32_t AskForQueue(const std::string& key, std::uint32_t value);
     Room& Require(std::uint32_t roomId);
     void RequireReady() const;
-    void CallSelected(Room& room, std::uint32_t queueId);
+    std::uint32_t SourceOf(std::uint32_t queueId, const LineInput* input) const;
+    void CallSelected(const Room& room, std::uint32_t queueId, const LineInput* input);
     bool HearsTogether(const Room& room) const;
     void AskWhatPlays(const Room& room);
     void SetQueue(Room& room, std::uint32_t queueId);
-    void TrySelect(std::uint32_t roomId, std::uint32_t queueId);
+    void TrySelect(std::uint32_t roomId, std::uint32_t queueId, const LineInput* input = nullptr);
     void PublishRoom(const Room& room);
 
     Parts m_parts;
     Poster m_poster;
+    std::function<void()> m_roomOff;
 };
 
 } // namespace korvel::controller
-    std::function<void()> m_roomOff;

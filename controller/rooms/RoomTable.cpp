@@ -68,6 +68,7 @@ nlohmann::json ToJson(const Room& room) {
          {{"address", room.config.address}, {"port", room.config.port}, {"channel", room.config.channel}}},
         {"routed", room.IsRouted()},
         {"queue", room.queueId},
+        {"source", room.sourceDeviceId},
         {"media", std::move(media)},
         {"mediaInfo", room.mediaInfo}};
 }

@@ -16,6 +16,8 @@ struct Room {
     RoomConfig config;
     std::uint32_t queueId = 0;   // the queue that the room hears; 0: it is not routed to the driver
     std::uint32_t bindingId = 0; // of the audio server that plays for it, while it is routed
+    std::uint32_t sourceDeviceId =
+        0;                 // the device that it hears through the driver: a line input, or the driver itself
     std::string mediaInfo; // the last description of what plays, as the driver sent it; "" when nothing does
 
     bool IsRouted() const { return queueId != 0; }
@@ -40,7 +42,8 @@ private:
 // Where the room plays, for a selection.
 AVLocationInfo EndpointOf(const Room& room);
 
-// {"id","name","routed","queue","media": {"title": ..., ...} or null, "mediaInfo": xml, "endpoint": ...}
+// {"id","name","routed","queue","source","media": {"title": ..., ...} or null, "mediaInfo": xml, "endpoint":
+// ...}
 nlohmann::json ToJson(const Room& room);
 
 // The children of a "mediainfo" text by name, with the values that travel in base64 (genre and img) decoded.

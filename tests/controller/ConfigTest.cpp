@@ -51,6 +51,13 @@ channel = 2
 [[server]]
 host = "music.local"
 port = 7001
+[[station]]
+name = "Night Jazz"
+url = "https://radio.example/jazz?rate=128"
+genre = "Jazz"
+image = "https://radio.example/jazz.png"
+[[input]]
+name = "Line 1"
 )");
     EXPECT_EQ(config.musicFolders, (std::vector<std::string>{"/media/a", "/media/b/"}));
     EXPECT_EQ(config.stateFolder, "/var/lib/korvel");
@@ -66,6 +73,12 @@ port = 7001
     ASSERT_EQ(config.servers.size(), 1u);
     EXPECT_EQ(config.servers[0].host, "music.local");
     EXPECT_EQ(config.servers[0].port, 7001);
+    ASSERT_EQ(config.stations.size(), 1u);
+    EXPECT_EQ(config.stations[0].name, "Night Jazz");
+    EXPECT_EQ(config.stations[0].url, "https://radio.example/jazz?rate=128");
+    EXPECT_EQ(config.stations[0].genre, "Jazz");
+    EXPECT_EQ(config.stations[0].image, "https://radio.example/jazz.png");
+    EXPECT_EQ(config.inputs, (std::vector<std::string>{"Line 1"}));
 }
 
 TEST(Config, ARoomNeedsOnlyItsId) {
@@ -115,6 +128,20 @@ INSTANTIATE_TEST_SUITE_P(
         BadConfig{"[[room]]\nid = 1\naddress = \"kitchen\"",
                   "house.toml:3: 'address' in [[room]] must be an IPv4 address"},
         BadConfig{"[[room]]\nid = 1\nport = 0", "house.toml:3: 'port' in [[room]] must be from 1 to 65535"},
+        BadConfig{"[[station]]\nurl = \"http://a\"", "house.toml:1: 'name' in [[station]] is missing"},
+        BadConfig{"[[station]]\nname = \"A\"",
+                  "house.toml:1: 'url' in [[station]] must be an http or https address"},
+        BadConfig{"[[station]]\nname = \"A\"\nurl = \"ftp://a\"",
+                  "house.toml:3: 'url' in [[station]] must be an http or https address"},
+        BadConfig{"[[station]]\nname = \"A\"\nurl = \"http://a b\"",
+                  "house.toml:3: 'url' in [[station]] must be an http or https address"},
+        BadConfig{"[[station]]\nname = \"A\"\nurl = \"http://a\"\n[[station]]\nname = \"a\"",
+                  "house.toml:5: 'name' in [[station]] is the name of another station"},
+        BadConfig{"[[input]]\nname = \"7\"",
+                  "house.toml:2: 'name' in [[input]] must have 1 to 100 bytes, not all of them digits"},
+        BadConfig{"[[input]]\nname = \"a=b\"",
+                  "house.toml:2: 'name' in [[input]] holds a character that no input can have"},
+        BadConfig{"[[input]]\nname = \"A\"\nport = 1", "house.toml:3: 'port' in [[input]] is not a setting"},
         BadConfig{"[[server]]\nport = 70000", "house.toml:2: 'port' in [[server]] must be from 1 to 65535"},
         BadConfig{"[[server]]\nhost = \"\"",
                   "house.toml:2: 'host' in [[server]] must be a host name or an IPv4 address"}));

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <sstream>
-#include <thread>
 
 #include "TestHouse.h"
 #include "ctl/Actions.h"
@@ -65,8 +63,7 @@ protected:
     // Runs the action as another process would, and returns what it printed, or its failure.
     std::string Run(const std::function<void(Actions&)>& action) {
         std::ostringstream out;
-        std::atomic<bool> over = false;
-        std::thread person([&] {
+        EXPECT_TRUE(loop.RunBeside([&] {
             try {
                 Client client("http://127.0.0.1:" + std::to_string(house.GetPort()));
                 Actions actions(client, out);
@@ -74,10 +71,7 @@ protected:
             } catch (const std::exception& error) {
                 out << "failure: " << error.what();
             }
-            over = true;
-        });
-        EXPECT_TRUE(loop.RunUntil([&] { return over.load(); }));
-        person.join();
+        }));
         return out.str();
     }
 

@@ -6,14 +6,7 @@ namespace {
 
 using nlohmann::json;
 
-class HousePersistenceTest : public HouseWithDriver {
-protected:
-    void Restart() {
-        house->Stop();
-        house.reset();
-        StartHouse();
-    }
-};
+class HousePersistenceTest : public HouseWithDriver {};
 
 TEST_F(HousePersistenceTest, SettingsSurviveARestart) {
     house->Command("SET_PLAYLIST_CLEAR_DELAY", {{"DELAY_VALUE", 17}});

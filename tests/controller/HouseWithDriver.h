@@ -10,7 +10,8 @@ namespace korvel::controller {
 class HouseWithDriver : public testing::Test {
 protected:
     void StartHouse() {
-        house = std::make_unique<TestHouse>(loop, KORVEL_DRIVER, std::vector{server.GetPort()}, state);
+        house = std::make_unique<TestHouse>(loop, KORVEL_DRIVER, std::vector{server.GetPort()}, state, "",
+                                            [this](Config& config) { Adjust(config); });
         ASSERT_TRUE(Ready());
         house->GetCore().GetEvents().Add([this](const auto& text) {
             events.push_back(nlohmann::json::parse(*text));
@@ -33,6 +34,12 @@ protected:
         house->GetCore().GetLibrary().Database().PutAlbum(album);
     }
     void SetUp() override { StartHouse(); }
+    virtual void Adjust(Config&) {}
+    void Restart() {
+        house->Stop();
+        house.reset();
+        StartHouse();
+    }
 
     bool Ready() {
         return loop.RunUntil([&] { return house->GetCore().GetBindings().WhyNotReady().empty(); });
@@ -43,13 +50,6 @@ protected:
     bool NotRouted(std::uint32_t room) {
         return loop.RunUntil([&] { return !house->GetCore().GetRooms().Find(room)->IsRouted(); });
     }
-    RawReply Add(std::uint32_t room, std::uint32_t song = kFirstSong) {
-        return house->Command("ADD_SONG", {{"ROOM_ID", room}, {"MEDIA_ID", song}});
-    }
-    std::uint32_t QueueOf(std::uint32_t room) { return house->GetCore().GetRooms().Find(room)->queueId; }
-    // Adds a song in room 1 and waits until it plays.
-    void PlayInRoom1() {
-        ASSERT_EQ(Add(1).status, 200);
     // True when an event came that has all these members.
     bool Told(const nlohmann::json& members) {
         return loop.RunUntil([&] {
@@ -61,11 +61,19 @@ protected:
         });
     }
     std::string Variable(std::uint32_t id) { return house->GetCore().GetVariables().All().at(id).value; }
+    RawReply Add(std::uint32_t room, std::uint32_t song = kFirstSong) {
+        return house->Command("ADD_SONG", {{"ROOM_ID", room}, {"MEDIA_ID", song}});
+    }
+    std::uint32_t QueueOf(std::uint32_t room) { return house->GetCore().GetRooms().Find(room)->queueId; }
+    // Adds a song in room 1 and waits until it plays.
+    void PlayInRoom1() {
+        ASSERT_EQ(Add(1).status, 200);
         ASSERT_TRUE(Hears("addmed 1 \"file://music/0.flac\""));
     }
 
     static constexpr std::uint32_t kFirstSong = 1050;
 
+    std::vector<nlohmann::json> events;
     std::string lastUi; // the last item for user interfaces
     ScratchFolder state;
     TestLoop loop;
@@ -73,5 +81,4 @@ protected:
     std::unique_ptr<TestHouse> house;
 };
 
-    std::vector<nlohmann::json> events;
 } // namespace korvel::controller

@@ -29,6 +29,7 @@ TEST(RoomTable, ShowsARoomThatHearsNothing) {
     EXPECT_EQ(room["name"], "Bath");
     EXPECT_EQ(room["routed"], false);
     EXPECT_EQ(room["queue"], 0);
+    EXPECT_EQ(room["source"], 0);
     EXPECT_TRUE(room["media"].is_null());
     EXPECT_EQ(room["endpoint"]["port"], 6200);
     EXPECT_EQ(rooms.Find(4), nullptr);

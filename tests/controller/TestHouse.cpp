@@ -1,9 +1,11 @@
 #include "TestHouse.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <thread>
 // The order matters: Asio.h comes first, through TestHouse.h.
 #include <boost/asio/read.hpp>
 #include <boost/asio/read_until.hpp>
@@ -48,6 +50,17 @@ bool TestLoop::RunUntil(const std::function<bool()>& condition) {
         loop.run_one_for(std::chrono::milliseconds(20));
     }
     return true;
+}
+
+bool TestLoop::RunBeside(const std::function<void()>& body) {
+    std::atomic<bool> over = false;
+    std::thread other([&] {
+        body();
+        over = true;
+    });
+    const bool inTime = RunUntil([&] { return over.load(); });
+    other.join();
+    return inTime;
 }
 
 void TestLoop::RunReady() {
@@ -148,7 +161,8 @@ void ScriptedServer::Restart() {
 }
 
 TestHouse::TestHouse(TestLoop& loop, const std::string& plugin, const std::vector<std::uint16_t>& serverPorts,
-                     const ScratchFolder& state, const std::string& web)
+                     const ScratchFolder& state, const std::string& web,
+                     const std::function<void(Config&)>& adjust)
     : m_loop(loop) {
     Config config;
     config.rooms = {{1, "Living room", "127.0.0.1", 6200, 1}, {2, "Kitchen", "127.0.0.1", 6202, 1}};
@@ -156,6 +170,8 @@ TestHouse::TestHouse(TestLoop& loop, const std::string& plugin, const std::vecto
         config.servers.push_back({"127.0.0.1", port});
     config.stateFolder = state.Path();
     config.plugin = plugin;
+    if (adjust)
+        adjust(config);
     m_core = std::make_unique<Core>(loop.loop, config, m_log);
     m_api = std::make_unique<Api>(loop.loop, *m_core, web);
     m_http = std::make_unique<HttpServer>(loop.loop, *m_api, "127.0.0.1", std::uint16_t{0}, m_log);

@@ -38,6 +38,8 @@ public:
 
     // Runs handlers until `condition` holds; false when that takes too long.
     bool RunUntil(const std::function<bool()>& condition);
+    // Runs `body` on a thread of its own and handlers meanwhile; false when that takes too long.
+    bool RunBeside(const std::function<void()>& body);
     // Runs what is due now.
     void RunReady();
 };
@@ -93,9 +95,10 @@ struct RawReply {
 // A core with its HTTP server, on a scratch folder and a free port.
 class TestHouse {
 public:
-    // `plugin` is a file; the rooms are 1 "Living room" and 2 "Kitchen".
+    // `plugin` is a file; the rooms are 1 "Living room" and 2 "Kitchen". `adjust` may change that.
     TestHouse(TestLoop& loop, const std::string& plugin, const std::vector<std::uint16_t>& serverPorts,
-              const ScratchFolder& state, const std::string& web = "");
+              const ScratchFolder& state, const std::string& web = "",
+              const std::function<void(Config&)>& adjust = {});
 
     Core& GetCore() { return *m_core; }
     std::uint16_t GetPort() const { return m_http->GetPort(); }
