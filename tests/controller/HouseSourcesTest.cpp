@@ -16,6 +16,7 @@ protected:
         config.stations = {{"Night Jazz", "http://radio.example/jazz", "Jazz", ""},
                            {"News", "http://radio.example/news", "", ""}};
         config.inputs = inputs;
+        config.rooms.push_back({3, "Bath", "127.0.0.1", 6204, 1});
     }
 
     std::uint32_t IdOf(const std::string& list, const std::string& name) {
@@ -85,12 +86,15 @@ TEST_F(HouseSourcesTest, RoomsThatPlayOneInputHearOneQueue) {
     EXPECT_EQ(SourceOf(2), kTurntable);
 }
 
-TEST_F(HouseSourcesTest, ARoomThatJoinsTakesTheSourceOfTheOthers) {
+TEST_F(HouseSourcesTest, RoomsThatJoinTakeTheSourceOfTheOthers) {
     PlayInput(1, "Turntable");
     ASSERT_TRUE(Hears("addmed 1 Turntable"));
     house->Post("/api/rooms/2/select", R"({"join":1})");
+    house->Post("/api/rooms/3/select", R"({"join":1})");
     EXPECT_EQ(QueueOf(2), QueueOf(1));
+    EXPECT_EQ(QueueOf(3), QueueOf(1));
     EXPECT_EQ(SourceOf(2), kTurntable);
+    EXPECT_EQ(SourceOf(3), kTurntable);
     house->Post("/api/rooms/2/deselect", "");
     EXPECT_EQ(SourceOf(2), 0u);
     EXPECT_EQ(SourceOf(1), kTurntable);
