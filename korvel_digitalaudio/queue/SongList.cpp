@@ -98,8 +98,11 @@ bool AudioQueue::ReplaceSongList(const std::vector<AudioMedia>& items) {
     m_nextIndex = NO_SONG_INDEX;
     m_shuffled.clear();
     m_songs.Change() = replacement;
-    if (m_shuffle && !replacement.empty())
-        ShuffleQueue(replacement[std::min(RandomPick(replacement.size()), replacement.size() - 1)]);
+    if (m_shuffle) { // a number is drawn for an empty list, too
+        const std::size_t pick = RandomPick(replacement.size());
+        if (!replacement.empty())
+            ShuffleQueue(replacement[std::min(pick, replacement.size() - 1)]);
+    }
     UpdateInfoVariable();
     return !found || (m_state != PAUSE && m_state != PLAY);
 }

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Album 8: one song without a text as its id, one without an id, then song 2.
+// Album 8: song 3, one song without a text as its id, one without an id, then song 2.
 class OddAlbums final : public HookedMedia {
 public:
     using HookedMedia::HookedMedia;
@@ -14,6 +14,7 @@ public:
         if (albumId != 8)
             return nullptr;
         auto album = KVXML::CreateXmlNode("album");
+        XmlHelper::toXml("3", *XmlHelper::AddChild(*album, "song"), "id");
         XmlHelper::toXml("", *XmlHelper::AddChild(*album, "song"), "id");
         XmlHelper::AddChild(*album, "song");
         XmlHelper::toXml("2", *XmlHelper::AddChild(*album, "song"), "id");
@@ -31,11 +32,11 @@ TEST(CommandsAlbum, SongsWithoutAnIdAreLeftOut) {
 
     const auto out = core.Run("command ADD_ALBUM_MP3 ROOM_ID=7 MEDIA_ID=8 PLAY_NEXT=1");
     EXPECT_TRUE(Has(out,
-                    "< set 1007 <info><id>10000</id><name>7</name><songs><song id=\"2\" source=\"1\"></song>"
-                    "</songs></info>"));
+                    "< set 1007 <info><id>10000</id><name>7</name><songs><song id=\"3\" source=\"1\"></song>"
+                    "<song id=\"2\" source=\"1\"></song></songs></info>"));
     EXPECT_TRUE(Has(out,
                     "< set 1006 <queues><queue><id>10000</id><name></name><state>Stop</state>"
-                    "<song id=\"0\" source=\"0\"></song><next id=\"2\" source=\"1\"></next>"
+                    "<song id=\"0\" source=\"0\"></song><next id=\"3\" source=\"1\"></next>"
                     "<index>4095</index><rooms><id>7</id></rooms></queue></queues>"));
     core.Run("stop");
     core.Instances().Offer<IDriverHost>(inner);

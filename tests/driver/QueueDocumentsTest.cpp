@@ -1,5 +1,6 @@
 // The documents that a queue describes itself in.
 #include "QueueFixture.h"
+#include "status/RoomHistories.h"
 
 namespace {
 
@@ -33,6 +34,16 @@ TEST_F(QueueDocuments, EmptyQueueHasEmptyDocuments) {
                                  "<next id=\"0\" source=\"0\"></next><index>4095</index>"));
     EXPECT_EQ(Status132(), StatusOf("<state>Stop</state><item>0</item><index>4095</index>"));
     EXPECT_EQ(queue->GetSessionData()->ToText(), "<rooms></rooms>");
+}
+
+TEST_F(QueueDocuments, HistoriesArePassedOn) {
+    RoomHistories histories;
+    histories.AddPlaylistToHistory(5, 1, "One");
+    const auto root = KVXML::CreateXmlNode("r");
+    queue->toxmlHistory(&histories, *root);
+    EXPECT_EQ(root->ToText(),
+              "<r><history room=\"5\"><playlists><playlist id=\"1\" name=\"One\"></playlist></playlists>"
+              "</history></r>");
 }
 
 TEST_F(QueueDocuments, RoomsStandInOrder) {

@@ -233,6 +233,14 @@ TEST_F(QueueNavigation, FirstSongMovesToTheTop) {
     EXPECT_EQ(CurrentIndex(), 0u);
 }
 
+TEST_F(QueueNavigation, GoingToTheFirstSongCountsAsAMove) {
+    Hold(3, 2);
+    queue->SetRepeat(true);
+    Advance(6000);
+    queue->GetFirstSong();
+    EXPECT_EQ(queue->GetPreviousSong(), Song(3)); // back, not to the start of song 1
+}
+
 TEST_F(QueueNavigation, SingleStreamQueueStaysOnItsFirstItem) {
     queue->SetIsInternetRadio(true);
     queue->AddSong(Radio(5), false, false);

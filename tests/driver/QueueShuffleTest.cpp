@@ -79,10 +79,16 @@ TEST_F(QueueShuffle, SettingWhatIsSetChangesNothing) {
     HoldFour(3);
     queue->SetShuffle(false);
     EXPECT_EQ(CurrentIndex(), 2u);
+    Random("1 2 3"); // song 3 at the head
     queue->SetShuffle(true);
     Calls("");
     queue->SetShuffle(true);
     EXPECT_EQ(Calls("Random"), 0);
+    EXPECT_EQ(queue->GetNextSongIndex(), 1u);
+    // Off again, the old order still lies there and moves nothing.
+    queue->SetShuffle(false);
+    queue->SetShuffle(false);
+    EXPECT_EQ(CurrentIndex(), 2u);
 }
 
 TEST_F(QueueShuffle, TurningOffWithNothingCurrentKeepsIt) {
@@ -157,9 +163,11 @@ TEST_F(QueueShuffle, MediaIdIsFoundWhateverTheTypeOfItsItem) {
     queue->ShuffleQueue(std::uint32_t{7});
     EXPECT_EQ(queue->GetNextSongIndex(), 0u);
     EXPECT_EQ(queue->PeekNextSong(), Radio(7));
-    queue->SetNextSong(std::uint32_t{2});
+    queue->SetNextSong(std::uint32_t{3});
+    Random("0 0 0"); // 2 1 7 7, 7 1 2 7, 7 1 2 7: the song is now first, the station last
     queue->ShuffleQueue(std::uint32_t{99});
-    EXPECT_EQ(queue->GetNextSongIndex(), 2u);
+    EXPECT_EQ(queue->PeekNextSong(), Radio(7));
+    EXPECT_EQ(WalkActiveList(), (Ids{7, 1, 2, 7}));
 }
 
 TEST_F(QueueShuffle, ChannelQueueIsShuffledWithoutAPin) {

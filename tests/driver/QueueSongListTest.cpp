@@ -429,9 +429,11 @@ TEST_F(QueueSongList, ReplacingWithNothingShufflesNothing) {
     queue->GetFirstSong();
     Calls("");
     EXPECT_TRUE(queue->ReplaceSongList({}));
-    EXPECT_EQ(Calls("Random"), 0);
+    EXPECT_EQ(Calls("Random"), 1); // the pick, of nothing
     EXPECT_TRUE(queue->IsSongListEmpty());
     EXPECT_EQ(queue->GetNextSong(), AudioMedia());
+    queue->AddSong(Song(2), false, false);
+    EXPECT_EQ(queue->GetNextSongIndex(), kNone); // the old order is forgotten
 }
 
 TEST_F(QueueSongList, ClearingLeavesNothingCurrentOrPinned) {
@@ -476,6 +478,12 @@ TEST_F(QueueSongList, ClearingForgetsTheShuffledOrderToo) {
     queue->SetShuffle(false);
     EXPECT_EQ(CurrentIndex(), kNone);
     EXPECT_TRUE(queue->IsSongListEmpty());
+
+    // A song of the old order is not looked for there.
+    HoldThreeShuffled();
+    queue->ClearSongs();
+    queue->AddSong(Song(2), false, false);
+    EXPECT_EQ(queue->GetNextSongIndex(), kNone);
 }
 
 TEST_F(QueueSongList, PinnedIndexIsNotChecked) {
