@@ -1,6 +1,9 @@
 #include <gst/gst.h>
+#include <malloc.h>
 
 #include <boost/asio/signal_set.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
@@ -14,12 +17,28 @@ namespace {
 
 using namespace korvel::audioserver;
 
+// The threads of a stream leave what they freed with the allocator. What a busy evening took goes back to the
+// system now and then.
+void TrimMemory(boost::asio::steady_timer& timer) {
+    timer.expires_after(std::chrono::seconds(10));
+    timer.async_wait([&timer](const boost::system::error_code& cancelled) {
+        if (cancelled) {
+            return;
+        }
+        malloc_trim(0);
+        TrimMemory(timer);
+    });
+}
+
 void Run(const Options& options) {
     boost::asio::io_context context(1);
     Server server(context, options.address, options.port, options.inputs, options.catalogue);
+    boost::asio::steady_timer trimmer(context);
+    TrimMemory(trimmer);
     boost::asio::signal_set signals(context, SIGINT, SIGTERM);
-    signals.async_wait([&server](const boost::system::error_code& cancelled, int) {
+    signals.async_wait([&](const boost::system::error_code& cancelled, int) {
         if (!cancelled) {
+            trimmer.cancel();
             server.Stop();
         }
     });
