@@ -92,10 +92,13 @@ TEST_F(CatalogHouse, APlaylistFillsTheQueueWithItsTracks) {
 
 TEST_F(CatalogHouse, TheMembersPlaylistsComeToWhoeverAsked) {
     Command("GET_RHAPSODY_MY_PLAYLISTS", {{"deviceid", "2"}});
-    EXPECT_TRUE(
-        Tells(2, "DATA",
-              {"<RhapsodyPlaylists><Playlist><PlaylistId>p</PlaylistId><Name>Name p</Name></Playlist>"
-               "<Playlist><PlaylistId>q</PlaylistId><Name>Name q</Name></Playlist></RhapsodyPlaylists>"}));
+    const json data = {
+        {"type", "data"},
+        {"device", 2},
+        {"xml",
+         "<RhapsodyPlaylists><Playlist><PlaylistId>p</PlaylistId><Name>Name p</Name></Playlist>"
+         "<Playlist><PlaylistId>q</PlaylistId><Name>Name q</Name></Playlist></RhapsodyPlaylists>"}};
+    EXPECT_TRUE(loop.RunUntil([&] { return std::ranges::find(events, data) != events.end(); }));
 }
 
 TEST_F(CatalogHouse, TheDriverGoesOnWithoutACatalogue) {
