@@ -16,8 +16,9 @@ struct Room {
     RoomConfig config;
     std::uint32_t queueId = 0;   // the queue that the room hears; 0: it is not routed to the driver
     std::uint32_t bindingId = 0; // of the audio server that plays for it, while it is routed
-    std::uint32_t sourceDeviceId =
-        0;                 // the device that it hears through the driver: a line input, or the driver itself
+    // The device that it hears through the driver: a line input, or the driver itself; 0 while it is not
+    // routed.
+    std::uint32_t sourceDeviceId = 0;
     std::string mediaInfo; // the last description of what plays, as the driver sent it; "" when nothing does
 
     bool IsRouted() const { return queueId != 0; }

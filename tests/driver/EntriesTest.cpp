@@ -115,19 +115,6 @@ std::int32_t Bound(TestCore& core, std::uint32_t binding, const std::string& typ
                                    kv::BindMessage(type, kv::CreateCmdMessage(name), data, xml), nullptr);
 }
 
-// A saved list is looked for among all that there are.
-TEST(Entries, APlaylistIsLookedForWithoutLimits) {
-    TestCore core;
-    core.Run({"song 1", "start", "online 3000 127.0.0.1", "command ADD_SONG ROOM_ID=7 MEDIA_ID=1"});
-    std::vector<std::string> asked;
-    core.SetHook([&](const ServiceCall& call) {
-        if (call.name == "GetMediaList")
-            asked.push_back(call.ToText());
-    });
-    core.Run("command SAVE_PLAYLIST ROOM_ID=7 NAME=Saved");
-    EXPECT_EQ(asked, Lines{"GetMediaList 100002 PLAYLIST   -1 -1"});
-}
-
 TEST(Entries, ABoundMessageMayCarryDataAndACommand) {
     TestCore core;
     core.Run({"start", "online 3000 127.0.0.1"});
