@@ -38,7 +38,11 @@ void LiveWorld::OnLine(std::uint32_t binding, const std::string& line) {
 
     std::string answer = number;
     if (command == "addstr" || command == "addann") {
-        answer.append(" ").append(command).append(" stream=").append(std::to_string(++engine->second));
+        const std::string created = std::to_string(++engine->second);
+        // As a real server does it: the driver does not take the answer itself for an acknowledgement.
+        if (command == "addann")
+            AnswerLine(binding, "* SYS addann=" + created);
+        answer.append(" ").append(command).append(" stream=").append(created);
     } else {
         answer.append(" OK");
         for (const std::string& word : {command, stream}) {
@@ -46,7 +50,11 @@ void LiveWorld::OnLine(std::uint32_t binding, const std::string& line) {
                 answer.append(" ").append(word);
         }
     }
-    m_answers.push_back(OutputLine("data").Number(binding).Value(answer + "\r\n").GetText());
+    AnswerLine(binding, answer);
+}
+
+void LiveWorld::AnswerLine(std::uint32_t binding, const std::string& text) {
+    m_answers.push_back(OutputLine("data").Number(binding).Value(text + "\r\n").GetText());
 }
 
 std::optional<std::string> LiveWorld::TakeAnswer() {

@@ -12,6 +12,7 @@ TEST(LiveEngine, NumbersStreamsFromOne) {
     live.OnLine(3000, "1 addstr\r\n");
     live.OnLine(3000, "2 addann\r\n");
     EXPECT_EQ(live.TakeAnswer(), R"(data 3000 "1 addstr stream=1\r\n")");
+    EXPECT_EQ(live.TakeAnswer(), R"(data 3000 "* SYS addann=2\r\n")");
     EXPECT_EQ(live.TakeAnswer(), R"(data 3000 "2 addann stream=2\r\n")");
     EXPECT_EQ(live.TakeAnswer(), std::nullopt);
 }

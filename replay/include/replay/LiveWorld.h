@@ -39,6 +39,9 @@ public:
     void DropAnswers() { m_answers.clear(); }
 
 private:
+    // `text` without its end.
+    void AnswerLine(std::uint32_t binding, const std::string& text);
+
     std::map<std::uint32_t, LiveRoom> m_rooms;
     std::map<std::uint32_t, std::uint32_t> m_engines; // the last stream number that each gave
     std::deque<std::string> m_answers;
