@@ -35,7 +35,7 @@ std::string Session::CreateStream(const Request& request) {
     const std::string_view word = CommandWord(request.command);
     if (m_streams.size() >= kMaxStreamsPerConnection) {
         Log(m_name + " has too many streams");
-        return NoLine(request.sequence, word);
+        return AnnouncementEvent(word) + NoLine(request.sequence, word);
     }
     const StreamNumber number = m_context.numbers.Take();
     try {
@@ -47,10 +47,10 @@ std::string Session::CreateStream(const Request& request) {
         Log("no stream: " + std::string(error.what()));
         m_streams.erase(number);
         m_context.numbers.Release(number);
-        return NoLine(request.sequence, word);
+        return AnnouncementEvent(word) + NoLine(request.sequence, word);
     }
     Log("stream " + std::to_string(number) + ": created for " + m_name);
-    return CreatedLine(request.sequence, word, number);
+    return AnnouncementEvent(word, number) + CreatedLine(request.sequence, word, number);
 }
 
 std::string Session::RemoveStream(const Request& request) {

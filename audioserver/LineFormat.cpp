@@ -45,6 +45,11 @@ std::string CreatedLine(std::uint32_t sequence, std::string_view command, Stream
     return line.append(kLineEnd);
 }
 
+std::string AnnouncementEvent(std::string_view command, StreamNumber stream) {
+    return command == kAnnouncement ? EventStart(kSystem, kAnnouncement, stream).append(kLineEnd)
+                                    : std::string();
+}
+
 std::string EndOfMediaLine(StreamNumber stream) {
     return EventStart("addmed", kEndOfMedia, stream).append(kLineEnd);
 }

@@ -19,6 +19,11 @@ std::string NoLine(std::uint32_t sequence, std::string_view command, std::option
 /// "<n> <command> stream=<S>": the answer to "addstr" and "addann".
 std::string CreatedLine(std::uint32_t sequence, std::string_view command, StreamNumber stream);
 
+/// What comes before the answer to this command, in the same write: "* SYS addann=<S>" for "addann", nothing
+/// for any other. A driver does not take the answer to "addann" for an acknowledgement and would keep its
+/// next line back; the event is one.
+std::string AnnouncementEvent(std::string_view command, StreamNumber stream = kNoStream);
+
 /// "* addmed EOM=<S>"
 std::string EndOfMediaLine(StreamNumber stream);
 

@@ -23,6 +23,9 @@ inline constexpr std::string_view kEventMark = "*";
 /// Word before "=<stream>" in the answers to "addstr" and "addann".
 inline constexpr std::string_view kStreamKey = "stream";
 
+/// An announcement's stream. The event "* SYS addann=<S>" comes right before every answer.
+inline constexpr std::string_view kAnnouncement = "addann";
+
 /// Events of a stream's media: "* addmed EOM=<S>", "* addmed BAD=<S> <reason>".
 inline constexpr std::string_view kEndOfMedia = "EOM";
 inline constexpr std::string_view kBadMedia = "BAD";
@@ -71,7 +74,7 @@ struct CommandShape {
 inline constexpr std::array<CommandShape, 10> kCommands{{
     {"reset", Command::kReset, Arguments::kNone},
     {"addstr", Command::kAddStream, Arguments::kNone},
-    {"addann", Command::kAddAnnouncement, Arguments::kNone},
+    {kAnnouncement, Command::kAddAnnouncement, Arguments::kNone},
     {"remstr", Command::kRemoveStream, Arguments::kStream},
     {"addcli", Command::kAddClient, Arguments::kStreamAndClient},
     {"remcli", Command::kRemoveClient, Arguments::kStreamAndClient},
@@ -97,6 +100,8 @@ inline constexpr std::array<PlayStateWord, 3> kPlayStates{{
 using StreamNumber = std::uint32_t;
 
 inline constexpr StreamNumber kFirstStream = 1;
+/// In the event that comes with a refused "addann".
+inline constexpr StreamNumber kNoStream = 0;
 /// Drivers keep this number for "no stream known yet": it is never given out.
 inline constexpr StreamNumber kReservedStream = 4095;
 /// Drivers read the number as a signed 32-bit decimal.

@@ -100,7 +100,8 @@ void Session::HandleLine(std::string_view line) {
     const auto parsed = ParseLine(line);
     if (const auto* refusal = std::get_if<Refusal>(&parsed)) {
         LogRefusal(line);
-        Send(NoLine(refusal->sequence, refusal->command, refusal->stream));
+        Send(AnnouncementEvent(refusal->command) +
+             NoLine(refusal->sequence, refusal->command, refusal->stream));
         return;
     }
     Dispatch(std::get<Request>(parsed));

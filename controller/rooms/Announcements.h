@@ -38,7 +38,7 @@ public:
     };
     // How long the driver may take before an announcement is abandoned.
     struct Patience {
-        // A line that got no answer holds the next one up for five seconds.
+        // A line that gets no answer holds the next one up for five seconds.
         std::chrono::milliseconds stream = std::chrono::seconds(20);
         std::chrono::milliseconds play = std::chrono::minutes(10);
     };

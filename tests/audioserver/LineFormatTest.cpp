@@ -17,6 +17,12 @@ TEST(LineFormat, WritesCreatedStreamsWithoutOk) {
     EXPECT_EQ(CreatedLine(5, "addann", 4294967295U), "5 addann stream=4294967295\r\n");
 }
 
+TEST(LineFormat, OnlyAnAnnouncementsStreamComesWithAnEvent) {
+    EXPECT_EQ(AnnouncementEvent("addann", 3), "* SYS addann=3\r\n");
+    EXPECT_EQ(AnnouncementEvent("addann"), "* SYS addann=0\r\n");
+    EXPECT_EQ(AnnouncementEvent("addstr", 3), "");
+}
+
 TEST(LineFormat, WritesEvents) {
     EXPECT_EQ(EndOfMediaLine(3), "* addmed EOM=3\r\n");
     EXPECT_EQ(BadMediaLine(3, "No such file"), "* addmed BAD=3 No such file\r\n");

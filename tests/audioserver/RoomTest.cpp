@@ -67,6 +67,7 @@ TEST_F(Rooms, TwoControllersOnlyTouchAndHearOfTheirOwnStreams) {
     const auto other = Connect();
     const std::string mine = std::to_string(one->AddStream());
     const std::string theirs = std::to_string(other->AddStream("addann"));
+    EXPECT_EQ(other->NextEvent(), "* SYS addann=" + theirs);
     EXPECT_NE(mine, theirs);
     one->Ask("addcli " + mine + " " + room->Client());
     one->Ask("addmed " + mine + " " + FileMedia(ToneFile("a.wav", {{500, 20}})));

@@ -125,6 +125,8 @@ void ScriptedServer::Answer(Connection&, const std::string& line) {
     std::string command;
     std::string stream;
     words >> number >> command >> stream;
+    if (command == "addann")
+        Send("* SYS addann=" + std::to_string(m_streams + 1) + "\r\n");
     if (command == "addstr" || command == "addann")
         Send(number + " " + command + " stream=" + std::to_string(++m_streams) + "\r\n");
     else
