@@ -67,12 +67,14 @@ void korvel_digitalaudio::SendMemberPlaylists(const std::vector<DataPlaylistLite
     SendDataToDevice(m_playlistsDevice, *root);
 }
 
-// The tracks of the playlist that a song list named replace what the room's queue held.
+// The tracks of the playlist that a song list named replace what the room's queue held; a room that left its
+// queue meanwhile gets a new one.
 void korvel_digitalaudio::FillWithPlaylistTracks(const std::vector<DataTrackInfo>& tracks) {
     AudioQueue* queue = nullptr;
     bool created = false;
     if (AudioServer_CreateQueue(m_pendingRhapsodyRoom, &queue, &created) != 0)
         return;
+    AttachRoom(*queue, m_pendingRhapsodyRoom); // a new queue needs its room to be found by what comes next
     queue->SetIsRhapsodyChannel(false);
     queue->SetIsInternetRadio(false);
     queue->ClearSongs();

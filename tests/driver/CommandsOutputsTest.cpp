@@ -130,8 +130,8 @@ const Row kRows[] = {
     {kRadio, "command UPDATE_SECONDARY_MEDIA_INFO roomId=7 title=x",
      "UPDATE_MEDIA_INFO, QUEUE_MEDIA_INFO_UPDATED, set 1007, set 1005, set 1006, set 1004, set 1009"},
     {kRadio, "rhapsody playlist-tracks Tra.1",
-     "remmed, set 1007, set 1005, QUEUE_DELETED, set 1007, set 1005, rhapsody, UPDATE_MEDIA_INFO, set 1007, "
-     "set 1005, set 1006, set 1004, set 1009"},
+     "event 1, set 1009, remmed, set 1007, set 1005, QUEUE_DELETED, set 1007, set 1005, rhapsody, "
+     "UPDATE_MEDIA_INFO, set 1007, set 1005, set 1006, set 1004, set 1009"},
 };
 
 class CommandsOutputs : public ::testing::TestWithParam<Row> {};
