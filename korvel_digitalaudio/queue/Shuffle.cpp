@@ -47,8 +47,9 @@ void AudioQueue::ShuffleQueue() {
 void AudioQueue::SetShuffle(bool on) {
     if (on && !m_shuffle) {
         ShuffleQueue();
-        if (m_currentIndex != NO_SONG_INDEX)
-            m_currentMedia = ItemAt(m_shuffled, m_currentIndex);
+        // The index of a song that is gone may point past the list.
+        if (m_currentIndex != NO_SONG_INDEX && m_currentIndex < m_shuffled.size())
+            m_currentMedia = m_shuffled[m_currentIndex];
     } else if (!on && m_shuffle && m_currentIndex != NO_SONG_INDEX && m_currentIndex < m_shuffled.size()) {
         // The next index is not translated: a pin keeps its number.
         const auto found = std::find(m_songs->begin(), m_songs->end(), m_shuffled[m_currentIndex]);

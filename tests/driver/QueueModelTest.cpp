@@ -110,8 +110,8 @@ public:
     void SetShuffle(bool on) {
         if (on && !shuffle) {
             ShuffleToCurrent();
-            if (current != kNoIndex)
-                Play(order.at(current));
+            if (current != kNoIndex && current < order.size())
+                Play(order[current]);
         } else if (!on && shuffle && current < order.size()) {
             const auto place = std::find(songs.begin(), songs.end(), order[current]);
             if (place != songs.end())
