@@ -21,13 +21,12 @@ void AudioQueue::RemoveRoomClient(std::uint32_t roomId) {
     if (!ContainsRoom(roomId))
         return;
     // Another room that shares the endpoint keeps playing.
-    const bool shared = IsSameClientInQueue(roomId);
-    const auto removed = m_rooms.Change().extract(roomId);
-    const std::unique_ptr<RoomClient>& client = removed.mapped();
+    const RoomClient& client = *GetRoomClient(roomId);
+    if (!IsSameClientInQueue(roomId) && !client.GetIpAddress().empty())
+        AddPacket(std::make_unique<ASRemoveClientPacket>(client.GetIpAddress(), client.GetIpPort()));
+    m_rooms.Change().erase(roomId);
     if (!m_rooms->empty() && m_owner == roomId)
         m_owner = m_rooms->begin()->first;
-    if (!shared && !client->GetIpAddress().empty())
-        AddPacket(std::make_unique<ASRemoveClientPacket>(client->GetIpAddress(), client->GetIpPort()));
 }
 
 void AudioQueue::AddRoomClientsToStream() {

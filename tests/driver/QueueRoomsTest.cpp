@@ -124,6 +124,24 @@ TEST_F(QueueRooms, OwnershipPassesToTheSmallestRoomLeft) {
     EXPECT_EQ(queue->GetOwner(), 7u);
 }
 
+// The core may look at the queue while the line goes out.
+TEST_F(QueueRooms, RoomLeavesWhenItsEndpointIsRemoved) {
+    queue->AddRoomClient(kOwner, "10.0.0.34", 6200, 1);
+    queue->AddRoomClient(40, "10.0.0.40", 6200, 1);
+    int lines = 0;
+    onCall = [&](const ServiceCall& call) {
+        if (call.name != "SendBindMessage")
+            return;
+        ++lines;
+        EXPECT_EQ(queue->GetRoomIds(), (Rooms{kOwner, 40}));
+        EXPECT_EQ(queue->GetOwner(), kOwner);
+    };
+    queue->RemoveRoomClient(kOwner);
+    EXPECT_EQ(lines, 1);
+    EXPECT_EQ(queue->GetRoomIds(), Rooms{40});
+    EXPECT_EQ(queue->GetOwner(), 40u);
+}
+
 TEST_F(QueueRooms, DevicesOnTheWayAreKept) {
     EXPECT_EQ(queue->GetDevicesInAnalogSource(), Rooms{});
     queue->SetDevicesInAnalogSource({3, 1});
