@@ -52,6 +52,8 @@ void DescribeStation(INode& info, const INode& record, const AudioMedia& media) 
 } // namespace
 
 void AudioQueue::UpdateRoomMediaVariable(const AudioMedia& media, const DataTrackFull* track, bool force) {
+    if (m_closed)
+        return;
     const std::string text = BuildMediaInfo(media, track)->ToText();
     if (const auto message = m_driverHelper.CreateMessage("UPDATE_MEDIA_INFO")) {
         message->AddParam("MEDIA_INFO", "STRING", text);

@@ -166,7 +166,7 @@ bool AudioQueue::PlayChannel() {
 void AudioQueue::EndOfQueue() {
     ChangeQueueState(END);
     for (const std::uint32_t roomId : GetRoomIds()) {
-        if (m_roomService)
+        if (m_roomService && !m_closed)
             m_roomService->QueueEnded(kDriverDeviceId, roomId + kRoomCodeOffset);
     }
     AddPacket(std::make_unique<ASEndOfStreamPacket>());
@@ -190,7 +190,7 @@ bool AudioQueue::ShouldStopPlayback() {
 }
 
 bool AudioQueue::HandleRoomCommand(const std::string& command, const std::string& roomId) const {
-    if (m_notificationDevice == 0 || !m_messaging)
+    if (m_closed || m_notificationDevice == 0 || !m_messaging)
         return false;
     const auto message = m_driverHelper.CreateMessage(command);
     if (!message)

@@ -13,6 +13,8 @@ void AudioQueue::AddSongToStream(const AudioMedia& media) {
     // `media` may be the current one, which changes before the end.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const AudioMedia added = media;
+    if (m_closed)
+        return;
     m_canPause = true;
     auto packet = ASPacket::CreateAddMedia(m_driverHelper, m_instances, added, m_isInternetRadio);
     if (packet) {

@@ -220,6 +220,9 @@ TEST_F(QueueNotifications, TrackWithoutADescriptionIsAskedFor) {
     Described(Track("Tra.1"));
     EXPECT_EQ(rhapsody.asked, Lines{"Tra.1 0"});
     EXPECT_EQ(rhapsody.lastCallback, &callback);
+    queue->Close();
+    queue->UpdateRoomMediaVariable(Track("Tra.2"), nullptr, false);
+    EXPECT_EQ(rhapsody.asked, Lines{"Tra.1 0"});
     queue.reset();
 }
 

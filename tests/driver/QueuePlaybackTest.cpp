@@ -515,4 +515,30 @@ TEST_F(QueuePlayback, ClosedQueueSaysNothingAnyMore) {
     EXPECT_EQ(Out(), Lines{});
 }
 
+// Whoever moved the queue on when it was closed asks nobody for anything on its behalf.
+TEST_F(QueuePlayback, ClosedQueueAsksForNothingAnyMore) {
+    Run("song 2 location=b.flac device=300");
+    Run("reply 300 GET_MOUNT_PATH usb");
+    Run("reply 200 PLAY <r handled=\"true\"/>");
+    HoldOne(Song(2));
+    EXPECT_TRUE(queue->HandleRoomCommand("PLAY", "7"));
+    Out();
+    bool closed = false;
+    onCall = [&](const ServiceCall& call) {
+        if (call.name == "SendMessage" && !std::exchange(closed, true)) // announces that it plays
+            queue->Close();
+    };
+    queue->PlayNextSong(true, false);
+    onCall = nullptr;
+    EXPECT_EQ(Out(), (Lines{"message 200 QUEUE_STATE_CHANGED QUEUE_ID:INT=12 PREV_QUEUE_STATE:STRING=PLAY "
+                            "PREV_QUEUE_STATE_TIME:INT=0 QUEUE_STATE:STRING=STOP",
+                            "message 200 QUEUE_DELETED QUEUE_ID:INT=12 LAST_QUEUE_STATE:STRING=STOP "
+                            "LAST_QUEUE_STATE_TIME:INT=0",
+                            "message 200 QUEUE_STATE_CHANGED QUEUE_ID:INT=12 PREV_QUEUE_STATE:STRING=STOP "
+                            "PREV_QUEUE_STATE_TIME:INT=0 QUEUE_STATE:STRING=PLAY"}));
+    EXPECT_FALSE(queue->HandleRoomCommand("PLAY", "7"));
+    queue->AddSongToStream(Track("Tra.1"));
+    EXPECT_EQ(Out(), Lines{});
+}
+
 } // namespace
