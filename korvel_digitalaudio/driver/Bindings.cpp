@@ -8,10 +8,10 @@ namespace {
 
 constexpr BindingType kAudioBinding = 6;
 constexpr std::uint32_t kClientBindingId = 4000;
-constexpr std::uint32_t kFirstDynamicServer = 3001;
+// The first of each family stands in the driver's static definition.
+constexpr std::uint32_t kFirstServerBinding = 3000;
 constexpr std::uint32_t kFirstMediaBinding = 3501;
-// Ids that a persisted element may claim: the server family ends where the media family begins, and the media
-// family where the client binding stands. More can only come from a damaged element.
+// The server family ends where the media family begins, and the media family where the client binding stands.
 constexpr std::uint32_t kLastServerId = 3500;
 constexpr std::uint32_t kLastMediaId = 3999;
 
@@ -25,22 +25,24 @@ void korvel_digitalaudio::AddMediaBinding(std::uint32_t id) {
     AddDynamicBinding(id, kAudioBinding, false, "Audio Media Storage", "AUDIO_MEDIA_STORAGE", false, true);
 }
 
+// Other ids than those of the family come from a damaged element: an id below it would leave no spare binding
+// for ever, one above it would take the bindings of others.
 void korvel_digitalaudio::RestoreDynamicBindings() {
     AddDynamicBinding(kClientBindingId, kAudioBinding, true, "Digital Audio", "DIGITAL_AUDIO_CLIENT", false,
                       true);
-    m_lastServerBinding = std::min(m_lastServerBinding, kLastServerId);
-    for (std::uint32_t id = kFirstDynamicServer; id <= m_lastServerBinding; ++id)
+    m_lastServerBinding = std::clamp(m_lastServerBinding, kFirstServerBinding, kLastServerId);
+    for (std::uint32_t id = kFirstServerBinding + 1; id <= m_lastServerBinding; ++id)
         AddServerBinding(id);
     m_lastMediaBinding = std::clamp(m_lastMediaBinding, kFirstMediaBinding, kLastMediaId);
     for (std::uint32_t id = kFirstMediaBinding + 1; id <= m_lastMediaBinding; ++id)
         AddMediaBinding(id);
 }
 
-// The families only grow, so that there is always one spare binding of each.
+// The families only grow, up to their last ids, so that there is always one spare binding of each.
 void korvel_digitalaudio::ExtendBindings(std::uint32_t boundId) {
-    if (boundId == m_lastServerBinding)
+    if (boundId == m_lastServerBinding && boundId < kLastServerId)
         AddServerBinding(++m_lastServerBinding);
-    else if (boundId == m_lastMediaBinding)
+    else if (boundId == m_lastMediaBinding && boundId < kLastMediaId)
         AddMediaBinding(++m_lastMediaBinding);
     else
         return;
