@@ -1,59 +1,61 @@
 // Internet radio and the streaming service, whose answers arrive later.
-#include "commands/Parameters.h"
+#include "commands/Adding.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/XmlHelper.h"
 
 namespace {
+
 constexpr int kLogLink = 3;
+
+// The device that added the station hears of what becomes of it; another one that did before is told that the
+// queue is gone.
+void RegisterForNotifications(AudioQueue& queue, std::uint32_t deviceId, const std::string& queueInfo) {
+    if (queue.GetNotificationDevice() != 0 && queue.GetNotificationDevice() != deviceId)
+        queue.ClearNotifications();
+    queue.SetNotificationDevice(deviceId);
+    queue.SetQueueInfo(queueInfo);
 }
 
-void korvel_digitalaudio::OnAddIRSTREAM(const ICmdMessage& message, ICmdReturn* ret) {
-    const std::string room = message.GetParam("ROOM_ID");
-    if (room.empty())
-        return;
-    const std::uint32_t roomId = kv::ToULong(room);
-    AudioQueue* queue = nullptr;
-    bool created = false;
-    if (AudioServer_CreateQueue(roomId, &queue, &created) != 0)
-        return;
-    const std::uint32_t deviceId = message.GetNumber("DEVICE_ID");
-    if (queue->GetNotificationDevice() != 0 && queue->GetNotificationDevice() != deviceId)
-        queue->ClearNotifications();
-    queue->SetNotificationDevice(deviceId);
-    queue->SetQueueInfo(message.GetParam("QUEUE_INFO"));
-    AttachRoom(*queue, roomId);
-
+// A station of the media database or, without an id, of an outside catalogue; the empty item without either.
+AudioMedia ReadStation(const ICmdMessage& message) {
     const std::string mediaId = message.GetParam("MEDIA_ID");
-    const std::string station = message.GetParam("MEDIA");
-    if (mediaId.empty() && station.empty()) {
+    AudioMedia station = AudioMedia::CreateExternal(MEDIA_INTERNET_RADIO, message.GetParam("MEDIA"));
+    if (!mediaId.empty()) {
+        station.externalId.clear();
+        station.mediaId = kv::ToULong(mediaId);
+    } else if (station.externalId.empty()) {
+        return {};
+    }
+    return station;
+}
+
+} // namespace
+
+void korvel_digitalaudio::OnAddIRSTREAM(const ICmdMessage& message, ICmdReturn* ret) {
+    const auto queue = OpenQueueForMedia(message.GetNumber("ROOM_ID"), [&](AudioQueue& opened) {
+        RegisterForNotifications(opened, message.GetNumber("DEVICE_ID"), message.GetParam("QUEUE_INFO"));
+    });
+    if (!queue)
+        return;
+    const AudioMedia station = ReadStation(message);
+    if (station.type == MEDIA_NONE) {
         LogMessage(kLogLink, "korvel_digitalaudio::OnAddIRSTREAM called with no station or media id");
         return;
     }
-    AudioMedia item;
-    item.type = MEDIA_INTERNET_RADIO;
-    if (mediaId.empty())
-        item.externalId = station;
-    else
-        item.mediaId = kv::ToULong(mediaId);
-
     queue->ClearSecondaryInfo();
     queue->SetIsInternetRadio(true);
-    queue->AddSong(item, false, true);
-    InterruptClearTimer(queue);
-    if (!queue->IsShuffleSet())
-        queue->SetNextSong(item);
-    if (!created)
-        queue->PlayNextSong(true, false);
+    queue->AddSong(station, false, true);
+    InterruptClearTimer(queue.Get());
+    commands::GoToItem(queue, station);
     UpdateQueueStatusVariable();
     queue->UpdateInfoVariable();
     ReturnQueueId(ret, queue->GetQueueId());
 }
 
 void korvel_digitalaudio::OnGetRhapsodyMyPlaylists(const ICmdMessage& message, ICmdReturn*) {
-    const std::string device = message.GetParam("deviceid");
-    if (device.empty() || !m_rhapsody)
+    if (!m_rhapsody)
         return;
-    m_playlistsDevice = kv::ToULong(device);
+    m_playlistsDevice = message.GetNumber("deviceid");
     m_rhapsody->GetMemberPlaylists(this);
 }
 
@@ -70,11 +72,9 @@ void korvel_digitalaudio::SendMemberPlaylists(const std::vector<DataPlaylistLite
 // The tracks of the playlist that a song list named replace what the room's queue held; a room that left its
 // queue meanwhile gets a new one.
 void korvel_digitalaudio::FillWithPlaylistTracks(const std::vector<DataTrackInfo>& tracks) {
-    AudioQueue* queue = nullptr;
-    bool created = false;
-    if (AudioServer_CreateQueue(m_pendingRhapsodyRoom, &queue, &created) != 0)
+    const auto queue = OpenQueueForMedia(m_pendingRhapsodyRoom, nullptr);
+    if (!queue)
         return;
-    AttachRoom(*queue, m_pendingRhapsodyRoom); // a new queue needs its room to be found by what comes next
     queue->SetIsRhapsodyChannel(false);
     queue->SetIsInternetRadio(false);
     queue->ClearSongs();

@@ -1,5 +1,5 @@
 // Playlists, which live in the controller's media database under this driver's device.
-#include "commands/Parameters.h"
+#include "commands/Adding.h"
 #include "driver/Asserts.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/XmlHelper.h"
@@ -26,33 +26,20 @@ std::vector<std::uint32_t> SongIds(const KVXML::INode& record) {
 } // namespace
 
 void korvel_digitalaudio::OnAddPlaylist(const ICmdMessage& message, ICmdReturn* ret) {
-    const std::string room = message.GetParam("ROOM_ID");
-    const std::string media = message.GetParam("MEDIA_ID");
-    if (room.empty() || media.empty())
+    const std::uint32_t roomId = message.GetNumber("ROOM_ID");
+    auto flags = commands::AddFlags::ReadForPlaylist(message);
+    const auto queue =
+        OpenQueueForMedia(roomId, flags, [this](AudioQueue& opened) { InterruptClearTimer(&opened); });
+    if (!queue)
         return;
-    // Unlike the other commands that add media, an absent flag counts as set here.
-    bool playNow = message.GetParam("PLAY_NOW") != "0";
-    bool playNext = message.GetParam("PLAY_NEXT") != "0";
-    bool clear = commands::ReadFlag(message, "CLEAR", false);
-    const std::uint32_t roomId = kv::ToULong(room);
-    AudioQueue* queue = nullptr;
-    bool created = false;
-    if (AudioServer_CreateQueue(roomId, &queue, &created) != 0)
-        return;
-    if (queue->IsRhapsodyChannel() || queue->IsInternetRadio())
-        playNow = playNext = clear = true;
-    if (!created)
-        InterruptClearTimer(queue);
-    AttachRoom(*queue, roomId);
-    if (clear)
-        queue->ClearSongs();
-    Playlist_Load(roomId, kv::ToULong(media), queue, playNext ? 1 : 0);
+    Playlist_Load(roomId, message.GetNumber("MEDIA_ID"), queue.Get(), flags.playNext ? 1 : 0);
 
-    const bool startsNow = playNow && queue->GetQueueState() != PLAY && !queue->IsSongListEmpty();
-    if (playNext || startsNow) {
+    const bool startsNow = flags.playNow && queue->GetQueueState() != PLAY && !queue->IsSongListEmpty();
+    if (flags.playNext || startsNow) {
+        // The id 0 leaves the pin that the list was loaded with: no song has it.
         if (!queue->IsShuffleSet())
-            queue->SetNextSong(playNext ? AudioMedia::CreateTypeDigital(0) : queue->GetFirstSong());
-        if (!created)
+            queue->SetNextSong(flags.playNext ? AudioMedia::CreateTypeDigital(0) : queue->GetFirstSong());
+        if (!queue.IsNew())
             queue->PlayNextSong(true, false);
         UpdateQueueStatusVariable();
     }
@@ -121,10 +108,7 @@ std::uint32_t korvel_digitalaudio::GetPlaylistID(const std::string& name) {
 }
 
 void korvel_digitalaudio::OnRenamePlaylist(const ICmdMessage& message, ICmdReturn*) {
-    const std::string media = message.GetParam("MEDIA_ID");
-    const std::string name = message.GetParam("NAME");
-    if (!media.empty() && !name.empty())
-        Playlist_Rename(name, kv::ToULong(media));
+    Playlist_Rename(message.GetParam("NAME"), message.GetNumber("MEDIA_ID"));
 }
 
 // A renamed playlist is a new record with the same songs; the old one stays until it is deleted.

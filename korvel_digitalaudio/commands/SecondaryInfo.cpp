@@ -1,14 +1,9 @@
-#include <boost/algorithm/string/case_conv.hpp>
 #include <optional>
 
-#include "commands/Parameters.h"
+#include "basics/Flags.h"
 #include "driver/korvel_digitalaudio.h"
 
 namespace {
-
-bool IsTrue(const std::string& flag) {
-    return kv::ToLong(flag) != 0 || boost::algorithm::to_lower_copy(flag) == kv::TRUE_STRING;
-}
 
 // The parameter's text, or none when it is absent; a present one may be empty.
 class OptionalText {
@@ -39,9 +34,9 @@ void korvel_digitalaudio::OnUpdateSecondaryMediaInfo(const ICmdMessage& message,
     const OptionalText title(message, "title");
     const OptionalText genre(message, "genre");
     const OptionalText imageUrl(message, "imageUrl");
-    queue->UpdateSecondaryInfo(IsTrue(message.GetParam("merge")), artist.Get(), album.Get(), title.Get(),
-                               genre.Get(), imageUrl.Get());
-    queue->UpdateRoomMediaVariable(queue->GetFirstSong(), nullptr, IsTrue(message.GetParam("force")));
+    queue->UpdateSecondaryInfo(flags::ReadNumberOrWord(message, "merge"), artist.Get(), album.Get(),
+                               title.Get(), genre.Get(), imageUrl.Get());
+    queue->UpdateRoomMediaVariable(queue->GetFirstSong(), nullptr, flags::ReadNumberOrWord(message, "force"));
     queue->UpdateInfoVariable();
     UpdateQueueStatusVariable();
 }

@@ -87,13 +87,10 @@ std::uint32_t korvel_digitalaudio::AudioQueue_Join(std::uint32_t roomId, std::ui
 }
 
 void korvel_digitalaudio::OnJoin(const ICmdMessage& message, ICmdReturn* ret) {
-    const std::string room = message.GetParam("ROOM_ID");
-    if (room.empty())
-        return;
-    const std::string joinRoom = message.GetParam("JOIN_ID");
-    const std::uint32_t queueId = joinRoom.empty()
-                                      ? message.GetNumber("QUEUE_ID")
-                                      : AudioQueue_Join(kv::ToULong(room), kv::ToULong(joinRoom));
+    const std::uint32_t queueId =
+        message.GetParam("JOIN_ID").empty()
+            ? message.GetNumber("QUEUE_ID")
+            : AudioQueue_Join(message.GetNumber("ROOM_ID"), message.GetNumber("JOIN_ID"));
     if (queueId != 0)
         ReturnQueueId(ret, queueId);
 }
@@ -129,15 +126,11 @@ void korvel_digitalaudio::SelectInRoom(std::uint32_t roomId, std::uint32_t queue
 }
 
 void korvel_digitalaudio::OnRemoveRoomsFromSession(const ICmdMessage& message, ICmdReturn*) {
-    const std::string room = message.GetParam("ROOM_ID");
-    const std::string list = message.GetParam("ROOM_ID_LIST");
-    if (room.empty() || list.empty())
-        return;
-    const AudioQueue* session = AudioServer_GetQueueFromRoom(kv::ToULong(room));
+    const AudioQueue* session = AudioServer_GetQueueFromRoom(message.GetNumber("ROOM_ID"));
     if (!session)
         return;
     const std::uint32_t sessionId = session->GetQueueId();
-    for (const std::uint32_t listedRoom : SplitRoomList(list)) {
+    for (const std::uint32_t listedRoom : SplitRoomList(message.GetParam("ROOM_ID_LIST"))) {
         const AudioQueue* queue = AudioServer_GetQueueFromRoom(listedRoom);
         if (queue && queue->GetQueueId() == sessionId)
             DeselectAudioPath(listedRoom);
@@ -147,15 +140,13 @@ void korvel_digitalaudio::OnRemoveRoomsFromSession(const ICmdMessage& message, I
 
 // The room leaves its session as if it had switched its source away.
 void korvel_digitalaudio::OnRemove(const ICmdMessage& message, ICmdReturn*) {
-    const std::string room = message.GetParam("ROOM_ID");
-    if (!room.empty() && AudioServer_GetQueueFromRoom(kv::ToULong(room)))
-        DeselectAudioPath(kv::ToULong(room));
+    const std::uint32_t roomId = message.GetNumber("ROOM_ID");
+    if (AudioServer_GetQueueFromRoom(roomId))
+        DeselectAudioPath(roomId);
 }
 
 void korvel_digitalaudio::OnRemoveQueue(const ICmdMessage& message, ICmdReturn*) {
-    const std::string room = message.GetParam("ROOM_ID");
-    if (room.empty())
-        return;
-    if (AudioServer* server = AudioServer_GetServerFromRoom(kv::ToULong(room)))
-        RoomClient_DeselectAll(server, kv::ToULong(room));
+    const std::uint32_t roomId = message.GetNumber("ROOM_ID");
+    if (AudioServer* server = AudioServer_GetServerFromRoom(roomId))
+        RoomClient_DeselectAll(server, roomId);
 }

@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <boost/algorithm/string/case_conv.hpp>
 
+#include "basics/Flags.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/Text.h"
 
@@ -72,9 +72,8 @@ void korvel_digitalaudio::HandleData(std::uint32_t id, const std::string& line) 
 }
 
 void korvel_digitalaudio::HandleServerOnline(std::uint32_t id, const IBindMessage& message) {
-    const std::string multiple = boost::algorithm::to_lower_copy(message.GetParam("ALLOW_MULT_INPUT"));
     const std::string& address = message.GetData();
-    AudioServer_Create(id, multiple == kv::TRUE_STRING);
+    AudioServer_Create(id, flags::IsWord(message.GetParam("ALLOW_MULT_INPUT"), kv::TRUE_STRING));
     if (!address.empty() && NetworkInterfaces::isLocalIPv4(address))
         m_activeServerBinding = id;
 }

@@ -1,48 +1,99 @@
+#include <algorithm>
 #include <boost/bind/bind.hpp>
 
 #include "driver/korvel_digitalaudio.h"
 
-const korvel_digitalaudio::Command korvel_digitalaudio::s_commands[] = {
-    {"GO_TO_SONG", &korvel_digitalaudio::OnGoToSong},
-    {"EDIT_QUEUE", &korvel_digitalaudio::OnEditQueue},
-    {"REMOVE_QUEUE", &korvel_digitalaudio::OnRemoveQueue},
-    {"ADD_ROOMS_TO_SESSION", &korvel_digitalaudio::OnAddRoomsToSession},
-    {"REMOVE_ROOMS_FROM_SESSION", &korvel_digitalaudio::OnRemoveRoomsFromSession},
-    {"ADD_ALBUM_MP3", &korvel_digitalaudio::OnAddAlbumMp3},
-    {"ADD_SONG", &korvel_digitalaudio::OnAddSong},
-    {"ADD_IR_STREAM", &korvel_digitalaudio::OnAddIRSTREAM},
-    {"REMOVE_SONG", &korvel_digitalaudio::OnRemoveSong},
-    {"ADD_SONG_LIST", &korvel_digitalaudio::OnAddSongList},
-    {"ADD_ALBUM_LIST", &korvel_digitalaudio::OnAddAlbumList},
-    {"SHUFFLE", &korvel_digitalaudio::OnShuffle},
-    {"REPEAT", &korvel_digitalaudio::OnRepeat},
-    {"JOIN", &korvel_digitalaudio::OnJoin},
-    {"REMOVE", &korvel_digitalaudio::OnRemove},
-    {"QUEUE_ALL", &korvel_digitalaudio::OnQueueAll},
-    {"GET_QUEUE_STATUS", &korvel_digitalaudio::OnGetQueueStatus},
-    {"GET_QUEUE_STATUSV2", &korvel_digitalaudio::OnGetQueueStatusV2},
-    {"STOP", &korvel_digitalaudio::OnStop},
-    {"PLAY", &korvel_digitalaudio::OnPlay},
-    {"PAUSE", &korvel_digitalaudio::OnPause},
-    {"SKIP_FWD", &korvel_digitalaudio::OnSkipFwd},
-    {"SKIP_REV", &korvel_digitalaudio::OnSkipRev},
-    {"ADD_PLAYLIST", &korvel_digitalaudio::OnAddPlaylist},
-    {"SAVE_PLAYLIST", &korvel_digitalaudio::OnSavePlaylist},
-    {"DELETE_PLAYLIST", &korvel_digitalaudio::OnDeletePlaylist},
-    {"RENAME_PLAYLIST", &korvel_digitalaudio::OnRenamePlaylist},
-    {"GET_ROOM_HISTORY", &korvel_digitalaudio::OnGetRoomHistory},
-    {"REQUEST_CURRENT_MEDIA_INFO", &korvel_digitalaudio::OnRequestCurrentMediaInfo},
-    {"GET_SETTINGS", &korvel_digitalaudio::OnGetSettings},
-    {"SET_PLAYLIST_CLEAR_FLAG", &korvel_digitalaudio::OnSetPlaylistClearFlag},
-    {"SET_PLAYLIST_CLEAR_DELAY", &korvel_digitalaudio::OnSetPlaylistClearDelay},
-    {"SET_PLAY_PREFERENCE", &korvel_digitalaudio::OnSetPlayPreference},
-    {"GET_RHAPSODY_MY_PLAYLISTS", &korvel_digitalaudio::OnGetRhapsodyMyPlaylists},
-    {"UPDATE_SECONDARY_MEDIA_INFO", &korvel_digitalaudio::OnUpdateSecondaryMediaInfo},
+using D = korvel_digitalaudio;
+
+// docs/commands.md tells the same in its own order; a test compares the two.
+const D::Command D::s_commands[] = {
+    {"GO_TO_SONG", &D::OnGoToSong, "ROOM_ID, MEDIA_ID", "[MEDIA_INDEX], [SOURCE=1]",
+     "plays a song of the queue by position or identity"},
+    {"EDIT_QUEUE", &D::OnEditQueue, "ROOM_ID, MEDIA", "",
+     "replaces the list by a new order; what plays goes on if it is still there"},
+    {"REMOVE_QUEUE", &D::OnRemoveQueue, "ROOM_ID", "", "asks every room of the room's queue to let go"},
+    {"ADD_ROOMS_TO_SESSION", &D::OnAddRoomsToSession, "", "ROOM_ID, ROOM_ID_LIST",
+     "asks the listed rooms to select the room's queue; answers it"},
+    {"REMOVE_ROOMS_FROM_SESSION", &D::OnRemoveRoomsFromSession, "ROOM_ID, ROOM_ID_LIST", "",
+     "asks the listed rooms of the same queue to let go"},
+    {"ADD_ALBUM_MP3", &D::OnAddAlbumMp3, "", "ROOM_ID, MEDIA_ID, [PLAY_NEXT=0]",
+     "the songs of an album, or the line input that it stands for"},
+    {"ADD_SONG", &D::OnAddSong, "ROOM_ID, MEDIA_ID", "[SOURCE=1], [PLAY_NOW=1], [PLAY_NEXT=0], [CLEAR=0]",
+     "one song, track or channel"},
+    {"ADD_IR_STREAM", &D::OnAddIRSTREAM, "ROOM_ID", "[MEDIA_ID], [MEDIA], [DEVICE_ID], [QUEUE_INFO]",
+     "an internet radio stream in place of what was there"},
+    {"REMOVE_SONG", &D::OnRemoveSong, "ROOM_ID, MEDIA_ID", "[SOURCE=1]",
+     "takes a song out, wherever it stands"},
+    {"ADD_SONG_LIST", &D::OnAddSongList, "ROOM_ID, MEDIA", "[PLAY_NOW=1], [PLAY_NEXT=0], [CLEAR=0]",
+     "a `<MEDIA>` of `<MEDIA_ID>` and `<SONG SOURCE ID>` elements"},
+    {"ADD_ALBUM_LIST", &D::OnAddAlbumList, "", "ROOM_ID, MEDIA, [PLAY_NOW=1], [PLAY_NEXT=0]",
+     "the songs of several albums"},
+    {"SHUFFLE", &D::OnShuffle, "ROOM_ID", "[SHUFFLE]", "sets shuffle, or toggles it; the room remembers"},
+    {"REPEAT", &D::OnRepeat, "ROOM_ID", "[REPEAT]", "sets repeat, or toggles it; the room remembers"},
+    {"JOIN", &D::OnJoin, "ROOM_ID", "[JOIN_ID], [QUEUE_ID]",
+     "answers the queue to join; the room leaves its own"},
+    {"REMOVE", &D::OnRemove, "ROOM_ID", "", "asks the room to let go"},
+    {"QUEUE_ALL", &D::OnQueueAll, "", "ROOM_ID, [ARTIST], [GENRE], [PLAY_NOW=1], [PLAY_NEXT=0]",
+     "every song of an artist, a genre, or both"},
+    {"GET_QUEUE_STATUS", &D::OnGetQueueStatus, "", "", "answers the status of all queues, older layout"},
+    {"GET_QUEUE_STATUSV2", &D::OnGetQueueStatusV2, "", "", "answers the status of all queues"},
+    {"STOP", &D::OnStop, "ROOM_ID", "", "stops and rewinds to the first song"},
+    {"PLAY", &D::OnPlay, "ROOM_ID", "", "plays, resumes, or starts again from the top after the end"},
+    {"PAUSE", &D::OnPause, "ROOM_ID", "", "pauses; a stream that cannot pause stops"},
+    {"SKIP_FWD", &D::OnSkipFwd, "ROOM_ID", "", "next song, also after a stop for errors"},
+    {"SKIP_REV", &D::OnSkipRev, "ROOM_ID", "",
+     "starts the song again, or within five seconds of a move goes to the one before"},
+    {"ADD_PLAYLIST", &D::OnAddPlaylist, "ROOM_ID, MEDIA_ID", "[PLAY_NOW=1], [PLAY_NEXT=1], [CLEAR=0]",
+     "a saved playlist"},
+    {"SAVE_PLAYLIST", &D::OnSavePlaylist, "", "ROOM_ID, NAME",
+     "saves the queue under a name, in place of what has it"},
+    {"DELETE_PLAYLIST", &D::OnDeletePlaylist, "MEDIA_ID", "", "deletes a playlist"},
+    {"RENAME_PLAYLIST", &D::OnRenamePlaylist, "MEDIA_ID, NAME", "",
+     "makes a playlist of the new name with the same songs"},
+    {"GET_ROOM_HISTORY", &D::OnGetRoomHistory, "ROOM_ID", "", "answers the playlists last used in the room"},
+    {"REQUEST_CURRENT_MEDIA_INFO", &D::OnRequestCurrentMediaInfo, "", "ROOM_ID",
+     "has the room's media described again"},
+    {"GET_SETTINGS", &D::OnGetSettings, "", "", "sends the settings to the user interfaces"},
+    {"SET_PLAYLIST_CLEAR_FLAG", &D::OnSetPlaylistClearFlag, "FLAG_VALUE", "",
+     "whether resting queues are cleared"},
+    {"SET_PLAYLIST_CLEAR_DELAY", &D::OnSetPlaylistClearDelay, "DELAY_VALUE", "", "after how many minutes"},
+    {"SET_PLAY_PREFERENCE", &D::OnSetPlayPreference, "PLAY_PREF", "", "a number kept for user interfaces"},
+    {"GET_RHAPSODY_MY_PLAYLISTS", &D::OnGetRhapsodyMyPlaylists, "deviceid", "",
+     "sends the streaming service's playlists of the member to a device"},
+    {"UPDATE_SECONDARY_MEDIA_INFO", &D::OnUpdateSecondaryMediaInfo, "",
+     "[roomId], [queueId], [merge=0], [force=0], [artist], [album], [title], [genre], [imageUrl]",
+     "tells what a stream really plays"},
 };
+
+const D::Request D::s_requests[] = {
+    {"GET_QUEUE_INFO", &D::OnGetQueueInfo, "[ROOM_ID], [QUEUE_ID]",
+     "the `info` element of a queue: its songs in order"},
+};
+
+std::span<const D::Command> D::Commands() {
+    return s_commands;
+}
+
+std::span<const D::Request> D::Requests() {
+    return s_requests;
+}
 
 void korvel_digitalaudio::RegisterCommands() {
     using namespace boost::placeholders;
-    for (const Command& command : s_commands)
-        RegisterCmd(command.name, boost::bind(command.handler, this, _1, _2));
-    RegisterUICmd("GET_QUEUE_INFO", boost::bind(&korvel_digitalaudio::OnGetQueueInfo, this, _1));
+    for (const Command& command : s_commands) {
+        std::vector<std::string> required;
+        ASPacket::SplitPacket(command.required, ", ", required, 0);
+        RegisterCmd(command.name, boost::bind(&D::RunCommand, this, command.handler, required, _1, _2));
+    }
+    for (const Request& request : s_requests)
+        RegisterUICmd(request.name, boost::bind(request.handler, this, _1));
+}
+
+void korvel_digitalaudio::RunCommand(Command::Handler handler, const std::vector<std::string>& required,
+                                     const ICmdMessage& message, ICmdReturn* ret) {
+    const bool complete = std::none_of(required.begin(), required.end(), [&](const std::string& name) {
+        return message.GetParam(name).empty();
+    });
+    if (complete)
+        (this->*handler)(message, ret);
 }

@@ -1,13 +1,11 @@
 // The user's settings: set by command, shown to user interfaces, persisted.
-#include <boost/algorithm/string/case_conv.hpp>
-
+#include "basics/Flags.h"
 #include "driver/Asserts.h"
 #include "driver/Variables.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/Text.h"
 #include "platform/XmlHelper.h"
 
-using boost::algorithm::to_lower_copy;
 using KVXML::INode;
 using NodePtr = kv::auto_com<INode>;
 
@@ -16,23 +14,16 @@ void korvel_digitalaudio::OnGetSettings(const ICmdMessage&, ICmdReturn*) {
 }
 
 void korvel_digitalaudio::OnSetPlaylistClearFlag(const ICmdMessage& message, ICmdReturn*) {
-    const std::string flag = message.GetParam("FLAG_VALUE");
-    if (flag.empty())
-        return;
-    SetPlaylistClearFlag(to_lower_copy(flag) == to_lower_copy(std::string(kv::TRUE_STRING)));
+    SetPlaylistClearFlag(flags::IsWord(message.GetParam("FLAG_VALUE"), kv::TRUE_STRING));
     SendSettingsToServers();
 }
 
 void korvel_digitalaudio::OnSetPlaylistClearDelay(const ICmdMessage& message, ICmdReturn*) {
-    const std::string delay = message.GetParam("DELAY_VALUE");
-    if (!delay.empty())
-        SetPlaylistDelayValue(static_cast<std::uint16_t>(kv::ToULong(delay)));
+    SetPlaylistDelayValue(static_cast<std::uint16_t>(message.GetNumber("DELAY_VALUE")));
 }
 
 void korvel_digitalaudio::OnSetPlayPreference(const ICmdMessage& message, ICmdReturn*) {
-    const std::string preference = message.GetParam("PLAY_PREF");
-    if (!preference.empty())
-        UpdatePlayPreferenceVariable(kv::ToLong(preference));
+    UpdatePlayPreferenceVariable(kv::ToLong(message.GetParam("PLAY_PREF")));
 }
 
 void korvel_digitalaudio::SetPlaylistClearFlag(bool clear) {
@@ -88,7 +79,7 @@ void korvel_digitalaudio::RestoreSettings(const INode& persist) {
     // Whatever is not a plain "false" leaves clearing on.
     std::string clear;
     XmlHelper::fromXml(persist, s_DAClearPlaylistTag, clear);
-    m_clearPlaylist = to_lower_copy(clear) != to_lower_copy(std::string(kv::FALSE_STRING));
+    m_clearPlaylist = !flags::IsWord(clear, kv::FALSE_STRING);
     std::uint32_t value = 0;
     if (XmlHelper::fromXml(persist, s_DA_PlayPreferenceTag, value))
         UpdatePlayPreferenceVariable(static_cast<DigitalAudioPlayPref>(value));

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,6 +19,11 @@
 #include "server/AudioServer.h"
 #include "server/AudioServerWatcher.h"
 #include "status/RoomHistories.h"
+
+namespace commands {
+struct AddFlags;
+class OpenedQueue;
+} // namespace commands
 
 // What the user prefers to happen on play; opaque to the driver.
 using DigitalAudioPlayPref = std::int32_t;
@@ -43,6 +50,28 @@ public:
     static constexpr bool s_DefClearPlaylistFlag = true;
     static constexpr std::uint16_t s_DefClearPlaylistDelayMinutes = 5;
     static constexpr DigitalAudioPlayPref s_DefPlayPreference = 0;
+
+    // A row of the command table. Parameters are named as docs/commands.md names them, parted by ", ".
+    struct Command {
+        using Handler = void (korvel_digitalaudio::*)(const ICmdMessage&, ICmdReturn*);
+
+        const char* name;
+        Handler handler;
+        const char* required; // with one of them missing or empty nothing happens, and nobody is told
+        const char* others; // [NAME] may be absent, [NAME=1] is 1 then; a plain NAME the handler looks after
+        const char* help;
+    };
+    static std::span<const Command> Commands();
+    // A row of the table of requests, which answer user interfaces.
+    struct Request {
+        using Handler = kv::auto_com<KVXML::INode> (korvel_digitalaudio::*)(const ICmdMessage&);
+
+        const char* name;
+        Handler handler;
+        const char* others;
+        const char* help;
+    };
+    static std::span<const Request> Requests();
 
     // The driver that is registered with `instances`, or a new one, owned by the caller.
     static IDriver* Create(IInstanceManager& instances);
@@ -105,13 +134,11 @@ private:
     void CreateRhapsodyClient();
 
     // CommandTable.cpp
-    using CommandHandler = void (korvel_digitalaudio::*)(const ICmdMessage&, ICmdReturn*);
-    struct Command {
-        const char* name;
-        CommandHandler handler;
-    };
     static const Command s_commands[];
+    static const Request s_requests[];
     void RegisterCommands();
+    void RunCommand(Command::Handler handler, const std::vector<std::string>& required,
+                    const ICmdMessage& message, ICmdReturn* ret);
 
     // Bindings.cpp
     void RestoreDynamicBindings();
@@ -208,16 +235,31 @@ private:
     void SelectInRoom(std::uint32_t roomId, std::uint32_t queueId);
     static void ReturnQueueId(ICmdReturn* ret, std::uint32_t queueId);
 
-    // commands/AddSong.cpp, AddSongList.cpp, AddAlbums.cpp
+    // commands/Adding.cpp
+    using PrepareQueue = std::function<void(AudioQueue&)>;
+    // Finds or makes the room's queue and lets the room into it. `prepare` comes between the two: what a
+    // command wants done before the room joins.
+    commands::OpenedQueue OpenQueueForMedia(std::uint32_t roomId, const PrepareQueue& prepare);
+    // For commands with all flags: sets them when the queue plays a single stream, and clears the queue.
+    commands::OpenedQueue OpenQueueForMedia(std::uint32_t roomId, commands::AddFlags& flags,
+                                            const PrepareQueue& prepare);
+
+    // commands/AddSong.cpp
     void OnAddSong(const ICmdMessage& message, ICmdReturn* ret);
+    bool RefusesItem(const AudioMedia& item, std::uint32_t roomId, bool isNewQueue);
+
+    // commands/AddSongList.cpp
     void OnAddSongList(const ICmdMessage& message, ICmdReturn* ret);
+    std::vector<AudioMedia> TakeSongList(const KVXML::INode& root, AudioQueue& queue, std::uint32_t roomId,
+                                         commands::AddFlags& flags);
+    void RequestRhapsodyPlaylist(const std::string& playlistId, std::uint32_t roomId);
+
+    // commands/AddAlbums.cpp
     void OnAddAlbumMp3(const ICmdMessage& message, ICmdReturn* ret);
+    void AddAlbum(const commands::OpenedQueue& queue, const KVXML::INode& album, bool playNext);
     void OnAddAlbumList(const ICmdMessage& message, ICmdReturn* ret);
     void OnQueueAll(const ICmdMessage& message, ICmdReturn* ret);
-    void AttachRoom(AudioQueue& queue, std::uint32_t roomId);
-    std::vector<AudioMedia> ReadSongList(const KVXML::INode& root, AudioQueue& queue, std::uint32_t roomId,
-                                         bool& playNow, bool& playNext);
-    void RequestRhapsodyPlaylist(const std::string& playlistId, std::uint32_t roomId);
+    std::vector<AudioMedia> SongsOfArtistOrGenre(const ICmdMessage& message, std::uint32_t roomId);
     AudioQueue* QueueSongVector(std::uint32_t roomId, const std::vector<AudioMedia>& songs, bool playNow,
                                 bool playNext);
 

@@ -1,6 +1,5 @@
 #include "driver/Variables.h"
 #include "driver/korvel_digitalaudio.h"
-#include "platform/Text.h"
 
 namespace {
 // The variable is rebuilt by way of this room, whose history is not shown.
@@ -8,10 +7,7 @@ constexpr std::uint32_t kProbedRoom = 1;
 } // namespace
 
 void korvel_digitalaudio::OnGetRoomHistory(const ICmdMessage& message, ICmdReturn* ret) {
-    const std::string room = message.GetParam("ROOM_ID");
-    if (room.empty())
-        return;
-    const std::uint32_t roomId = kv::ToULong(room);
+    const std::uint32_t roomId = message.GetNumber("ROOM_ID");
     if (!AudioServer_GetQueueFromRoom(roomId)) {
         setReturnValue(ret, "<history></history>\n");
         return;
