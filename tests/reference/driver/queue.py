@@ -1,0 +1,37 @@
+"""One play queue: songs that one stream plays into one or more rooms."""
+
+from .constants import STOP
+from .packets import PacketQueue
+from .queue_documents import QueueDocuments
+from .queue_navigation import QueueNavigation
+from .queue_notifications import QueueNotifications
+from .queue_playback import QueuePlayback
+from .queue_rooms import QueueRooms
+from .queue_songs import QueueSongs
+
+
+class AudioQueue(
+    QueueSongs, QueueNavigation, QueuePlayback, QueueRooms, QueueDocuments, QueueNotifications
+):
+    def __init__(self, driver, link, queue_id, owner):
+        self.driver = driver
+        self.core = driver.core
+        self.device_id = driver.device_id
+        self.link = link
+        self.queue_id = queue_id
+        self.packets = PacketQueue(link)
+        self.init_songs()
+        self.init_navigation()
+        self.init_playback()
+        self.init_rooms(owner)
+        self.init_notifications()
+        link.add_ref()
+
+    def close(self):
+        """Its end, told to whoever registered."""
+        self.change_queue_state(STOP)
+        self.notify_queue_deletion()
+        for client in self.rooms.values():
+            client.close()
+        self.rooms = {}
+        self.link.release()
