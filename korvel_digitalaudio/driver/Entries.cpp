@@ -148,8 +148,8 @@ void korvel_digitalaudio::CreateAnnouncementStream() {
 
 void korvel_digitalaudio::RemoveAnnouncementStream() {
     Enter("RemoveAnnouncementStream", [&] {
-        if (m_activeServerBinding != 0)
-            AudioServer_Create(m_activeServerBinding, false)->CancelAnnouncement();
+        if (AudioServer* server = GetServer(m_activeServerBinding))
+            server->CancelAnnouncement();
     });
 }
 
