@@ -19,7 +19,10 @@ ServerUtility::ServerUtility(IDriverHelper& driverHelper, IInstanceManager& inst
       m_sender(kv::GetService<IBindMessageSender>(instances)) {}
 
 ServerUtility::~ServerUtility() {
-    kv::GuardEntry("~ServerUtility", [&] { Detach(); });
+    kv::GuardEntry("~ServerUtility", [&] {
+        if (m_timers)
+            m_timers->RemoveCallback(this);
+    });
 }
 
 std::int32_t ServerUtility::Release() {
@@ -51,13 +54,20 @@ void ServerUtility::SendToServer() {
         m_outstanding = true;
         try {
             HandOver(line);
-            if (m_outstanding && m_timers)
-                m_ackTimer = m_timers->StartTimer(kAckTimeoutMs, 1, this);
+            if (m_outstanding)
+                StartAckTimer();
         } catch (...) {
             m_outstanding = false; // without a timer nobody would ever release the next line
             throw;
         }
     }
+}
+
+// Without a timer no line counts as outstanding: nothing would ever release the next one.
+void ServerUtility::StartAckTimer() {
+    m_ackTimer = m_timers ? m_timers->StartTimer(kAckTimeoutMs, 1, this) : 0;
+    if (m_ackTimer == 0)
+        m_outstanding = false;
 }
 
 void ServerUtility::HandOver(const std::string& line) {
@@ -74,12 +84,6 @@ void ServerUtility::KillAckTimer() {
     m_ackTimer = 0;
     m_outstanding = false;
     SendToServer();
-}
-
-void ServerUtility::Detach() {
-    m_ackTimer = 0;
-    if (ITimerManager* timers = std::exchange(m_timers, nullptr))
-        timers->RemoveCallback(this);
 }
 
 void ServerUtility::OnTimerExpired(std::uint32_t timerId, std::int32_t) {

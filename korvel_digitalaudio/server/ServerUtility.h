@@ -36,8 +36,6 @@ public:
     void SendToServer();
     // The outstanding line was acknowledged. Nothing happens when none is outstanding.
     void KillAckTimer();
-    // Gives up the timers for good: nothing calls back into this object any more.
-    void Detach();
 
     void OnTimerExpired(std::uint32_t timerId, std::int32_t) override;
 
@@ -47,6 +45,7 @@ public:
 private:
     ~ServerUtility() override;
     void HandOver(const std::string& line);
+    void StartAckTimer();
 
     std::int32_t m_references = 1;
     std::uint16_t m_sequence = 0;

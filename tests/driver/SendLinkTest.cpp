@@ -111,12 +111,6 @@ TEST_F(SendLink, ATimerIsUnknownOnceItsLineIsAcknowledged) {
     EXPECT_EQ(m_core.TakeLines(), Lines{"< assert korvel_digitalaudio/kvw/ServerUtility 74"});
 }
 
-TEST_F(SendLink, ADetachedLinkHasNoTimer) {
-    m_link->AddToSendQueue("a");
-    m_link->Detach();
-    EXPECT_EQ(m_link->GetAckTimer(), 0u);
-}
-
 TEST_F(SendLink, ItsEndDropsTheTimerAndTheUnsentLines) {
     m_link->AddToSendQueue("a");
     m_link->AddToSendQueue("b");
@@ -186,6 +180,31 @@ TEST_F(SendLink, ATimerThatCannotBeStartedDoesNotBlockIt) {
     m_core.TakeLines();
     m_link->AddToSendQueue("b");
     EXPECT_EQ(m_core.TakeLines(), (Lines{R"(< send 3000 "1 b\r\n")", "< timer 1 5000"}));
+}
+
+class NoTimers final : public ITimerManager {
+public:
+    std::uint32_t StartTimer(std::uint32_t, std::uint32_t, ITimerManagerCallback*) override { return 0; }
+    void CancelTimer(std::uint32_t) override {}
+    void RemoveCallback(ITimerManagerCallback*) override {}
+};
+
+TEST_F(SendLink, WithoutATimerNoLineIsOutstanding) {
+    NoTimers timers;
+    m_core.Instances().Offer<ITimerManager>(timers);
+    auto link =
+        kv::auto_com<ServerUtility>::adopt(new ServerUtility(m_core.Helper(), m_core.Instances(), 3001));
+    link->AddToSendQueue("a");
+    EXPECT_TRUE(link->IsAckTimerExpired());
+    link->AddToSendQueue("b");
+    EXPECT_EQ(m_core.TakeLines(), (Lines{R"(< send 3001 "0 a\r\n")", R"(< send 3001 "1 b\r\n")"}));
+    link.reset();
+
+    m_core.Instances().RevokeInstance(ITimerManager::kInterfaceId);
+    link = kv::auto_com<ServerUtility>::adopt(new ServerUtility(m_core.Helper(), m_core.Instances(), 3002));
+    link->AddToSendQueue("a");
+    link->AddToSendQueue("b");
+    EXPECT_EQ(m_core.TakeLines(), (Lines{R"(< send 3002 "0 a\r\n")", R"(< send 3002 "1 b\r\n")"}));
 }
 
 TEST_F(SendLink, AMessageThatCannotBeMadeCountsAsSent) {
