@@ -119,13 +119,12 @@ korvel_digitalaudio::~korvel_digitalaudio() {
         std::uint32_t timerId = entry.first;
         kv::GuardEntry("Destroy timers", [&] { KillTimer(timerId); });
     }
-    auto servers = std::exchange(m_servers, {});
-    for (auto& entry : servers)
-        kv::GuardEntry("Destroy servers", [&] { RetireServer(std::move(entry.second)); });
-    ReleaseRetiredServers();
+    for (auto& entry : std::exchange(m_servers, {})) {
+        const std::unique_ptr<AudioServer> server =
+            std::move(entry.second); // ends with its link, whose timer stops
+        kv::GuardEntry("Destroy servers", [&] { server->Retire(); });
+    }
     m_rhapsody.reset();
-    // Queues that outlive their server still hold its link.
-    for (const auto& link : m_outlivingLinks)
-        kv::GuardEntry("Destroy links", [&] { link->Detach(); });
+    m_goneServers.clear();
     kv::GuardEntry("Destroy", [&] { GetInstanceManager().RevokeInstance(IDigitalAudio::kInterfaceId); });
 }

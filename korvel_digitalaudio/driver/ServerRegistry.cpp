@@ -22,14 +22,14 @@ AudioServer* korvel_digitalaudio::GetServer(std::uint32_t bindingId) const {
 // Takes a server out of use; it is freed when the outermost entry has ended.
 void korvel_digitalaudio::RetireServer(std::unique_ptr<AudioServer> server) {
     AudioServer& retired = *m_retiredServers.emplace_back(std::move(server));
-    retired.CancelAnnouncement();
+    retired.Retire();
 }
 
-// Only while nothing up the stack can hold a server. Its queues outlive it, and so does its link with them.
+// Only while nothing up the stack can hold a server. One that left queues behind is kept with them.
 void korvel_digitalaudio::ReleaseRetiredServers() {
-    for (const auto& server : std::exchange(m_retiredServers, {})) {
+    for (auto& server : std::exchange(m_retiredServers, {})) {
         if (server->HasQueues())
-            m_outlivingLinks.push_back(server->GetSendLink());
+            m_goneServers.push_back(std::move(server));
     }
 }
 

@@ -331,7 +331,7 @@ private:
     int m_entryDepth = 0;
     bool m_ending = false; // entries do nothing any more
     std::vector<std::unique_ptr<AudioServer>> m_retiredServers;
-    std::vector<kv::auto_com<ServerUtility>> m_outlivingLinks; // of servers that left queues behind
+    std::vector<std::unique_ptr<AudioServer>> m_goneServers; // that left queues behind
 };
 
 template <class Result, class Body>

@@ -59,6 +59,8 @@ public:
 
     // Stops the queue, announces its deletion and lets its rooms go. Happens once.
     void Close();
+    // Closes the queue without a word: nobody hears that it ended. Its rooms stay.
+    void Abandon() { m_closed = true; }
     bool IsClosed() const { return m_closed; }
 
     std::uint32_t GetQueueId() const { return m_queueId; }

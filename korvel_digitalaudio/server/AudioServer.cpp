@@ -18,12 +18,25 @@ AudioServer::AudioServer(IDriverHelperV2& driverHelper, IInstanceManager& instan
       m_allowMultipleStreamingInputs(allowMultipleStreamingInputs),
       m_watcher(watcher) {}
 
-// The queues are let go of, not deleted: deleting them would announce their end to rooms and devices, and the
-// server may be back in a moment. Clear timers may still name them.
 AudioServer::~AudioServer() {
-    for (auto& entry : m_queues)
-        static_cast<void>(entry.second.release());
+    AbandonQueues();
     m_announcement.reset(); // it still has something to say, over the link
+}
+
+void AudioServer::Retire() {
+    AbandonQueues();
+    CancelAnnouncement();
+}
+
+void AudioServer::AbandonQueues() {
+    for (auto& entry : m_queues)
+        m_leftQueues.push_back(std::move(entry.second));
+    m_queues.clear();
+    for (auto& queue : m_unlistedQueues)
+        m_leftQueues.push_back(std::move(queue));
+    m_unlistedQueues.clear();
+    for (const auto& queue : m_leftQueues)
+        queue->Abandon();
 }
 
 AudioQueue* AudioServer::CreateAudioQueue(std::uint32_t roomId, std::uint32_t queueId) {

@@ -31,13 +31,19 @@ public:
                 KVRhapsodyClient::RhapsodyClient* rhapsody, IRhapsodyCallback* rhapsodyCallback);
     AudioServer(const AudioServer&) = delete;
     AudioServer& operator=(const AudioServer&) = delete;
-    // The queues outlive the server: nothing is announced for them, and what still refers to them goes on.
+    // Frees the queues without a word, and drops what the link has not sent.
     ~AudioServer();
+
+    // Takes the server out of use: it gives up its announcement and leaves its queues behind. No search finds
+    // them any more and they say nothing any more, not even that they ended: the server may be back in a
+    // moment. Clear timers may still name them, and the link goes on with the lines that wait.
+    void Retire();
+    // Those that it left behind count.
+    bool HasQueues() const { return !m_queues.empty() || !m_leftQueues.empty(); }
 
     std::uint32_t GetBindingId() const { return m_bindingId; }
     bool AllowMultipleStreamingInputs() const { return m_allowMultipleStreamingInputs; }
     void SetClearPlaylistSettings(bool clear) { m_clearPlaylist = clear; }
-    kv::auto_com<ServerUtility> GetSendLink() const { return m_link; }
     void AddToServerSendQueue(const char* text) { m_link->AddToSendQueue(text); }
     void SendToServer() { m_link->SendToServer(); }
 
@@ -61,7 +67,6 @@ public:
     // The queue after `queueId`, the first one for 0; null at the end or for an unknown id.
     AudioQueue* GetNextAudioQueue(std::uint32_t queueId) const;
     std::vector<std::uint32_t> GetQueueIds() const;
-    bool HasQueues() const { return !m_queues.empty(); }
     // `*found` is the queue that plays to this endpoint, or null.
     bool IsClientInUse(const std::string& ip, std::uint32_t channel, std::uint32_t port,
                        AudioQueue** found) const;
@@ -98,6 +103,7 @@ public:
     void OnDataIn(const ASPacket& packet, bool& changed);
 
 private:
+    void AbandonQueues();
     template <class Predicate>
     AudioQueue* FindQueue(Predicate matches) const;
     void OnAccepted(const ASPacket& packet);
@@ -115,6 +121,7 @@ private:
     std::map<std::uint32_t, std::unique_ptr<AudioQueue>> m_queues;
     std::vector<std::unique_ptr<AudioQueue>> m_unlistedQueues;
     std::vector<std::unique_ptr<AudioQueue>> m_removedQueues;
+    std::vector<std::unique_ptr<AudioQueue>> m_leftQueues;
     std::unique_ptr<Announcement> m_announcement;
     std::uint32_t m_inUseInputQueueId = 0;
     std::string m_inUseInputPath;

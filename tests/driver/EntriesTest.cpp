@@ -47,7 +47,6 @@ TEST(Entries, StartTellsTheCoreExactlyWhatItWants) {
 }
 
 TEST(Entries, AClearTimerIsStartedWithItsFlag) {
-    const ExpectLeaks none;
     TestCore core;
     core.Run({"engine 3000", "song 1 location=/media/a.flac", "start", "online 3000 127.0.0.1",
               "command ADD_SONG ROOM_ID=7 MEDIA_ID=1",
@@ -272,7 +271,6 @@ TEST(CallsBack, ARoomMayLetGoInsideTheCall) {
 }
 
 TEST(CallsBack, AServerMayGoOfflineInsideTheCall) {
-    const ExpectLeaks queuesOfServersThatLeft;
     TestCore core;
     core.Run({"engine 3000", "song 1 location=/media/a.flac", "start", "online 3000 127.0.0.1",
               "command ADD_SONG ROOM_ID=7 MEDIA_ID=1"});
@@ -316,7 +314,6 @@ protected:
 };
 
 TEST_F(PlugIn, CanBeLoadedAndUnloadedTwice) {
-    const ExpectLeaks queuesOfServersThatLeft;
     LoadRunAndUnload();
     LoadRunAndUnload();
 }

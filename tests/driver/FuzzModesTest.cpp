@@ -24,7 +24,6 @@ void MakeRadio(IDriver& driver) {
 // Runs `change`; at the first change of a variable in it the core calls back with `inside`. Further changes
 // of mode must end.
 void ChangeWithin(void (*change)(IDriver&), void (*inside)(IDriver&)) {
-    const ExpectLeaks queuesOfTheDestroyedDriver;
     TestCore core;
     core.Run({"start", "online 3000 127.0.0.1", "command ADD_SONG ROOM_ID=7 MEDIA_ID=1"});
     bool called = false;

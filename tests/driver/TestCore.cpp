@@ -5,17 +5,6 @@
 #include "HookedServices.h"
 #include "driver/korvel_digitalaudio.h"
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KORVEL_TEST_ASAN
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define KORVEL_TEST_ASAN
-#endif
-#ifdef KORVEL_TEST_ASAN
-#include <sanitizer/lsan_interface.h>
-#endif
-
 std::string ServiceCall::ToText() const {
     std::string text = name;
     for (const std::string& argument : arguments)
@@ -135,16 +124,4 @@ std::vector<std::string> Only(const std::vector<std::string>& lines, const std::
     std::copy_if(lines.begin(), lines.end(), std::back_inserter(only),
                  [&](const std::string& line) { return line.starts_with(start); });
     return only;
-}
-
-ExpectLeaks::ExpectLeaks() {
-#ifdef KORVEL_TEST_ASAN
-    __lsan_disable();
-#endif
-}
-
-ExpectLeaks::~ExpectLeaks() {
-#ifdef KORVEL_TEST_ASAN
-    __lsan_enable();
-#endif
 }

@@ -73,13 +73,3 @@ bool Has(const std::vector<std::string>& lines, const std::string& line);
 bool HasStart(const std::vector<std::string>& lines, const std::string& start);
 // The lines that begin with `start`.
 std::vector<std::string> Only(const std::vector<std::string>& lines, const std::string& start);
-
-// While one lives, what is allocated is not reported as leaked: the queues of a server that went away outlive
-// it on purpose.
-class ExpectLeaks {
-public:
-    ExpectLeaks();
-    ~ExpectLeaks();
-    ExpectLeaks(const ExpectLeaks&) = delete;
-    ExpectLeaks& operator=(const ExpectLeaks&) = delete;
-};
