@@ -38,7 +38,8 @@ std::int32_t korvel_digitalaudio::AudioServer_CreateQueue(std::uint32_t roomId, 
     if (m_activeServerBinding == 0)
         return -1;
     AudioServer* server = AudioServer_GetServerFromRoom(roomId);
-    const bool onActive = server && server->GetBindingId() == m_activeServerBinding;
+    const std::uint32_t activeBinding = m_activeServerBinding;
+    const bool onActive = server && server->GetBindingId() == activeBinding;
     if (server) {
         *queue = server->GetAudioQueueFromRoom(roomId);
         if (onActive && *queue && (*queue)->GetInputFile().empty())
@@ -47,9 +48,9 @@ std::int32_t korvel_digitalaudio::AudioServer_CreateQueue(std::uint32_t roomId, 
         if (*queue)
             RoomClient_Remove(roomId, server, queue);
     }
-    if (!onActive)
-        server = AudioServer_Create(m_activeServerBinding, false);
-    *queue = AudioServer_CreateQueue(server, roomId);
+    // Looked up again: what was sent while the room left may have ended the server.
+    server = onActive ? GetServer(activeBinding) : AudioServer_Create(m_activeServerBinding, false);
+    *queue = server ? AudioServer_CreateQueue(server, roomId) : nullptr;
     *created = *queue != nullptr;
     return *created ? 0 : -1;
 }

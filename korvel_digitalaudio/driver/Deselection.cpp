@@ -64,7 +64,7 @@ void korvel_digitalaudio::AudioQueue_DeselectClients(AudioQueue* queue, const st
         DeselectAudioPath(roomId);
 }
 
-// The last room takes the queue and its stream with it; `*queue` is null then.
+// The last room takes the queue and its stream with it. `*queue` is null when the queue is gone in the end.
 void korvel_digitalaudio::RoomClient_Remove(std::uint32_t roomId, AudioServer* server, AudioQueue** queue) {
     AudioQueue& left = **queue;
     left.RemoveRoomClient(roomId);
@@ -72,10 +72,11 @@ void korvel_digitalaudio::RoomClient_Remove(std::uint32_t roomId, AudioServer* s
         left.RemoveStream();
         InterruptClearTimer(&left);
         server->RemoveAudioQueue(left.GetQueueId());
-        *queue = nullptr;
     }
     FireEvent(2);
     UpdateRoomMapInfoVar();
+    if (!IsThere(left))
+        *queue = nullptr;
 }
 
 void korvel_digitalaudio::RoomClient_RemoveAll(AudioServer* server, AudioQueue* queue) {

@@ -70,6 +70,10 @@ AudioQueue* korvel_digitalaudio::AudioServer_GetQueueFromId(std::uint32_t queueI
     return server ? server->GetAudioQueue(queueId) : nullptr;
 }
 
+bool korvel_digitalaudio::IsThere(const AudioQueue& queue) const {
+    return AudioServer_GetQueueFromId(queue.GetQueueId()) == &queue;
+}
+
 std::vector<std::uint32_t> korvel_digitalaudio::GetMp3Devices(std::uint32_t deviceId) {
     if (auto* storage = kv::GetDeviceService<IMp3Storage>(GetHelper(), deviceId))
         return storage->GetMp3Devices();

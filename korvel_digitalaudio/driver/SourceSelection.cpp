@@ -26,6 +26,11 @@ SourceSelection::SourceSelection(korvel_digitalaudio& driver, const AVParams& pa
       m_kind(params.mediaKind),
       m_inputName(location.inputName) {}
 
+SourceSelection::~SourceSelection() {
+    if (m_returned && !m_driver.IsThere(*m_returned))
+        ReturnNothing();
+}
+
 void SourceSelection::Run() {
     if (m_kind == "DIGITAL_MEDIA")
         return;
@@ -81,19 +86,17 @@ bool SourceSelection::IsComplete() const {
 bool SourceSelection::SelectQueue() {
     if (!IsComplete() || m_binding == 0)
         return false;
-    m_server = m_driver.AudioServer_Create(m_binding, false);
-    m_inUse = m_driver.AudioServer_GetInUseServer(m_location.endpointAddress, m_location.endpointChannel,
-                                                  m_location.endpointPort);
+    m_driver.AudioServer_Create(m_binding, false);
+    const AudioServer* inUse = m_driver.AudioServer_GetInUseServer(
+        m_location.endpointAddress, m_location.endpointChannel, m_location.endpointPort);
+    m_inUseBinding = inUse ? inUse->GetBindingId() : 0;
     LeaveOtherServer();
     FreeEndpoint();
-    if (!m_inputName.empty() && !m_server->AllowMultipleStreamingInputs())
-        m_driver.AudioServer_DeselectIfDifferntInput(m_server, m_room, m_inputName);
+    FreeInput();
 
     AudioQueue* queue = ChooseQueue();
-    if (!queue)
+    if (!queue || !Enter(*queue))
         return false;
-    AddRoom(*queue);
-    TakeSourceDevice(*queue);
     if (m_requested == 0) {
         FillResult(*queue, false);
     } else if (m_kind == "QUEUE") {
@@ -111,9 +114,17 @@ bool SourceSelection::SelectQueue() {
     return true;
 }
 
+AudioServer* SourceSelection::Server() const {
+    return m_driver.GetServer(m_binding);
+}
+
+AudioServer* SourceSelection::InUseServer() const {
+    return m_driver.GetServer(m_inUseBinding);
+}
+
 void SourceSelection::LeaveOtherServer() {
     AudioServer* current = m_driver.AudioServer_GetServerFromRoom(m_room);
-    if (!current || current == m_server)
+    if (!current || current->GetBindingId() == m_binding)
         return;
     AudioQueue* queue = current->GetAudioQueueFromRoom(m_room);
     if (queue)
@@ -122,16 +133,23 @@ void SourceSelection::LeaveOtherServer() {
 
 // Decides whether the queue that already plays to the room's endpoint goes on doing so.
 void SourceSelection::FreeEndpoint() {
-    if (!m_inUse)
+    AudioServer* inUse = InUseServer();
+    if (!inUse)
         return;
     const std::string& address = m_location.endpointAddress;
     const std::uint32_t channel = m_location.endpointChannel;
     const std::uint32_t port = m_location.endpointPort;
-    AudioQueue* queue = m_inUse->GetInUseClientQueue(address, channel, port);
-    if (!queue || KeepsEndpoint(*m_inUse, *queue))
+    AudioQueue* queue = inUse->GetInUseClientQueue(address, channel, port);
+    if (!queue || KeepsEndpoint(*inUse, *queue))
         return;
-    m_driver.RoomClient_Remove(m_room, m_inUse, &queue);
+    m_driver.RoomClient_Remove(m_room, inUse, &queue);
     m_driver.AudioQueue_DeselectClients(queue, address, channel, port);
+}
+
+void SourceSelection::FreeInput() {
+    AudioServer* server = Server();
+    if (server && !m_inputName.empty() && !server->AllowMultipleStreamingInputs())
+        m_driver.AudioServer_DeselectIfDifferntInput(server, m_room, m_inputName);
 }
 
 bool SourceSelection::KeepsEndpoint(const AudioServer& inUse, const AudioQueue& queue) const {
@@ -140,7 +158,7 @@ bool SourceSelection::KeepsEndpoint(const AudioServer& inUse, const AudioQueue& 
     const std::string inputFile = queue.GetInputFile();
     if (m_requested != 0 && !inUse.GetAudioQueue(m_requested))
         return false;
-    if (&inUse != m_server)
+    if (inUse.GetBindingId() != m_binding)
         return m_requested != 0 && isRequested;
     if (!m_inputName.empty())
         return m_inputName == inputFile;
@@ -154,8 +172,9 @@ bool SourceSelection::KeepsEndpoint(const AudioServer& inUse, const AudioQueue& 
 
 AudioQueue* SourceSelection::ChooseQueue() {
     AudioQueue* queue = m_requested != 0 && m_kind == "QUEUE" ? RequestedQueue() : nullptr;
-    if (!queue)
-        queue = m_server->GetAudioQueueFromRoom(m_room);
+    const AudioServer* server = Server();
+    if (!queue && server)
+        queue = server->GetAudioQueueFromRoom(m_room);
     if (queue)
         queue = CheckQueue(queue);
     return queue ? queue : NewQueue();
@@ -163,11 +182,14 @@ AudioQueue* SourceSelection::ChooseQueue() {
 
 // The requested queue, if it exists; the room leaves another one that it hears now.
 AudioQueue* SourceSelection::RequestedQueue() {
-    AudioQueue* present = m_server->GetAudioQueueFromRoom(m_room);
-    if (present && present != m_server->GetAudioQueue(m_requested) && !present->GetWaitingForAddResponse() &&
-        present->GetStreamId() != protocol::kNoStream)
-        m_driver.RoomClient_Remove(m_room, m_server, &present);
-    return m_server->GetAudioQueue(m_requested);
+    AudioServer* server = Server();
+    AudioQueue* present = server ? server->GetAudioQueueFromRoom(m_room) : nullptr;
+    if (present && present->GetQueueId() != m_requested && !present->GetWaitingForAddResponse() &&
+        present->GetStreamId() != protocol::kNoStream) {
+        m_driver.RoomClient_Remove(m_room, server, &present);
+        server = Server();
+    }
+    return server ? server->GetAudioQueue(m_requested) : nullptr;
 }
 
 // The queue, or null when the room had to leave it. A queue with an input makes that the input of this
@@ -177,17 +199,31 @@ AudioQueue* SourceSelection::CheckQueue(AudioQueue* queue) {
         m_inputName = queue->GetInputFile();
     if (!m_inputName.empty() || !queue->IsSongListEmpty())
         return queue;
-    if (m_location.inputName == queue->GetInputFile() && m_server->ContainsRoom(m_room)) {
+    AudioServer* server = Server(); // which has the queue
+    if (m_location.inputName == queue->GetInputFile() && server->ContainsRoom(m_room)) {
         m_driver.LogMessage(kLogQueue, "Not removing room on reselect due to same source and server");
         return queue;
     }
-    m_driver.RoomClient_Remove(m_room, m_server, &queue);
+    m_driver.RoomClient_Remove(m_room, server, &queue);
     return nullptr;
 }
 
 AudioQueue* SourceSelection::NewQueue() {
-    AudioQueue* requested = m_inUse && m_requested != 0 ? m_inUse->GetAudioQueue(m_requested) : nullptr;
-    return requested ? requested : m_driver.AudioServer_CreateQueue(m_server, m_room);
+    const AudioServer* inUse = InUseServer();
+    AudioQueue* requested = inUse && m_requested != 0 ? inUse->GetAudioQueue(m_requested) : nullptr;
+    if (requested)
+        return requested;
+    AudioServer* server = Server();
+    return server ? m_driver.AudioServer_CreateQueue(server, m_room) : nullptr;
+}
+
+// Adds the room to the chosen queue; false when the queue has gone in the end.
+bool SourceSelection::Enter(AudioQueue& queue) {
+    if (m_driver.IsThere(queue))
+        AddRoom(queue);
+    if (m_driver.IsThere(queue))
+        TakeSourceDevice(queue);
+    return m_driver.IsThere(queue);
 }
 
 void SourceSelection::AddRoom(AudioQueue& queue) {
@@ -208,7 +244,7 @@ void SourceSelection::TakeSourceDevice(AudioQueue& queue) {
         return;
     room->TakeSourceDevice(queue.GetSourceDevice());
     for (const std::uint32_t deviceId : queue.GetDevicesInAnalogSource()) {
-        if (deviceId == m_driver.GetDeviceId())
+        if (deviceId == m_driver.GetDeviceId() || !m_driver.IsThere(queue))
             break;
         room->SelectDevice(deviceId);
     }
@@ -221,6 +257,8 @@ void SourceSelection::PlayInput(AudioQueue& queue) {
         if (auto* room = kv::GetDeviceService<IAnalogSource>(m_driver.GetHelper(), m_room))
             queue.SetDevicesInAnalogSource(room->GetDevicesInAnalogSource());
     }
+    if (!m_driver.IsThere(queue))
+        return;
     if (queue.GetStreamId() == protocol::kNoStream)
         StartInput(queue);
     else if (queue.GetQueueState() == END)
@@ -229,14 +267,21 @@ void SourceSelection::PlayInput(AudioQueue& queue) {
 
 // Two queues of a server never play the same input: the room moves to the one that has it.
 void SourceSelection::StartInput(AudioQueue& queue) {
-    AudioQueue* playing = m_server->GetAudioQueue(m_inputName);
+    AudioServer* server = Server();
+    if (!server)
+        return;
+    AudioQueue* playing = server->GetAudioQueue(m_inputName);
     if (playing && playing != &queue) {
         LeaveQueue(&queue);
+        if (!m_driver.IsThere(*playing)) {
+            ReturnNothing();
+            return;
+        }
         AddRoom(*playing);
         ReturnQueue(*playing);
         return;
     }
-    m_server->SetInUseInput(m_inputName, &queue);
+    server->SetInUseInput(m_inputName, &queue);
     queue.SetInputFile(m_inputName);
     if (!queue.GetWaitingForAddResponse())
         queue.CreateStream();
@@ -255,6 +300,10 @@ void SourceSelection::PlayQueue(AudioQueue& queue) {
 void SourceSelection::PlayPlaylist(AudioQueue& queue) {
     const std::uint32_t playlistId = m_location.mediaIds.empty() ? 0 : m_location.mediaIds.front();
     m_driver.Playlist_Load(m_room, playlistId, &queue, 0);
+    if (queue.IsSongListEmpty() && queue.GetInputFile().empty()) {
+        LeaveQueue(&queue); // the playlist had nothing to hear
+        return;
+    }
     Start(queue);
     FillResult(queue, true);
 }
@@ -296,6 +345,12 @@ void SourceSelection::LeaveQueue(AudioQueue* queue) {
 void SourceSelection::ReturnQueue(const AudioQueue& queue) {
     m_result.handled = true;
     m_result.queueId = queue.GetQueueId();
+    m_returned = &queue;
+}
+
+void SourceSelection::ReturnNothing() {
+    m_result = AVReturn();
+    m_returned = nullptr;
 }
 
 // What the room hears: the current media or, with `orNext` and nothing current, the next one.

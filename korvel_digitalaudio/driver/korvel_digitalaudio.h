@@ -159,6 +159,9 @@ private:
     AudioServer* AudioServer_GetServerFromRoom(std::uint32_t roomId) const;
     AudioQueue* AudioServer_GetQueueFromRoom(std::uint32_t roomId) const;
     AudioQueue* AudioServer_GetQueueFromId(std::uint32_t queueId) const;
+    // False once a call to the core has ended the queue or left it behind, which frees it with the outermost
+    // entry at the earliest.
+    bool IsThere(const AudioQueue& queue) const;
     AudioServer* GetServer(std::uint32_t bindingId) const;
     template <class Action>
     void ForEachServer(Action action);

@@ -127,15 +127,19 @@ AudioQueue* AudioServer::GetInUseClientQueue(const std::string& ip, std::uint32_
 
 void AudioServer::GetStatusVariable(KVXML::INode& parent) const {
     for (const std::uint32_t queueId : GetQueueIds()) {
-        if (AudioQueue* queue = GetAudioQueue(queueId))
-            parent.AppendChild(*queue->GetStatusData());
+        AudioQueue* queue = GetAudioQueue(queueId);
+        const auto status = queue ? queue->GetStatusData() : nullptr;
+        if (status && IsListed(*queue, queueId)) // unless it ended while its name was looked up
+            parent.AppendChild(*status);
     }
 }
 
 void AudioServer::GetStatusVariable132(KVXML::INode& parent) const {
     for (const std::uint32_t queueId : GetQueueIds()) {
-        if (AudioQueue* queue = GetAudioQueue(queueId))
-            parent.AppendChild(*queue->GetStatusDataVersion132());
+        AudioQueue* queue = GetAudioQueue(queueId);
+        const auto status = queue ? queue->GetStatusDataVersion132() : nullptr;
+        if (status && IsListed(*queue, queueId))
+            parent.AppendChild(*status);
     }
 }
 

@@ -44,11 +44,15 @@ void korvel_digitalaudio::UpdateRoomMapInfoVar() {
     const auto root = KVXML::CreateXmlNode("info");
     ForEachServer([&](const AudioServer& server) {
         for (const std::uint32_t queueId : server.GetQueueIds()) {
-            if (AudioQueue* queue = server.GetAudioQueue(queueId))
-                root->AppendChild(*queue->GetRoomMapData());
+            AudioQueue* queue = server.GetAudioQueue(queueId);
+            const auto info = queue ? queue->GetRoomMapData() : nullptr;
+            if (info &&
+                server.GetAudioQueue(queueId) == queue) // unless it ended while its name was looked up
+                root->AppendChild(*info);
         }
         const Announcement* announcement = server.GetAnnouncement();
-        if (announcement && !announcement->GetAddresses().empty())
+        if (announcement && GetServer(server.GetBindingId()) == &server &&
+            !announcement->GetAddresses().empty())
             AppendAnnouncement(*root, *announcement);
     });
     ChangeMyVariable(variables::kRoomMapInfo, root->ToText());
