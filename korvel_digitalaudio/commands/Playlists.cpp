@@ -49,13 +49,13 @@ void korvel_digitalaudio::OnAddPlaylist(const ICmdMessage& message, ICmdReturn* 
 void korvel_digitalaudio::Playlist_Load(std::uint32_t roomId, std::uint32_t playlistId, AudioQueue* queue,
                                         std::int32_t playNext) {
     IMediaManager* mediaManager = GetMediaManager();
-    if (!mediaManager)
-        return;
-    const auto songs = FromItems(mediaManager->GetPlaylistSongs(playlistId));
+    std::vector<AudioMedia> songs;
+    if (mediaManager)
+        songs = FromItems(mediaManager->GetPlaylistSongs(playlistId));
     queue->AddSongList(songs, playNext != 0);
     if (playNext != 0 && !songs.empty() && !queue->IsShuffleSet())
         queue->SetNextSong(songs.front());
-    if (queue->GetRoomClient(roomId))
+    if (mediaManager && queue->GetRoomClient(roomId))
         m_roomHistories.AddPlaylistToHistory(roomId, playlistId, mediaManager->GetPlaylistName(playlistId));
     UpdateRoomHistoryVariable();
 }

@@ -89,4 +89,25 @@ TEST_F(CommandsPlaylist, ANewRecordWithoutAnIdTakesNoSongs) {
     EXPECT_EQ(media.asked, Asked{});
 }
 
+class NoMediaHost final : public HookedHost {
+public:
+    using HookedHost::HookedHost;
+    IMediaManager* GetMediaManager() override { return nullptr; }
+};
+
+TEST(CommandsPlaylistWithoutADatabase, LoadingStillShowsTheHistory) {
+    TestCore core;
+    auto& inner = *kv::GetService<IDriverHost>(core.Instances());
+    NoMediaHost none{core, inner, *inner.GetMediaManager(), inner.GetTimerManager(), inner.GetHelper()};
+    core.Instances().Offer<IDriverHost>(none);
+    core.Run({"start", "online 3000 127.0.0.1"});
+    const auto lines = core.Run("command ADD_PLAYLIST ROOM_ID=7 MEDIA_ID=5");
+    EXPECT_TRUE(Has(lines, "< set 1002 <histories></histories>"));
+    EXPECT_TRUE(Has(lines, "< return <queueid>10000</queueid>"));
+    EXPECT_EQ(core.Run("command GET_ROOM_HISTORY ROOM_ID=7"),
+              Asked{R"(< return <history>\n <room>7</room>\n</history>\n)"});
+    core.Run("stop");
+    core.Instances().Offer<IDriverHost>(inner);
+}
+
 } // namespace

@@ -305,7 +305,7 @@ public:
     }
 };
 
-class HookedHost final : public Hooked<IDriverHost> {
+class HookedHost : public Hooked<IDriverHost> {
 public:
     HookedHost(TestCore& core, IDriverHost& inner, IMediaManager& media, ITimerManager& timers,
                IDriverHelperV2& helper)
