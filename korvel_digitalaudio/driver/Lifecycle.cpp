@@ -9,6 +9,9 @@ const std::string korvel_digitalaudio::s_DA_PlayPreferenceTag = "PlayPreference"
 const std::string korvel_digitalaudio::s_DigitalAudioSettingsTag = "DigitalAudioSettings";
 const std::string korvel_digitalaudio::s_DAClearPlaylistTag = "ClearPlayList";
 const std::string korvel_digitalaudio::s_DAClearPlaylistDelayTag = "ClearPlayListDelay";
+const bool korvel_digitalaudio::s_DefClearPlaylistFlag = true;
+const std::uint16_t korvel_digitalaudio::s_DefClearPlaylistDelayMinutes = 5;
+const DigitalAudioPlayPref korvel_digitalaudio::s_DefPlayPreference{};
 
 namespace {
 

@@ -23,7 +23,8 @@ void korvel_digitalaudio::OnSetPlaylistClearDelay(const ICmdMessage& message, IC
 }
 
 void korvel_digitalaudio::OnSetPlayPreference(const ICmdMessage& message, ICmdReturn*) {
-    UpdatePlayPreferenceVariable(kv::ToLong(message.GetParam("PLAY_PREF")));
+    const std::int32_t preference = kv::ToLong(message.GetParam("PLAY_PREF"));
+    UpdatePlayPreferenceVariable(static_cast<DigitalAudioPlayPref>(preference));
 }
 
 void korvel_digitalaudio::SetPlaylistClearFlag(bool clear) {

@@ -25,8 +25,8 @@ struct AddFlags;
 class OpenedQueue;
 } // namespace commands
 
-// What the user prefers to happen on play; opaque to the driver.
-using DigitalAudioPlayPref = std::int32_t;
+// What the user prefers to happen on play. Its values are the user interfaces' own; any number may come.
+enum DigitalAudioPlayPref : std::int32_t {};
 
 // The digital-audio driver: play queues for the rooms of a house, played by audio servers.
 //
@@ -40,6 +40,7 @@ class korvel_digitalaudio final : public KVBaseDriver,
                                   public RhapsodyCallbackBase,
                                   public IDigitalAudio {
 public:
+    // The plug-in exports these.
     static const std::string s_DigitalAudioPersistTag;
     static const std::string s_DA_LastServerIDTag;
     static const std::string s_DA_LastMediaIDTag;
@@ -47,9 +48,9 @@ public:
     static const std::string s_DigitalAudioSettingsTag;
     static const std::string s_DAClearPlaylistTag;
     static const std::string s_DAClearPlaylistDelayTag;
-    static constexpr bool s_DefClearPlaylistFlag = true;
-    static constexpr std::uint16_t s_DefClearPlaylistDelayMinutes = 5;
-    static constexpr DigitalAudioPlayPref s_DefPlayPreference = 0;
+    static const bool s_DefClearPlaylistFlag;
+    static const std::uint16_t s_DefClearPlaylistDelayMinutes;
+    static const DigitalAudioPlayPref s_DefPlayPreference;
 
     // A row of the command table. Parameters are named as docs/commands.md names them, parted by ", ".
     struct Command {

@@ -313,6 +313,36 @@ protected:
     }
 };
 
+TEST_F(PlugIn, ShowsItsNamedConstantsAndNothingMore) {
+    void* library = dlopen(KORVEL_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    const auto member = [&](const std::string& name, const std::string& tags = "") {
+        const std::string symbol =
+            "_ZN19korvel_digitalaudio" + std::to_string(name.size()) + name + tags + "E";
+        return dlsym(library, symbol.c_str());
+    };
+    const auto tag = [&](const std::string& name) {
+        const void* text = member(name, "B5cxx11");
+        return text ? *static_cast<const std::string*>(text) : "not shown";
+    };
+    EXPECT_EQ(tag("s_DigitalAudioPersistTag"), "korvel_digital_audio");
+    EXPECT_EQ(tag("s_DA_LastServerIDTag"), "lastserverid");
+    EXPECT_EQ(tag("s_DA_LastMediaIDTag"), "lastmediaid");
+    EXPECT_EQ(tag("s_DA_PlayPreferenceTag"), "PlayPreference");
+    EXPECT_EQ(tag("s_DigitalAudioSettingsTag"), "DigitalAudioSettings");
+    EXPECT_EQ(tag("s_DAClearPlaylistTag"), "ClearPlayList");
+    EXPECT_EQ(tag("s_DAClearPlaylistDelayTag"), "ClearPlayListDelay");
+    ASSERT_NE(member("s_DefClearPlaylistFlag"), nullptr);
+    EXPECT_TRUE(*static_cast<const bool*>(member("s_DefClearPlaylistFlag")));
+    ASSERT_NE(member("s_DefClearPlaylistDelayMinutes"), nullptr);
+    EXPECT_EQ(*static_cast<const std::uint16_t*>(member("s_DefClearPlaylistDelayMinutes")), 5);
+    ASSERT_NE(member("s_DefPlayPreference"), nullptr);
+    EXPECT_EQ(*static_cast<const std::int32_t*>(member("s_DefPlayPreference")), 0);
+    EXPECT_EQ(member("s_commands"), nullptr);
+    EXPECT_EQ(dlsym(library, "_ZTV19korvel_digitalaudio"), nullptr);
+    EXPECT_EQ(dlclose(library), 0);
+}
+
 TEST_F(PlugIn, CanBeLoadedAndUnloadedTwice) {
     LoadRunAndUnload();
     LoadRunAndUnload();
