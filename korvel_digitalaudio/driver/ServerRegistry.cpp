@@ -70,6 +70,16 @@ AudioQueue* korvel_digitalaudio::AudioServer_GetQueueFromId(std::uint32_t queueI
     return server ? server->GetAudioQueue(queueId) : nullptr;
 }
 
+// The queue after `queueId`, the first one for 0; also when the queue of that id has gone meanwhile.
+AudioQueue* korvel_digitalaudio::NextQueue(const AudioServer& server, std::uint32_t queueId) {
+    if (queueId == 0 || server.GetAudioQueue(queueId))
+        return server.GetNextAudioQueue(queueId);
+    AudioQueue* next = server.GetNextAudioQueue(0);
+    while (next && next->GetQueueId() < queueId)
+        next = server.GetNextAudioQueue(next->GetQueueId());
+    return next;
+}
+
 bool korvel_digitalaudio::IsThere(const AudioQueue& queue) const {
     return AudioServer_GetQueueFromId(queue.GetQueueId()) == &queue;
 }

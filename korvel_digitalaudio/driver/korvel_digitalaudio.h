@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "driver/QueueIds.h"
 #include "korvel_digitalaudio/IDigitalAudio.h"
 #include "platform/EntryGuard.h"
 #include "platform/KVBaseDriver.h"
@@ -168,6 +169,7 @@ private:
     void ForEachServer(Action action);
     template <class Action>
     void ForEachQueue(Action action);
+    static AudioQueue* NextQueue(const AudioServer& server, std::uint32_t queueId);
     void RetireServer(std::unique_ptr<AudioServer> server);
     void ReleaseRetiredServers();
     std::vector<std::uint32_t> GetMp3Devices(std::uint32_t deviceId);
@@ -316,7 +318,9 @@ private:
     [[maybe_unused]] IUINotifier* m_instanceA = nullptr;
     [[maybe_unused]] IDeviceMessaging* m_instanceB = nullptr;
     std::uint32_t m_activeServerBinding = 0; // the server on this controller; 0 until it has come online
-    std::uint32_t m_nextQueueId = 0;
+    // From the start: a queue of id 0 would keep a walk over queues going round, 0 standing for its
+    // beginning.
+    std::uint32_t m_nextQueueId = kFirstQueueId;
     kv::auto_com<IStringX> m_stringX;
     kv::auto_com<IKVMessage> m_message;
     std::uint32_t m_lastServerBinding = 0;
@@ -369,13 +373,14 @@ void korvel_digitalaudio::ForEachServer(Action action) {
     }
 }
 
-// In ascending binding id and queue id.
+// In ascending binding id and queue id. The action may end any queue, the one that it is called with too.
 template <class Action>
 void korvel_digitalaudio::ForEachQueue(Action action) {
     ForEachServer([&](AudioServer& server) {
-        for (const std::uint32_t queueId : server.GetQueueIds()) {
-            if (AudioQueue* queue = server.GetAudioQueue(queueId))
-                action(*queue);
+        std::uint32_t walked = 0; // the last queue's id
+        while (AudioQueue* queue = NextQueue(server, walked)) {
+            walked = queue->GetQueueId();
+            action(*queue);
         }
     });
 }
