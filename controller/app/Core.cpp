@@ -11,8 +11,8 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
       m_log(log),
       m_folder(config.stateFolder),
       m_system(log),
-      m_timers(loop),
       m_driver(log),
+      m_timers(loop, m_driver),
       m_rooms(config.rooms),
       m_sources(m_rooms, log),
       m_variables(m_events),
@@ -29,7 +29,7 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
       m_stateFile(config.stateFolder + "/driver-state.xml", log),
       m_state(loop, m_driver, m_stateFile),
       m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_library, m_state}),
-      m_rhapsody(loop, log, config.catalogAddress),
+      m_rhapsody(loop, log, m_driver, config.catalogAddress),
       m_stringX(CreateStandardStringX()),
       m_message(CreateStandardKVMessage()) {
     m_devices.SetRoomListener(
@@ -42,11 +42,18 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
     });
     m_router.SetRoomOffListener([this] { m_announcements.OnRoomOff(); });
     OfferServices();
-    m_plugin = std::make_unique<Plugin>(config.plugin, m_instances);
+    StartDriver();
+}
+
+void Core::StartDriver() {
+    m_plugin = std::make_unique<Plugin>(m_config.plugin, m_instances);
+    m_driver.Attach(m_plugin->GetDriver(), kv::GetService<IDigitalAudio>(m_instances));
     const auto settings = KVXML::CreateXmlNode("config");
     const auto persist = m_stateFile.Load();
-    m_plugin->Initialize(kDriverDeviceId, *settings, persist.get());
-    m_driver.Attach(m_plugin->GetDriver(), kv::GetService<IDigitalAudio>(m_instances));
+    const std::int32_t result = m_driver.Initialize(kDriverDeviceId, *settings, persist.get());
+    if (result < 0)
+        throw PluginError("the driver of " + m_config.plugin + " cannot run: its initialisation returned " +
+                          std::to_string(result));
 }
 
 Core::~Core() {
@@ -80,8 +87,8 @@ void Core::Stop() {
     m_library.CancelScan();
     m_state.SaveNow();
     m_bindings.Stop();
+    m_driver.Enter("its end", [this] { m_plugin.reset(); });
     m_driver.Detach();
-    m_plugin.reset();
     m_timers.CancelAll();
 }
 

@@ -50,14 +50,15 @@ public:
 
 private:
     void OfferServices();
+    void StartDriver();
 
     const Config m_config;
     const Log& m_log;
     StateFolder m_folder;
     EventBus m_events;
     RealSystem m_system;
-    TimerService m_timers;
     DriverPort m_driver;
+    TimerService m_timers;
     RoomTable m_rooms;
     AnalogSources m_sources;
     VariableStore m_variables;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "host/Log.h"
@@ -9,9 +10,10 @@
 
 namespace korvel::controller {
 
-// The one way into the driver. Entries come from handlers of the loop, never from within a service that the
+// The one way into the driver: through its entries and through what it handed out to be called back, from its
+// initialisation to its end. Entries come from handlers of the loop, never from within a service that the
 // driver is calling: whoever has something to tell the driver then posts it. An entry that comes all the same
-// is logged and dropped, and so is every entry while no driver is attached.
+// is logged and dropped; every entry is dropped while no driver is attached. No exception comes out.
 class DriverPort {
 public:
     explicit DriverPort(const Log& log) : m_log(log) {}
@@ -28,6 +30,11 @@ public:
     }
     bool MakesAnnouncements() const { return m_announcements != nullptr; }
 
+    // Runs `call`, which enters the driver by a callback or ends it. False when it was dropped or let an
+    // exception out.
+    bool Enter(const char* entry, const std::function<void()>& call);
+    // What the driver returned; -1 when it failed to.
+    std::int32_t Initialize(std::uint32_t deviceId, KVXML::INode& config, KVXML::INode* persist);
     void BindingChanged(std::uint32_t bindingId);
     // The bound call `name` with `data` over an audio server's binding.
     void BoundCall(std::uint32_t bindingId, const std::string& name, const std::string& data);
@@ -43,10 +50,7 @@ public:
     void RemoveAnnouncementStream();
 
 private:
-    template <class Body>
-    void Enter(const char* entry, Body&& body);
-    template <class Body>
-    void Announce(const char* entry, Body&& body);
+    void Announce(const char* entry, const std::function<void(IDigitalAudio&)>& call);
 
     const Log& m_log;
     IDriver* m_driver = nullptr;

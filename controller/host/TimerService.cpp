@@ -7,8 +7,9 @@ std::uint32_t TimerService::StartTimer(std::uint32_t milliseconds, std::uint32_t
     // Nobody to call and nothing to count: the timer is gone before it begins.
     if (count == 0 || !callback)
         return ++m_lastId;
-    const std::uint32_t id = Start(
-        milliseconds, count, [callback](std::uint32_t timerId) { callback->OnTimerExpired(timerId, 0); });
+    const std::uint32_t id = Start(milliseconds, count, [this, callback](std::uint32_t timerId) {
+        m_driver.Enter("OnTimerExpired of a callback", [&] { callback->OnTimerExpired(timerId, 0); });
+    });
     m_timers.at(id)->owner = callback;
     return id;
 }

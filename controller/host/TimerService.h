@@ -5,18 +5,19 @@
 #include <memory>
 #include <unordered_map>
 
+#include "host/DriverPort.h"
 #include "net/Asio.h"
 #include "platform/TimerManager.h"
 
 namespace korvel::controller {
 
 // Timers on the driver's loop. The timers of drivers (IDriverHost::AddTimer) count in the same sequence of
-// ids.
+// ids. The callbacks of the driver's objects are called through its port.
 class TimerService final : public ITimerManager {
 public:
     static constexpr std::uint32_t kForever = 0; // as a count: until cancelled
 
-    explicit TimerService(asio::io_context& loop) : m_loop(loop) {}
+    TimerService(asio::io_context& loop, DriverPort& driver) : m_loop(loop), m_driver(driver) {}
     ~TimerService() { *m_alive = false; }
     TimerService(const TimerService&) = delete;
     TimerService& operator=(const TimerService&) = delete;
@@ -48,6 +49,7 @@ private:
     void OnClock(std::uint32_t id);
 
     asio::io_context& m_loop;
+    DriverPort& m_driver;
     // An expiry that is on its way finds its timer gone from here once it was cancelled.
     std::unordered_map<std::uint32_t, std::unique_ptr<Timer>> m_timers;
     std::uint32_t m_lastId = 0;

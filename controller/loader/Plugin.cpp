@@ -10,7 +10,7 @@ void Plugin::Unload::operator()(void* library) const {
     dlclose(library);
 }
 
-Plugin::Plugin(const std::string& path, IInstanceManager& instances) : m_path(path) {
+Plugin::Plugin(const std::string& path, IInstanceManager& instances) {
     std::error_code failed;
     if (!std::filesystem::is_regular_file(path, failed))
         throw PluginError("the plug-in " + path + " is not there");
@@ -32,18 +32,13 @@ Plugin::Plugin(const std::string& path, IInstanceManager& instances) : m_path(pa
         m_driver.reset(create(instances));
     } catch (const std::exception& error) {
         throw PluginError("the plug-in " + path + " failed to make its driver: " + error.what());
+    } catch (...) {
+        throw PluginError("the plug-in " + path + " failed to make its driver");
     }
     if (!m_driver)
         throw PluginError("the plug-in " + path + " made no driver");
 }
 
 Plugin::~Plugin() = default;
-
-void Plugin::Initialize(std::uint32_t deviceId, KVXML::INode& config, KVXML::INode* persist) {
-    const std::int32_t result = m_driver->Initialize(deviceId, config, persist);
-    if (result < 0)
-        throw PluginError("the driver of " + m_path + " cannot run: its initialisation returned " +
-                          std::to_string(result));
-}
 
 } // namespace korvel::controller

@@ -27,15 +27,11 @@ public:
 
     IDriver& GetDriver() { return *m_driver; }
 
-    // IDriver::Initialize. Throws PluginError when the driver cannot run.
-    void Initialize(std::uint32_t deviceId, KVXML::INode& config, KVXML::INode* persist);
-
 private:
     struct Unload {
         void operator()(void* library) const;
     };
 
-    std::string m_path;
     std::unique_ptr<void, Unload> m_library;
     std::unique_ptr<IDriver> m_driver; // declared last: its code is in the library
 };

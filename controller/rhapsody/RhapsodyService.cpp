@@ -41,12 +41,13 @@ std::vector<DataTrackFull> ReadTrack(const json& reply) {
 
 class Client final : public KVRhapsodyClient::RhapsodyClient {
 public:
-    Client(asio::io_context& loop, const Log& log, const std::string& address, const CatalogTiming& timing,
-           IRhapsodyCallback* callback)
-        : m_address(address),
-          m_link(std::make_shared<CatalogLink>(loop, log, timing, [callback](bool connected) {
+    Client(asio::io_context& loop, const Log& log, DriverPort& driver, const std::string& address,
+           const CatalogTiming& timing, IRhapsodyCallback* callback)
+        : m_driver(driver),
+          m_address(address),
+          m_link(std::make_shared<CatalogLink>(loop, log, timing, [&driver, callback](bool connected) {
               if (callback)
-                  callback->RC_ConnectionChanged(connected);
+                  driver.Enter("RC_ConnectionChanged", [&] { callback->RC_ConnectionChanged(connected); });
           })) {}
     ~Client() override { m_link->Stop(); }
 
@@ -84,34 +85,36 @@ private:
     // reading throws is an answer that cannot be read.
     template <class Read>
     void Ask(json question, IRhapsodyCallback* callback, Read read) {
-        m_link->Ask(std::move(question), [callback, read](RC_Error code, const json& reply) {
-            if (!callback)
-                return;
-            std::function<void()> handOver = [callback, code] { callback->RC_ErrorHandler(code); };
-            if (code == kRhapsodyDone) {
-                try {
-                    handOver = read(reply, *callback);
-                } catch (const json::exception&) {
-                    handOver = [callback] { callback->RC_ErrorHandler(kRhapsodyInvalidData); };
+        m_link->Ask(
+            std::move(question), [&driver = m_driver, callback, read](RC_Error code, const json& reply) {
+                if (!callback)
+                    return;
+                std::function<void()> handOver = [callback, code] { callback->RC_ErrorHandler(code); };
+                if (code == kRhapsodyDone) {
+                    try {
+                        handOver = read(reply, *callback);
+                    } catch (const json::exception&) {
+                        handOver = [callback] { callback->RC_ErrorHandler(kRhapsodyInvalidData); };
+                    }
                 }
-            }
-            handOver();
-        });
+                driver.Enter("an answer of the streaming service", handOver);
+            });
     }
 
+    DriverPort& m_driver;
     const std::string m_address;
     std::shared_ptr<CatalogLink> m_link;
 };
 
 } // namespace
 
-RhapsodyService::RhapsodyService(asio::io_context& loop, const Log& log, std::string address,
-                                 CatalogTiming timing)
-    : m_loop(loop), m_log(log), m_address(std::move(address)), m_timing(timing) {}
+RhapsodyService::RhapsodyService(asio::io_context& loop, const Log& log, DriverPort& driver,
+                                 std::string address, CatalogTiming timing)
+    : m_loop(loop), m_log(log), m_driver(driver), m_address(std::move(address)), m_timing(timing) {}
 
 std::unique_ptr<KVRhapsodyClient::RhapsodyClient> RhapsodyService::CreateClient(
     KVRhapsodyClient::RhapsodyBranding, ITimerManager&, IRhapsodyCallback* callback) {
-    return std::make_unique<Client>(m_loop, m_log, m_address, m_timing, callback);
+    return std::make_unique<Client>(m_loop, m_log, m_driver, m_address, m_timing, callback);
 }
 
 } // namespace korvel::controller

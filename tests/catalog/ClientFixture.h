@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Gateway.h"
+#include "RecordingDriver.h"
 #include "TestHouse.h"
 #include "rhapsody/RhapsodyService.h"
 
@@ -52,10 +53,11 @@ private:
 // Clients of the streaming service, the gateway's catalogue, and who hears of it all.
 class ClientTest : public testing::Test {
 protected:
+    ClientTest() { driverPort.Attach(driver); }
     // Milliseconds for a whole answer.
     std::unique_ptr<KVRhapsodyClient::RhapsodyClient> MakeClient(int patience = 5000,
                                                                  const std::string& address = "") {
-        RhapsodyService service(loop.loop, log, address,
+        RhapsodyService service(loop.loop, log, driverPort, address,
                                 {milliseconds(patience), BackOff(milliseconds(1), milliseconds(20))});
         return service.CreateClient(KVRhapsodyClient::RhapsodyBranding::Standard, timers, &general);
     }
@@ -87,8 +89,10 @@ protected:
                                    tests::ListEntry("playlist", "p", "[\"a\", \"b\", \"a\"]") +
                                    tests::ListEntry("playlist", "q", "[]"));
     TestLoop loop;
-    TimerService timers{loop.loop};
     Log log{LogLevel::Error, std::fopen("/dev/null", "w")};
+    RecordingDriver driver;
+    DriverPort driverPort{log};
+    TimerService timers{loop.loop, driverPort};
     Listener general;  // hears of the connection
     Listener listener; // hears the answers
     std::size_t answered = 0;

@@ -47,10 +47,10 @@ protected:
     Log log{LogLevel::Error};
     EventBus events;
     RoomTable rooms{{{1, "Hall", "10.0.0.1", 6200, 1}, {2, "Bath", "10.0.0.2", 6200, 1}}};
-    TimerService timers{loop.loop};
     RecordingDriver driver;
     RecordingAudio audio;
     DriverPort port{log};
+    TimerService timers{loop.loop, port};
     Texts states;
     std::optional<Announcements> announcements;
 };

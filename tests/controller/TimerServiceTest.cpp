@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "RecordingDriver.h"
 #include "TestHouse.h"
 #include "host/TimerService.h"
 
@@ -10,6 +11,7 @@ namespace {
 
 class TimerServiceTest : public testing::Test, public ITimerManagerCallback {
 protected:
+    TimerServiceTest() { port.Attach(driver); }
     void OnTimerExpired(std::uint32_t id, std::int32_t) override {
         expired.push_back(id);
         if (onExpiry)
@@ -17,7 +19,10 @@ protected:
     }
 
     TestLoop loop;
-    TimerService timers{loop.loop};
+    Log log{LogLevel::Error};
+    RecordingDriver driver;
+    DriverPort port{log};
+    TimerService timers{loop.loop, port};
     std::vector<std::uint32_t> expired;
     std::function<void()> onExpiry;
 };
