@@ -58,6 +58,7 @@ std::int32_t korvel_digitalaudio::AudioServer_CreateQueue(std::uint32_t roomId, 
 AudioQueue* korvel_digitalaudio::AudioServer_CreateQueue(AudioServer* server, std::uint32_t roomId) {
     AudioQueue* queue = server->CreateAudioQueue(roomId, m_nextQueueId);
     m_nextQueueId = NextQueueId(m_nextQueueId);
+    ListRoom(roomId);
     SetQueuesShuffleState(*queue, roomId);
     SetQueuesRepeatState(*queue, roomId);
     return queue;

@@ -8,8 +8,15 @@ using KVXML::INode;
 using NodePtr = kv::auto_com<INode>;
 
 namespace {
+
 constexpr const char* kSettingsTag = "room_queue_settings";
 constexpr const char* kRoomTag = "room_info";
+
+bool IsSet(const std::map<std::uint32_t, bool>& modes, std::uint32_t roomId) {
+    const auto found = modes.find(roomId);
+    return found != modes.end() && found->second;
+}
+
 } // namespace
 
 void korvel_digitalaudio::AddRoomsShuffleState(std::uint32_t roomId, bool on) {
@@ -22,14 +29,14 @@ void korvel_digitalaudio::AddRoomsRepeatState(std::uint32_t roomId, bool on) {
     UpdateRoomsQueueSettingsVariable(nullptr);
 }
 
-// Lists the rooms whose shuffle was set; repeat alone does not make a room known.
-NodePtr korvel_digitalaudio::RoomQueueSettingsToXml() {
+// Lists the rooms that had a queue or whose shuffle was set; repeat alone does not make a room known.
+NodePtr korvel_digitalaudio::RoomQueueSettingsToXml() const {
     auto settings = KVXML::CreateXmlNode(kSettingsTag);
     for (const auto& [roomId, shuffle] : m_roomShuffle) {
         auto room = XmlHelper::AddChild(*settings, kRoomTag);
         XmlHelper::toXml(roomId, *room, "roomid");
         XmlHelper::toXml(std::uint32_t{shuffle}, *room, "shuffle");
-        XmlHelper::toXml(std::uint32_t{m_roomRepeat[roomId]}, *room, "repeat");
+        XmlHelper::toXml(std::uint32_t{IsSet(m_roomRepeat, roomId)}, *room, "repeat");
     }
     return settings;
 }
@@ -60,14 +67,18 @@ void korvel_digitalaudio::RoomQueueSettingsFromXml(INode* persist) {
     }
 }
 
+void korvel_digitalaudio::ListRoom(std::uint32_t roomId) {
+    m_roomShuffle.try_emplace(roomId, false);
+}
+
 void korvel_digitalaudio::SetQueuesShuffleState(AudioQueue& queue, std::uint32_t roomId) {
-    const bool on = m_roomShuffle[roomId];
+    const bool on = IsSet(m_roomShuffle, roomId);
     if (on != queue.IsShuffleSet())
         queue.SetShuffle(on);
 }
 
 void korvel_digitalaudio::SetQueuesRepeatState(AudioQueue& queue, std::uint32_t roomId) {
-    const bool on = m_roomRepeat[roomId];
+    const bool on = IsSet(m_roomRepeat, roomId);
     if (on != queue.IsRepeatSet())
         queue.SetRepeat(on);
 }

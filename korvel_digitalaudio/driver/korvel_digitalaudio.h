@@ -196,9 +196,11 @@ private:
     // RoomQueueSettings.cpp
     void AddRoomsShuffleState(std::uint32_t roomId, bool on);
     void AddRoomsRepeatState(std::uint32_t roomId, bool on);
-    kv::auto_com<KVXML::INode> RoomQueueSettingsToXml();
+    kv::auto_com<KVXML::INode> RoomQueueSettingsToXml() const;
     void UpdateRoomsQueueSettingsVariable(KVXML::INode* parent);
     void RoomQueueSettingsFromXml(KVXML::INode* persist);
+    // A room with a queue is listed in the settings from then on.
+    void ListRoom(std::uint32_t roomId);
     void SetQueuesShuffleState(AudioQueue& queue, std::uint32_t roomId);
     void SetQueuesRepeatState(AudioQueue& queue, std::uint32_t roomId);
 

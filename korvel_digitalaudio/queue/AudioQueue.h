@@ -154,11 +154,12 @@ public:
     void SetWaitingForAddResponse(bool waiting) { m_waitingForAddResponse = waiting; }
     // What the stream can do: a list of words separated by commas.
     void UpdateCaps(const std::string& caps);
-    // Turning a single-stream mode on, or off when it is on, empties the queue.
-    void SetIsInternetRadio(bool on);
-    bool IsInternetRadio() const { return m_isInternetRadio; }
-    void SetIsRhapsodyChannel(bool on);
-    bool IsRhapsodyChannel() const { return m_isRhapsodyChannel; }
+    // A queue plays songs, or it is a radio or a channel of the streaming service, which play a single
+    // stream. Turning one of these modes on, or off when it is on, empties the queue.
+    void SetIsInternetRadio(bool on) { ChangeMode(Mode::kRadio, on); }
+    bool IsInternetRadio() const { return m_mode == Mode::kRadio; }
+    void SetIsRhapsodyChannel(bool on) { ChangeMode(Mode::kChannel, on); }
+    bool IsRhapsodyChannel() const { return m_mode == Mode::kChannel; }
 
     // Rooms.cpp
     // -----------------------------------------------------------------------------------------------------
@@ -226,6 +227,8 @@ private:
     // A time of last navigation that stands for none.
     static constexpr std::uint32_t kNeverNavigated = 0xFFFFFFFFu;
 
+    enum class Mode { kSongs, kRadio, kChannel };
+
     struct SecondaryInfo {
         std::string artist, album, title, genre, imageUrl;
     };
@@ -251,9 +254,9 @@ private:
         bool operator==(const Status132&) const = default;
     };
 
-    bool IsSingleStream() const { return m_isRhapsodyChannel || m_isInternetRadio; }
+    bool IsSingleStream() const { return m_mode != Mode::kSongs; }
     // A channel queue keeps its one item until it is cleared.
-    bool IsListLocked() const { return !m_songs->empty() && m_isRhapsodyChannel; }
+    bool IsListLocked() const { return !m_songs->empty() && IsRhapsodyChannel(); }
     const std::vector<AudioMedia>& ActiveList() const { return m_shuffle ? m_shuffled : *m_songs; }
     // Throws std::out_of_range past the end.
     static const AudioMedia& ItemAt(const std::vector<AudioMedia>& list, std::uint32_t index);
@@ -261,6 +264,9 @@ private:
     void MoveToFront(std::size_t position);
     void StopAndRewind();
     bool PlayChannel();
+    void ChangeMode(Mode mode, bool on);
+    void EndMode(Mode mode);
+    void ForgetMode(Mode mode);
     void AddPacket(std::unique_ptr<ASPacketBase> packet, bool skipWaiting = false);
     std::string OwnerName() const;
     kv::auto_com<KVXML::INode> StatusRoot(const std::string& name, QueueState state) const;
@@ -305,8 +311,7 @@ private:
     std::uint32_t m_sourceDevice = 0;
     bool m_waitingForAddResponse = false;
     bool m_canPause = true;
-    bool m_isRhapsodyChannel = false;
-    bool m_isInternetRadio = false;
+    Mode m_mode = Mode::kSongs;
     std::uint32_t m_errorPeriodStart = 0; // monotonic clock, milliseconds
     std::uint32_t m_errorCount = 0;
     bool m_stoppedByErrors = false;

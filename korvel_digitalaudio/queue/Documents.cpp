@@ -40,7 +40,7 @@ NodePtr AudioQueue::GetSessionData() const {
 
 // A type code is a signed number, and commands can bring in any.
 std::string AudioQueue::PublishedSource(const AudioMedia& media) const {
-    return std::to_string(m_isInternetRadio ? std::int32_t{MEDIA_INTERNET_RADIO} : media.type);
+    return std::to_string(IsInternetRadio() ? std::int32_t{MEDIA_INTERNET_RADIO} : media.type);
 }
 
 NodePtr AudioQueue::GetInfoVariable() const {
@@ -159,7 +159,7 @@ NodePtr AudioQueue::GetStatusData() {
         // A pin past the end of the list: there is no telling what comes next, and the other queues must
         // still show.
     }
-    status.internetRadio = m_isInternetRadio;
+    status.internetRadio = IsInternetRadio();
     status.index = PublishedIndex(m_currentIndex == NO_SONG_INDEX ? AudioMedia() : m_currentMedia);
     status.rooms = m_rooms.GetRevision();
     return m_status.Get(std::move(status), [&](const Status& shown) {

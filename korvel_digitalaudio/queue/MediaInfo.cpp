@@ -96,15 +96,15 @@ void AudioQueue::DescribeDigital(INode& info, const AudioMedia& media) const {
         XmlHelper::toXml("", info, "display");
         return;
     }
-    if (m_isInternetRadio)
+    if (IsInternetRadio())
         XmlHelper::toXml("INTERNET_MEDIA", info, "mediatypeV2");
     auto* mediaManager = kv::GetService<IMediaManager>(m_instances);
     const NodePtr record = mediaManager ? mediaManager->GetMediaRecord(
-                                              media.mediaId, m_isInternetRadio ? "BROADCAST_AUDIO" : "SONG")
+                                              media.mediaId, IsInternetRadio() ? "BROADCAST_AUDIO" : "SONG")
                                         : nullptr;
     if (!record)
         return;
-    if (m_isInternetRadio)
+    if (IsInternetRadio())
         DescribeStation(info, *record, media);
     else
         DescribeSong(info, *record);

@@ -78,9 +78,9 @@ void AudioQueue::RemoveSong(const AudioMedia& item) {
         ShuffleQueue();
     if (m_songs->empty()) {
         RemoveCurrentSong();
-        if (m_isRhapsodyChannel)
+        if (IsRhapsodyChannel())
             SetIsRhapsodyChannel(false);
-        else if (m_isInternetRadio)
+        else if (IsInternetRadio())
             SetIsInternetRadio(false);
     }
     UpdateInfoVariable();
@@ -108,10 +108,9 @@ bool AudioQueue::ReplaceSongList(const std::vector<AudioMedia>& items) {
 }
 
 void AudioQueue::ClearSongs() {
-    if (m_isInternetRadio)
+    if (IsInternetRadio())
         RemoveCurrentSong();
-    m_isInternetRadio = false;
-    m_isRhapsodyChannel = false;
+    m_mode = Mode::kSongs;
     m_currentMedia.type = MEDIA_NONE;
     m_songs.Change().clear();
     m_shuffled.clear();

@@ -60,28 +60,38 @@ void AudioQueue::UpdateCaps(const std::string& caps) {
     }
 }
 
-void AudioQueue::SetIsInternetRadio(bool on) {
-    if (m_isInternetRadio || on) {
-        SetIsRhapsodyChannel(false);
-        ClearSongs();
-    }
+// Whatever the queue was before, no trace of the other mode is left. What clearing the list tells may be
+// answered by a change of mode; this one has the last word.
+void AudioQueue::ChangeMode(Mode mode, bool on) {
     if (!on) {
-        m_canPause = true;
-        ClearNotifications();
+        EndMode(mode);
+        return;
     }
-    m_isInternetRadio = on;
-    if (on) // what clearing the list told may have been answered by making the queue a channel
-        m_isRhapsodyChannel = false;
+    EndMode(mode == Mode::kRadio ? Mode::kChannel : Mode::kRadio);
+    ClearSongs();
+    if (mode == Mode::kChannel)
+        ForgetMode(mode);
+    m_mode = mode;
 }
 
-void AudioQueue::SetIsRhapsodyChannel(bool on) {
-    if (m_isRhapsodyChannel || on) {
-        SetIsInternetRadio(false);
+// A queue that is in another mode stays in it, but what the ended one leaves behind goes in any case.
+void AudioQueue::EndMode(Mode mode) {
+    if (m_mode == mode) {
+        ForgetMode(mode == Mode::kRadio ? Mode::kChannel : Mode::kRadio);
         ClearSongs();
     }
-    m_isRhapsodyChannel = on;
-    if (on) // a queue in both modes would go round between the two for ever
-        m_isInternetRadio = false;
-    m_errorCount = 0;
-    m_stoppedByErrors = false;
+    ForgetMode(mode);
+    if (m_mode == mode)
+        m_mode = Mode::kSongs;
+}
+
+// A radio leaves behind what its stream can do and who hears of it; a channel, the count of its failures.
+void AudioQueue::ForgetMode(Mode mode) {
+    if (mode == Mode::kRadio) {
+        m_canPause = true;
+        ClearNotifications();
+    } else {
+        m_errorCount = 0;
+        m_stoppedByErrors = false;
+    }
 }
