@@ -6,8 +6,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::uint32_t kRoomMapInfo = 1009;
-
 class HouseAnnouncementTest : public HouseWithDriver {
 protected:
     RawReply Announce(const json& rooms, const std::string& path) {
@@ -28,7 +26,7 @@ TEST_F(HouseAnnouncementTest, IsHeardInItsRoomsAndThenTheMusicAgain) {
     AnnounceOn("2", {1, 2});
     EXPECT_TRUE(server.Heard("addcli 2 127.0.0.1 6200"));
     EXPECT_TRUE(server.Heard("addcli 2 127.0.0.1 6202"));
-    EXPECT_NE(Variable(kRoomMapInfo).find("Announcement"), std::string::npos);
+    EXPECT_NE(Variable("ROOM_MAP_INFO").find("Announcement"), std::string::npos);
     EXPECT_EQ(house->Get("/api/status").Json()["announcement"],
               (json{{"state", "playing"}, {"rooms", {1, 2}}, {"file", chime}}));
 
@@ -36,7 +34,7 @@ TEST_F(HouseAnnouncementTest, IsHeardInItsRoomsAndThenTheMusicAgain) {
     EXPECT_TRUE(Hears("remstr 2"));
     EXPECT_TRUE(Told({{"type", "announcement"}, {"state", "complete"}, {"rooms", {1, 2}}}));
     EXPECT_FALSE(IsAnnouncing());
-    EXPECT_EQ(Variable(kRoomMapInfo).find("Announcement"), std::string::npos);
+    EXPECT_EQ(Variable("ROOM_MAP_INFO").find("Announcement"), std::string::npos);
     EXPECT_EQ(QueueOf(1), 10000u);
     EXPECT_FALSE(house->IsRouted(2));
     EXPECT_FALSE(server.Heard("remcli 1")) << "the music goes on beneath";

@@ -14,8 +14,9 @@ TEST_F(HousePersistenceTest, SettingsSurviveARestart) {
     house->Command("SET_PLAY_PREFERENCE", {{"PLAY_PREF", 3}});
     house->Command("SHUFFLE", {{"ROOM_ID", 2}, {"SHUFFLE", 1}});
     Restart();
-    EXPECT_NE(Variable(1003).find("2"), std::string::npos) << Variable(1003);
-    EXPECT_EQ(Variable(1008), "3");
+    EXPECT_NE(Variable("ROOM_QUEUE_SETTINGS").find("2"), std::string::npos)
+        << Variable("ROOM_QUEUE_SETTINGS");
+    EXPECT_EQ(Variable("PLAY_PREFERENCE"), "3");
     const std::string xml = ReadFile(state.File("driver-state.xml"));
     EXPECT_NE(xml.find("<ClearPlayListDelay>17</ClearPlayListDelay>"), std::string::npos) << xml;
     EXPECT_NE(xml.find("<ClearPlayList>false</ClearPlayList>"), std::string::npos) << xml;
@@ -33,7 +34,7 @@ TEST_F(HousePersistenceTest, ACorruptStateMeansDefaults) {
     house.reset();
     state.Write("driver-state.xml", "<korvel_digital_audio><PlayPref");
     StartHouse();
-    EXPECT_EQ(Variable(1008), "0");
+    EXPECT_EQ(Variable("PLAY_PREFERENCE"), "0");
     EXPECT_FALSE(ReadFile(state.File("driver-state.xml.corrupt")).empty());
 }
 

@@ -60,7 +60,13 @@ protected:
             });
         });
     }
-    std::string Variable(std::uint32_t id) { return house->GetCore().GetVariables().All().at(id).value; }
+    std::string Variable(const std::string& name) {
+        for (const auto& [id, variable] : house->GetCore().GetVariables().All()) {
+            if (variable.name == name)
+                return variable.value;
+        }
+        return "no variable " + name;
+    }
     RawReply Add(std::uint32_t room, std::uint32_t song = kFirstSong) {
         return house->Command("ADD_SONG", {{"ROOM_ID", room}, {"MEDIA_ID", song}});
     }

@@ -31,9 +31,9 @@ protected:
     void Command(const std::string& name, const json& parameters) {
         client->Post("/api/command", {{"name", name}, {"parameters", parameters}});
     }
-    std::string Variable(int id) {
+    std::string Variable(const std::string& name) {
         for (const json& variable : client->Get("/api/variables")) {
-            if (variable.at("id") == id)
+            if (variable.at("name") == name)
                 return variable.at("value");
         }
         return "none";
@@ -61,15 +61,15 @@ TEST_F(KillTest, SettingsAreThereAgain) {
     Command("SET_PLAY_PREFERENCE", {{"PLAY_PREF", 3}});
     Command("SHUFFLE", {{"ROOM_ID", 2}, {"SHUFFLE", 1}});
     Command("REPEAT", {{"ROOM_ID", 2}, {"REPEAT", 1}});
-    const std::string roomSettings = Variable(1003);
+    const std::string roomSettings = Variable("ROOM_QUEUE_SETTINGS");
     EXPECT_NE(roomSettings.find("<roomid>2</roomid><shuffle>1</shuffle><repeat>1</repeat>"),
               std::string::npos)
         << roomSettings;
     Kill();
 
     Start();
-    EXPECT_EQ(Variable(1003), roomSettings);
-    EXPECT_EQ(Variable(1008), "3");
+    EXPECT_EQ(Variable("ROOM_QUEUE_SETTINGS"), roomSettings);
+    EXPECT_EQ(Variable("PLAY_PREFERENCE"), "3");
     // What the driver itself took over shows in what it saves at its end.
     process->Signal(SIGTERM);
     EXPECT_EQ(process->Wait(), 0);
