@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "driver/DeviceIds.h"
+#include "basics/Ids.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/XmlHelper.h"
 

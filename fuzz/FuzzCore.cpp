@@ -159,7 +159,6 @@ bool FuzzCore::GetInstance(const std::string& id, void** instance) {
 }
 
 // Services
-// --------------------------------------------------------------------------------------------------------
 
 void FuzzCore::VmAdd(std::uint32_t, const std::string&, std::uint32_t, const std::string&, std::int32_t,
                      std::int32_t, const std::string&) {

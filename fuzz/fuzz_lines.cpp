@@ -1,6 +1,6 @@
 // What an audio server says: each line of the input, to a driver with queues in several states.
 #include "FuzzCore.h"
-#include "server/ASPacket.h"
+#include "server/link/ASPacket.h"
 
 namespace {
 

@@ -1,11 +1,10 @@
 // Albums, and all songs of an artist or genre.
+#include "basics/LogLevels.h"
 #include "commands/Adding.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/XmlHelper.h"
 
 namespace {
-
-constexpr int kLogConfiguration = 7;
 
 std::vector<AudioMedia> SongsOfAlbum(const KVXML::INode& album) {
     std::vector<AudioMedia> songs;
@@ -89,7 +88,7 @@ std::vector<AudioMedia> korvel_digitalaudio::SongsOfArtistOrGenre(const ICmdMess
         LogDebugMessage("OnQueueAll", ": Very strange - the 'genre' parameter is present, but it is empty.");
     const std::vector<std::uint32_t> devices = GetMp3Devices(roomId);
     if (!hasArtist && !hasGenre) {
-        LogMessage(kLogConfiguration, "Unable to add. Must have a valid artist and/or genre.");
+        LogMessage(log_levels::kConfiguration, "Unable to add. Must have a valid artist and/or genre.");
         return {};
     }
     IMediaManager* mediaManager = GetMediaManager();

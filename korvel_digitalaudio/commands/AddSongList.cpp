@@ -1,6 +1,6 @@
+#include "basics/Asserts.h"
 #include "commands/Adding.h"
 #include "commands/Items.h"
-#include "driver/Asserts.h"
 #include "driver/korvel_digitalaudio.h"
 
 namespace {

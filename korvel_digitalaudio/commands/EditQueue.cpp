@@ -1,6 +1,6 @@
 // Commands that change the song list of a queue after it was filled.
+#include "basics/Asserts.h"
 #include "commands/Items.h"
-#include "driver/Asserts.h"
 #include "driver/korvel_digitalaudio.h"
 
 namespace {

@@ -1,11 +1,10 @@
 // Internet radio and the streaming service, whose answers arrive later.
+#include "basics/LogLevels.h"
 #include "commands/Adding.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/XmlHelper.h"
 
 namespace {
-
-constexpr int kLogLink = 3;
 
 // The device that added the station hears of what becomes of it; another one that did before is told that the
 // queue is gone.
@@ -39,7 +38,8 @@ void korvel_digitalaudio::OnAddIRSTREAM(const ICmdMessage& message, ICmdReturn* 
         return;
     const AudioMedia station = ReadStation(message);
     if (station.type == MEDIA_NONE) {
-        LogMessage(kLogLink, "korvel_digitalaudio::OnAddIRSTREAM called with no station or media id");
+        LogMessage(log_levels::kLink,
+                   "korvel_digitalaudio::OnAddIRSTREAM called with no station or media id");
         return;
     }
     queue->ClearSecondaryInfo();

@@ -1,13 +1,13 @@
 // Playlists, which live in the controller's media database under this driver's device.
+#include "basics/Asserts.h"
+#include "basics/LogLevels.h"
 #include "commands/Adding.h"
-#include "driver/Asserts.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/XmlHelper.h"
 
 namespace {
 
 constexpr const char* kCategory = "PLAYLIST";
-constexpr int kLogLink = 3;
 constexpr std::int32_t kReplace = 1;
 constexpr std::int32_t kAll = -1;
 
@@ -65,7 +65,7 @@ void korvel_digitalaudio::OnSavePlaylist(const ICmdMessage& message, ICmdReturn*
     const std::string name = message.GetParam("NAME");
     if (room.empty() || name.empty()) {
         kv::AssertWrite(asserts::kDriverPath, asserts::kSavePlaylistParams, kv::StackTrace());
-        LogMessage(kLogLink, "The command SAVE_PLAYLIST does not have the required parameters");
+        LogMessage(log_levels::kLink, "The command SAVE_PLAYLIST does not have the required parameters");
         return;
     }
     Playlist_Save(kv::ToULong(room), name);

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <array>
+#include <string>
+
+#include "basics/Ids.h"
 
 // Texts for the results of calls of the streaming service, by result number; "{0}" stands for the service's
 // name.
@@ -30,7 +33,7 @@ inline constexpr std::array<const char*, 19> kMessages = {
 
 // Reserved media texts: local files, and items of the service where only numbers can stand.
 inline constexpr const char* kLocalMedia = "RAD MP3";
-inline constexpr const char* kTrackMediaId = "268435440";
+inline const std::string kTrackMediaId = std::to_string(kNoDatabaseId);
 inline constexpr const char* kChannelMediaId = "268435442";
 
 } // namespace rhapsody

@@ -1,19 +1,13 @@
 #include <algorithm>
 
 #include "basics/Flags.h"
+#include "basics/Ids.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/Text.h"
 
 namespace {
 
 constexpr BindingType kAudioBinding = 6;
-constexpr std::uint32_t kClientBindingId = 4000;
-// The first of each family stands in the driver's static definition.
-constexpr std::uint32_t kFirstServerBinding = 3000;
-constexpr std::uint32_t kFirstMediaBinding = 3501;
-// The server family ends where the media family begins, and the media family where the client binding stands.
-constexpr std::uint32_t kLastServerId = 3500;
-constexpr std::uint32_t kLastMediaId = 3999;
 
 } // namespace
 
@@ -28,21 +22,21 @@ void korvel_digitalaudio::AddMediaBinding(std::uint32_t id) {
 // Other ids than those of the family come from a damaged element: an id below it would leave no spare binding
 // for ever, one above it would take the bindings of others.
 void korvel_digitalaudio::RestoreDynamicBindings() {
-    AddDynamicBinding(kClientBindingId, kAudioBinding, true, "Digital Audio", "DIGITAL_AUDIO_CLIENT", false,
+    AddDynamicBinding(bindings::kClient, kAudioBinding, true, "Digital Audio", "DIGITAL_AUDIO_CLIENT", false,
                       true);
-    m_lastServerBinding = std::clamp(m_lastServerBinding, kFirstServerBinding, kLastServerId);
-    for (std::uint32_t id = kFirstServerBinding + 1; id <= m_lastServerBinding; ++id)
+    m_lastServerBinding = std::clamp(m_lastServerBinding, bindings::kFirstServer, bindings::kLastServer);
+    for (std::uint32_t id = bindings::kFirstServer + 1; id <= m_lastServerBinding; ++id)
         AddServerBinding(id);
-    m_lastMediaBinding = std::clamp(m_lastMediaBinding, kFirstMediaBinding, kLastMediaId);
-    for (std::uint32_t id = kFirstMediaBinding + 1; id <= m_lastMediaBinding; ++id)
+    m_lastMediaBinding = std::clamp(m_lastMediaBinding, bindings::kFirstStorage, bindings::kLastStorage);
+    for (std::uint32_t id = bindings::kFirstStorage + 1; id <= m_lastMediaBinding; ++id)
         AddMediaBinding(id);
 }
 
 // The families only grow, up to their last ids, so that there is always one spare binding of each.
 void korvel_digitalaudio::ExtendBindings(std::uint32_t boundId) {
-    if (boundId == m_lastServerBinding && boundId < kLastServerId)
+    if (boundId == m_lastServerBinding && boundId < bindings::kLastServer)
         AddServerBinding(++m_lastServerBinding);
-    else if (boundId == m_lastMediaBinding && boundId < kLastMediaId)
+    else if (boundId == m_lastMediaBinding && boundId < bindings::kLastStorage)
         AddMediaBinding(++m_lastMediaBinding);
     else
         return;

@@ -1,4 +1,5 @@
 // Queues at rest are cleared after a while; channels of the streaming service are polled.
+#include "basics/LogLevels.h"
 #include "driver/korvel_digitalaudio.h"
 
 namespace {
@@ -6,7 +7,6 @@ namespace {
 constexpr std::uint32_t kMsPerMinute = 60000;
 constexpr std::uint32_t kNoDelayMs = 100;
 constexpr std::uint32_t kClearTimerFlags = 1;
-constexpr int kLogLink = 3;
 // A controller model whose rooms keep what they last heard.
 constexpr std::uint32_t kSystemTypeKeepsQueues = 24;
 
@@ -42,7 +42,7 @@ void korvel_digitalaudio::HandleTimer(std::uint32_t timerId) {
 void korvel_digitalaudio::ClearRestingQueue(AudioQueue& queue) {
     const QueueState state = queue.GetQueueState();
     if (state == PLAY || state == PAUSE) {
-        LogMessage(kLogLink,
+        LogMessage(log_levels::kLink,
                    "Clear timer fired but queue is in play or pause state - should be at STOP or END state.  "
                    "Probable "
                    "cause is media added and timer not cleared!");

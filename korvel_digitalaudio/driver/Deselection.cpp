@@ -1,5 +1,5 @@
 // Rooms that let go of the source, by themselves or because the driver tells them to.
-#include "driver/Asserts.h"
+#include "basics/Asserts.h"
 #include "driver/korvel_digitalaudio.h"
 
 void korvel_digitalaudio::DeselectRoom(std::uint32_t roomId) {

@@ -1,5 +1,6 @@
+#include "basics/Ids.h"
+#include "basics/Variables.h"
 #include "driver/QueueIds.h"
-#include "driver/Variables.h"
 #include "driver/korvel_digitalaudio.h"
 
 const std::string korvel_digitalaudio::s_DigitalAudioPersistTag = "korvel_digital_audio";
@@ -20,8 +21,7 @@ constexpr int kDriverFlags = 0;
 constexpr std::uint32_t kPollIntervalMs = 10000;
 constexpr std::uint32_t kPollTimerFlags = 17;
 constexpr std::int32_t kNoUtilities = -2;
-constexpr std::uint32_t kFirstServerBinding = 3000;
-constexpr std::uint32_t kFirstMediaBinding = 3501;
+constexpr BindingType kMediaBinding = 5;
 constexpr const char* kRhapsodyAddress = "127.0.0.1:5555";
 constexpr const char* kEmptyInfo = "<info></info>";
 constexpr const char* kEmptyStatus = "<status></status>";
@@ -41,8 +41,8 @@ korvel_digitalaudio::korvel_digitalaudio(IInstanceManager& instances)
     : KVBaseDriver(instances, kDriverModel, kDriverFlags),
       m_instanceA(kv::GetService<IUINotifier>(instances)),
       m_instanceB(kv::GetService<IDeviceMessaging>(instances)),
-      m_lastServerBinding(kFirstServerBinding),
-      m_lastMediaBinding(kFirstMediaBinding) {
+      m_lastServerBinding(bindings::kFirstServer),
+      m_lastMediaBinding(bindings::kFirstStorage) {
     instances.RegisterInstance(IDigitalAudio::kInterfaceId, static_cast<IDigitalAudio*>(this));
     try {
         RegisterCommands();
@@ -56,8 +56,8 @@ korvel_digitalaudio::korvel_digitalaudio(IInstanceManager& instances)
 std::int32_t korvel_digitalaudio::Start(std::uint32_t id, KVXML::INode& config, KVXML::INode* persist) {
     KVBaseDriver::Initialize(id, config, persist);
     kv::SeedRandom(kv::Time());
-    m_lastMediaBinding = kFirstMediaBinding;
-    m_lastServerBinding = kFirstServerBinding;
+    m_lastMediaBinding = bindings::kFirstStorage;
+    m_lastServerBinding = bindings::kFirstServer;
     m_stringX = StringX::Create(GetInstanceManager());
     if (!m_stringX)
         return kNoUtilities;
@@ -72,7 +72,8 @@ std::int32_t korvel_digitalaudio::Start(std::uint32_t id, KVXML::INode& config, 
     ChangeMyVariable(variables::kRoomMapInfo, kEmptyInfo);
     UpdateRoomsQueueSettingsVariable(nullptr);
     CreateRhapsodyClient();
-    AddDynamicBinding(2000, 5, true, "Digital Media Storage", "DIGITAL_MEDIA_STORAGE", true, true);
+    AddDynamicBinding(bindings::kControllerStorage, kMediaBinding, true, "Digital Media Storage",
+                      "DIGITAL_MEDIA_STORAGE", true, true);
     if (persist)
         RestoreSettings(*persist);
     return 0;

@@ -1,6 +1,6 @@
 // The shuffle and repeat modes that each room used last.
-#include "driver/Asserts.h"
-#include "driver/Variables.h"
+#include "basics/Asserts.h"
+#include "basics/Variables.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/XmlHelper.h"
 

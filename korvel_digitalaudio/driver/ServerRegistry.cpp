@@ -1,6 +1,6 @@
-#include "driver/Asserts.h"
+#include "basics/Asserts.h"
 #include "driver/korvel_digitalaudio.h"
-#include "server/ASPackets.h"
+#include "server/link/ASPackets.h"
 
 AudioServer* korvel_digitalaudio::AudioServer_Create(std::uint32_t id, bool allowMultInput) {
     if (AudioServer* known = GetServer(id))

@@ -1,7 +1,7 @@
 // The user's settings: set by command, shown to user interfaces, persisted.
+#include "basics/Asserts.h"
 #include "basics/Flags.h"
-#include "driver/Asserts.h"
-#include "driver/Variables.h"
+#include "basics/Variables.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/Text.h"
 #include "platform/XmlHelper.h"

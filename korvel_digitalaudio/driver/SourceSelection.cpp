@@ -1,14 +1,12 @@
 #include "driver/SourceSelection.h"
 
-#include "driver/Asserts.h"
+#include "basics/Asserts.h"
+#include "basics/Ids.h"
+#include "basics/LogLevels.h"
 #include "driver/korvel_digitalaudio.h"
 
 namespace {
 
-constexpr int kLogQueue = 6;
-constexpr int kLogConfiguration = 7;
-// Bindings above this are media storages.
-constexpr std::uint32_t kLastServerBinding = 3500;
 // In an input's address it marks the port of an announcing source, which is never kept.
 constexpr const char* kAnnouncingPort = ":6330";
 
@@ -44,7 +42,7 @@ void SourceSelection::Run() {
     }
     if (m_location.locationKind != "GENERIC_MEDIA") {
         if (!FindBinding()) {
-            m_driver.LogMessage(kLogConfiguration, "Default binding for audio server is invalid");
+            m_driver.LogMessage(log_levels::kConfiguration, "Default binding for audio server is invalid");
             return;
         }
         if (SelectQueue())
@@ -65,7 +63,7 @@ void SourceSelection::JoinAnnouncement() {
 bool SourceSelection::FindBinding() {
     const std::uint32_t active = m_driver.m_activeServerBinding;
     m_binding = m_input.bindingId;
-    if (m_binding == 0 || m_binding > kLastServerBinding)
+    if (m_binding == 0 || m_binding > bindings::kLastServer)
         m_binding = active;
     if (m_binding == 0)
         return false;
@@ -201,7 +199,8 @@ AudioQueue* SourceSelection::CheckQueue(AudioQueue* queue) {
         return queue;
     AudioServer* server = Server(); // which has the queue
     if (m_location.inputName == queue->GetInputFile() && server->ContainsRoom(m_room)) {
-        m_driver.LogMessage(kLogQueue, "Not removing room on reselect due to same source and server");
+        m_driver.LogMessage(log_levels::kQueue,
+                            "Not removing room on reselect due to same source and server");
         return queue;
     }
     m_driver.RoomClient_Remove(m_room, server, &queue);

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "basics/QueueState.h"
 #include "platform/DriverHelper.h"
 #include "platform/InstanceManager.h"
 #include "platform/Services.h"
@@ -14,10 +15,9 @@
 #include "platform/rhapsody/RhapsodyClient.h"
 #include "queue/AudioMedia.h"
 #include "queue/Memo.h"
-#include "queue/QueueState.h"
-#include "server/ASPacketSendQueue.h"
-#include "server/RoomClient.h"
-#include "server/ServerUtility.h"
+#include "server/link/ASPacketSendQueue.h"
+#include "server/link/RoomClient.h"
+#include "server/link/ServerUtility.h"
 
 class RoomHistories;
 
@@ -26,14 +26,17 @@ class RoomHistories;
 // Three kinds of address occur:
 //   - a position in the song list (the order in which items were added; what documents publish),
 //   - a position in the active list (the shuffled list while shuffle is on, else the song list): the current
-//   and the
-//     next index, and the argument of SetNextSong(index),
+//     and the next index, and the argument of SetNextSong(index),
 //   - the identity of an item: AudioMedia's equality, which finds the first equal item.
 // An index of NO_SONG_INDEX means none.
 //
-//   STOP --play--> PLAY <--play/pause--> PAUSE      any --stop--> STOP
-//   PLAY --no next song--> END --play--> PLAY       any --a song starts--> PLAY (announced again when already
-//   PLAY)
+//   STOP       --play-->          PLAY   with the next song
+//   PLAY, END  --pause-->         PAUSE  or STOP, when the stream cannot pause
+//   PAUSE      --play-->          PLAY   where it was
+//   PLAY       --no next song-->  END
+//   END        --play-->          PLAY   with the first song
+//   any        --a song starts--> PLAY   announced again when it was PLAY already
+//   any        --stop-->          STOP   and back to the first song
 //
 // Every call to a service may come back into the queue before it returns, and may close it: rooms are walked
 // over copied ids, and arguments that may refer into a list are copied before the list changes. A closed
@@ -46,7 +49,6 @@ public:
     using RoomClientMap = std::map<std::uint32_t, std::unique_ptr<RoomClient>>;
 
     // AudioQueue.cpp
-    // ------------------------------------------------------------------------------------------------
 
     // Takes a reference of `server` (may be null). The services and clients must outlive the queue.
     AudioQueue(IDriverHelperV2& driverHelper, IInstanceManager& instances, ServerUtility* server,
@@ -71,7 +73,6 @@ public:
     void toxmlHistory(RoomHistories* histories, KVXML::INode& parent) const;
 
     // SongList.cpp
-    // --------------------------------------------------------------------------------------------------
 
     // With shuffle on, `toFront` makes the item the next one; with shuffle off it has no effect.
     void AddSong(const AudioMedia& item, bool updateInfo, bool toFront);
@@ -97,7 +98,6 @@ public:
     void SetInputFile(const std::string& path) { m_inputFile = path; }
 
     // Navigation.cpp
-    // ------------------------------------------------------------------------------------------------
 
     std::uint32_t GetNextSongIndex();
     // These throw std::out_of_range when a pinned index points past the list.
@@ -112,7 +112,6 @@ public:
     void SetAlwaysSkipPrev(bool on) { m_alwaysSkipPrevious = on; }
 
     // Shuffle.cpp
-    // ---------------------------------------------------------------------------------------------------
 
     void _ShuffleQueue(); // NOLINT(bugprone-reserved-identifier): the name callers know
     void ShuffleQueue(const AudioMedia& first);
@@ -122,7 +121,6 @@ public:
     bool IsShuffleSet() const { return m_shuffle; }
 
     // Playback.cpp
-    // --------------------------------------------------------------------------------------------------
 
     static const char* QueueStateToStr(QueueState state);
     QueueState GetQueueState() const { return m_state; }
@@ -141,7 +139,6 @@ public:
     bool HandleRoomCommand(const std::string& command, const std::string& roomId) const;
 
     // Stream.cpp
-    // ----------------------------------------------------------------------------------------------------
 
     void AddSongToStream(const AudioMedia& media);
     void AddFileToStream();
@@ -162,7 +159,6 @@ public:
     bool IsRhapsodyChannel() const { return m_mode == Mode::kChannel; }
 
     // Rooms.cpp
-    // -----------------------------------------------------------------------------------------------------
 
     void AddRoomClient(std::uint32_t roomId);
     void AddRoomClient(std::uint32_t roomId, const std::string& ip, std::uint32_t port,
@@ -182,14 +178,13 @@ public:
     void SetDevicesInAnalogSource(std::vector<std::uint32_t> deviceIds);
 
     // Documents.cpp
-    // -------------------------------------------------------------------------------------------------
 
     kv::auto_com<KVXML::INode> GetInfoVariable() const;
     kv::auto_com<KVXML::INode> GetInfoVariableVersion132() const;
     // Publishes both info documents.
     void UpdateInfoVariable();
-    // Status elements are finished and stay the same ones while nothing that they show changes. To make the
-    // first one is to look what comes next, with all that this entails.
+    // Status elements are finished and stay the same ones while nothing that they show changes. The first one
+    // peeks at the next song, which may shuffle the list.
     kv::auto_com<KVXML::INode> GetStatusData();
     kv::auto_com<KVXML::INode> GetStatusDataVersion132();
     // The status with the endpoint of each room.
@@ -197,7 +192,6 @@ public:
     kv::auto_com<KVXML::INode> GetSessionData() const;
 
     // Notifications.cpp
-    // ---------------------------------------------------------------------------------------------
 
     std::uint32_t GetNotificationDevice() const { return m_notificationDevice; }
     // The device that the queue's events and room commands are sent to; 0 for none.
@@ -218,7 +212,6 @@ public:
     bool UpdateCurrentSongMetaData(const std::string& text);
 
     // MediaInfo.cpp
-    // -------------------------------------------------------------------------------------------------
 
     // Describes `media` to the rooms of the queue and to the registered device. `track` may be null.
     void UpdateRoomMediaVariable(const AudioMedia& media, const DataTrackFull* track, bool force);

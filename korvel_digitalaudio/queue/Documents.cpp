@@ -3,9 +3,9 @@
 #include <tuple>
 #include <utility>
 
-#include "driver/Asserts.h"
-#include "driver/DeviceIds.h"
-#include "driver/Variables.h"
+#include "basics/Asserts.h"
+#include "basics/Ids.h"
+#include "basics/Variables.h"
 #include "platform/XmlHelper.h"
 #include "queue/AudioQueue.h"
 
@@ -13,9 +13,6 @@ using KVXML::INode;
 using NodePtr = kv::auto_com<INode>;
 
 namespace {
-
-// Stands in the older documents for an item that has no id in the media database.
-constexpr std::uint32_t kNoDatabaseId = 268435440;
 
 std::uint32_t PositionIn(const std::vector<AudioMedia>& list, const AudioMedia& media) {
     return static_cast<std::uint32_t>(std::find(list.begin(), list.end(), media) - list.begin());

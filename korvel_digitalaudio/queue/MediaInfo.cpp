@@ -1,3 +1,4 @@
+#include "basics/Ids.h"
 #include "platform/MediaManager.h"
 #include "platform/Text.h"
 #include "platform/XmlHelper.h"
@@ -7,9 +8,6 @@ using KVXML::INode;
 using NodePtr = kv::auto_com<INode>;
 
 namespace {
-
-// What readers that know only database songs find as the id of an item of the streaming service.
-constexpr const char* kServiceMediaId = "268435440";
 
 // Copies the text of a record's value, if it has one, base64-encoded where it may hold anything.
 void CopyText(const INode& record, const char* value, INode& info, const char* tag) {
@@ -114,7 +112,7 @@ void AudioQueue::DescribeDigital(INode& info, const AudioMedia& media) const {
 void AudioQueue::DescribeRhapsody(INode& info, const AudioMedia& media, const DataTrackFull* track) {
     const bool channel = media.type == MEDIA_RHAPSODY_CHANNEL;
     const std::string& trackId = channel ? media.metaData : media.externalId;
-    XmlHelper::toXml(kServiceMediaId, info, "mediaid");
+    XmlHelper::toXml(kNoDatabaseId, info, "mediaid");
     XmlHelper::toXml(trackId, info, "mediaidV2");
     XmlHelper::toXml("SONG", info, "mediatype");
     XmlHelper::toXml(channel ? "RHAPSODY_CHANNEL" : "RHAPSODY", info, "mediatypeV2");

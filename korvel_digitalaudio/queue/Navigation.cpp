@@ -1,6 +1,6 @@
 #include <stdexcept>
 
-#include "driver/Asserts.h"
+#include "basics/Asserts.h"
 #include "queue/AudioQueue.h"
 #include "queue/Clock.h"
 

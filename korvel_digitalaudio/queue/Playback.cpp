@@ -1,4 +1,4 @@
-#include "driver/DeviceIds.h"
+#include "basics/Ids.h"
 #include "platform/System.h"
 #include "platform/XmlHelper.h"
 #include "queue/AudioQueue.h"

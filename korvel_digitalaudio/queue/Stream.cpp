@@ -1,11 +1,11 @@
 #include <algorithm>
 
+#include "basics/LogLevels.h"
 #include "platform/System.h"
 #include "queue/AudioQueue.h"
-#include "server/ASPacket.h"
+#include "server/link/ASPacket.h"
 
 namespace {
-constexpr int kLogQueue = 6;
 constexpr const char* kCannotPause = "NO-PAUSE";
 } // namespace
 
@@ -20,7 +20,7 @@ void AudioQueue::AddSongToStream(const AudioMedia& media) {
     if (packet) {
         // Only the newest media is wanted once the stream is there.
         if (m_packets.RemoveWaitingMedia() != 0)
-            LogXMessage(kLogQueue, "Digital Audio addmed entry superceeded");
+            LogXMessage(log_levels::kQueue, "Digital Audio addmed entry superceeded");
         AddPacket(std::move(packet));
     }
     UpdateRoomMediaVariable(added, nullptr, false);

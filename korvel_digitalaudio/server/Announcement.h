@@ -5,16 +5,16 @@
 #include <vector>
 
 #include "platform/InstanceManager.h"
-#include "server/ASPacket.h"
-#include "server/ASPacketSendQueue.h"
-#include "server/ServerUtility.h"
+#include "server/link/ASPacket.h"
+#include "server/link/ASPacketSendQueue.h"
+#include "server/link/ServerUtility.h"
 
 // One audio file played at once in a set of rooms, on a stream of its own.
 //
-//   idle --CreateStream()--> requested --"addann" answer--> streaming --end or refusal of the file-->
-//   complete any  --CleanupAnnouncement()--> idle
-//
-// Packets added while requested wait for the stream.
+//   idle       --CreateStream()-->                requested  packets wait for the stream
+//   requested  --answer to "addann"-->            streaming  packets go out at once
+//   streaming  --its end or a file refused-->     complete   the stream is still there
+//   any        --CleanupAnnouncement()-->         idle       the stream is removed
 class Announcement {
 public:
     // `link` must outlive the announcement; no reference is taken.

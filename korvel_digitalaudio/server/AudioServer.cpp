@@ -1,6 +1,6 @@
 #include "server/AudioServer.h"
 
-#include "driver/Asserts.h"
+#include "basics/Asserts.h"
 #include "status/RoomHistories.h"
 
 AudioServer::AudioServer(IDriverHelperV2& driverHelper, IInstanceManager& instances,

@@ -11,10 +11,10 @@
 #include "platform/InstanceManager.h"
 #include "platform/Services.h"
 #include "queue/AudioQueue.h"
-#include "server/ASPacket.h"
 #include "server/Announcement.h"
 #include "server/AudioServerWatcher.h"
-#include "server/ServerUtility.h"
+#include "server/link/ASPacket.h"
+#include "server/link/ServerUtility.h"
 
 class RoomHistories;
 
@@ -47,9 +47,7 @@ public:
     void AddToServerSendQueue(const char* text) { m_link->AddToSendQueue(text); }
     void SendToServer() { m_link->SendToServer(); }
 
-    // Queues
-    // ---------------------------------------------------------------------------------------------------------
-    // Returned queues are owned by the server. Searches take the first match in ascending queue id.
+    // Queues. Returned queues are owned by the server. Searches take the first match in ascending queue id.
 
     // An id that is in use already gives a queue that no search finds.
     AudioQueue* CreateAudioQueue(std::uint32_t roomId, std::uint32_t queueId);
@@ -77,7 +75,6 @@ public:
     void toxmlHistory(RoomHistories* histories, KVXML::INode& parent) const;
 
     // The one streaming input that is marked as in use
-    // ----------------------------------------------------------------
 
     void SetInUseInput(const std::string& path, const AudioQueue* queue);
     // True when `queue` was the one in use.
@@ -86,7 +83,6 @@ public:
     std::string GetInUseInputPath() const { return m_inUseInputPath; }
 
     // The announcement; nothing happens while there is none
-    // ------------------------------------------------------------
 
     void CreateAnnouncement();
     void CancelAnnouncement();
@@ -95,7 +91,6 @@ public:
     const Announcement* GetAnnouncement() const { return m_announcement.get(); }
 
     // Lines from the server
-    // -------------------------------------------------------------------------------------------
 
     // Shows an error to the users.
     void SendErrorToUI(const std::string& text);

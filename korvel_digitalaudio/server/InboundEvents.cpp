@@ -1,13 +1,12 @@
 #include <boost/algorithm/string/predicate.hpp>
 
-#include "driver/Asserts.h"
+#include "basics/Asserts.h"
+#include "basics/LogLevels.h"
 #include "platform/System.h"
-#include "server/ASPackets.h"
 #include "server/AudioServer.h"
+#include "server/link/ASPackets.h"
 
 namespace {
-
-constexpr int kLogLink = 3;
 
 bool Mentions(const std::string& command, const char* word) {
     return command.find(word) != std::string::npos;
@@ -32,7 +31,7 @@ void AudioServer::SendErrorToUI(const std::string& text) {
     error->SetName("DA_ERROR");
     error->SetText("");
     error->SetAttribute("Error", text);
-    LogXMessage(kLogLink, "Send error to navs: " + error->ToText());
+    LogXMessage(log_levels::kLink, "Send error to navs: " + error->ToText());
     if (m_uiNotifier)
         m_uiNotifier->SendToUIs(m_driverHelper.GetDeviceId(), *error);
 }
@@ -72,9 +71,9 @@ void AudioServer::OnAccepted(const ASPacket& packet) {
                                            m_rhapsodyCallback);
     }
     if (Mentions(command, protocol::kAddClient))
-        LogXMessage(kLogLink, "Client added");
+        LogXMessage(log_levels::kLink, "Client added");
     if (Mentions(command, protocol::kAddMedia))
-        LogXMessage(kLogLink, "Media added");
+        LogXMessage(log_levels::kLink, "Media added");
 }
 
 void AudioServer::OnRefused(const ASPacket& packet, bool& changed) {
@@ -113,7 +112,7 @@ void AudioServer::DropRefusedSong(AudioQueue& queue) {
 void AudioServer::OnEndOfMedia(AudioQueue& queue, bool& changed) {
     const std::uint32_t queueId = queue.GetQueueId();
     if (queue.ShouldStopPlayback()) {
-        LogXMessage(kLogLink, "Stopping playback due to too many skips or errors.");
+        LogXMessage(log_levels::kLink, "Stopping playback due to too many skips or errors.");
         return;
     }
     changed = true;
@@ -138,7 +137,7 @@ void AudioServer::OnStreamCreated(std::uint32_t streamId, bool& changed) {
         ASRemoveStreamPacket packet;
         packet.SetStreamId(streamId);
         m_link->AddToSendQueue(packet.str().c_str());
-        LogXMessage(kLogLink, "Unable to add stream - error returned from server");
+        LogXMessage(log_levels::kLink, "Unable to add stream - error returned from server");
         SendErrorToUI("Error occurred while initializing audio");
         return;
     }

@@ -1,5 +1,5 @@
 // The status of all queues, as variables and on request.
-#include "driver/Variables.h"
+#include "basics/Variables.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/XmlHelper.h"
 

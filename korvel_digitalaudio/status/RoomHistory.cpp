@@ -1,4 +1,4 @@
-#include "driver/Variables.h"
+#include "basics/Variables.h"
 #include "driver/korvel_digitalaudio.h"
 
 namespace {

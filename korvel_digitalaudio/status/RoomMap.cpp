@@ -1,5 +1,5 @@
 // Which room hears which stream.
-#include "driver/Variables.h"
+#include "basics/Variables.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/XmlHelper.h"
 

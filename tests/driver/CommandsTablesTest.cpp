@@ -43,7 +43,7 @@ TEST(CommandsServiceTexts, StandByTheirNumbers) {
 
 TEST(CommandsServiceTexts, ReservedMediaTexts) {
     EXPECT_STREQ(rhapsody::kLocalMedia, "RAD MP3");
-    EXPECT_STREQ(rhapsody::kTrackMediaId, "268435440");
+    EXPECT_EQ(rhapsody::kTrackMediaId, "268435440");
     EXPECT_STREQ(rhapsody::kChannelMediaId, "268435442");
 }
 

@@ -1,7 +1,7 @@
 // Lines from an audio server, taken apart.
 #include <gtest/gtest.h>
 
-#include "server/ASPacket.h"
+#include "server/link/ASPacket.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 
 #include "TestCore.h"
 #include "queue/AudioMedia.h"
-#include "server/ASPacket.h"
-#include "server/ASPacketSendQueue.h"
-#include "server/ServerUtility.h"
+#include "server/link/ASPacket.h"
+#include "server/link/ASPacketSendQueue.h"
+#include "server/link/ServerUtility.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include "TestCore.h"
 #include "platform/Services.h"
 #include "platform/TimerManager.h"
-#include "server/RoomClient.h"
-#include "server/ServerUtility.h"
+#include "server/link/RoomClient.h"
+#include "server/link/ServerUtility.h"
 
 namespace {
 

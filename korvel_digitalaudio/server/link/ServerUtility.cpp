@@ -1,12 +1,12 @@
-#include "server/ServerUtility.h"
+#include "server/link/ServerUtility.h"
 
 #include <utility>
 
-#include "driver/Asserts.h"
-#include "driver/DeviceIds.h"
+#include "basics/Asserts.h"
+#include "basics/Ids.h"
 #include "platform/AutoCom.h"
 #include "platform/EntryGuard.h"
-#include "server/Protocol.h"
+#include "server/link/Protocol.h"
 
 namespace {
 constexpr std::uint32_t kSendMessageKind = 1;

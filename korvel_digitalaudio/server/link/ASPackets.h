@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "queue/QueueState.h"
-#include "server/Protocol.h"
+#include "basics/QueueState.h"
+#include "server/link/Protocol.h"
 
 class ASPacketBase {
 public:

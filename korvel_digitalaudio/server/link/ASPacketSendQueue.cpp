@@ -1,8 +1,8 @@
-#include "server/ASPacketSendQueue.h"
+#include "server/link/ASPacketSendQueue.h"
 
 #include <utility>
 
-#include "server/ServerUtility.h"
+#include "server/link/ServerUtility.h"
 
 void ASPacketSendQueue::Add(std::unique_ptr<ASPacketBase> packet, bool skipWaiting) {
     m_packets.push_back(std::move(packet));

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/AutoCom.h"
-#include "server/ServerUtility.h"
+#include "server/link/ServerUtility.h"
 
 // The network endpoint of one room's player. Holds a reference of the server's send link.
 class RoomClient {

@@ -37,8 +37,8 @@ public:
     std::string GetResultData() const { return m_resultData; }
 
     // The packet that makes an audio server play `media`, for a stream not yet known; null when the media
-    // cannot be streamed. `broadcast` asks for the broadcast address of the media instead of its file. May
-    // ask a storage device for its mount path.
+    // cannot be streamed (queue/CreateAddMedia.cpp). `broadcast` asks for the broadcast address of the media
+    // instead of its file. May ask a storage device for its mount path.
     static std::unique_ptr<ASPacketBase> CreateAddMedia(IDriverHelper& driverHelper,
                                                         IInstanceManager& instances, const AudioMedia& media,
                                                         bool broadcast);

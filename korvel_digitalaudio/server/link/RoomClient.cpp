@@ -1,4 +1,4 @@
-#include "server/RoomClient.h"
+#include "server/link/RoomClient.h"
 
 RoomClient::RoomClient(ServerUtility* link) : m_link(kv::auto_com<ServerUtility>::retain(link)) {}
 

@@ -12,8 +12,8 @@
 // The one path by which text reaches an audio server: numbers the lines, keeps them in order, and lets one be
 // outstanding at a time.
 //
-//   idle    --line added-->                    waiting (line sent, timer of kAckTimeoutMs started)
-//   waiting --KillAckTimer() or timer expiry--> idle, or waiting again when more lines are there
+//   idle     --line added-->                      waiting  the line is sent, a timer of kAckTimeoutMs runs
+//   waiting  --KillAckTimer() or timer expiry-->  idle     or waiting again, when more lines are there
 //
 // A line that is not acknowledged in time counts as done. Shared by the audio server object, its queues and
 // their rooms, each with a counted reference.

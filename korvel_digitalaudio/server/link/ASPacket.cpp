@@ -1,7 +1,7 @@
-#include "server/ASPacket.h"
+#include "server/link/ASPacket.h"
 
 #include "platform/Text.h"
-#include "server/Protocol.h"
+#include "server/link/Protocol.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "server/ASPackets.h"
+#include "server/link/ASPackets.h"
 
 std::string ASResetPacket::build() const {
     return protocol::kReset;

@@ -5,7 +5,7 @@
 #include <deque>
 #include <memory>
 
-#include "server/ASPackets.h"
+#include "server/link/ASPackets.h"
 
 class ServerUtility;
 

@@ -1,13 +1,13 @@
 #include <boost/algorithm/string/predicate.hpp>
 
-#include "driver/Asserts.h"
+#include "basics/Asserts.h"
 #include "platform/DriverHelper.h"
 #include "platform/InstanceManager.h"
 #include "platform/MediaManager.h"
 #include "platform/Services.h"
 #include "queue/AudioMedia.h"
-#include "server/ASPacket.h"
-#include "server/ASPackets.h"
+#include "server/link/ASPacket.h"
+#include "server/link/ASPackets.h"
 
 namespace {
 

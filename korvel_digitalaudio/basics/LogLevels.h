@@ -1,0 +1,10 @@
+#pragma once
+
+// What the lines of the driver's log are about.
+namespace log_levels {
+
+inline constexpr int kLink = 3;  // the link to the audio servers, and what it fails in
+inline constexpr int kQueue = 6; // queues and the selection of sources
+inline constexpr int kConfiguration = 7;
+
+} // namespace log_levels
