@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "HookedServices.h"
+#include "Outputs.h"
 #include "platform/XmlHelper.h"
 
 namespace {
@@ -31,13 +32,14 @@ TEST(CommandsAlbum, SongsWithoutAnIdAreLeftOut) {
     core.Run({"start", "online 3000 127.0.0.1"});
 
     const auto out = core.Run("command ADD_ALBUM_MP3 ROOM_ID=7 MEDIA_ID=8 PLAY_NEXT=1");
-    EXPECT_TRUE(Has(out,
-                    "< set 1007 <info><id>10000</id><name>7</name><songs><song id=\"3\" source=\"1\"></song>"
-                    "<song id=\"2\" source=\"1\"></song></songs></info>"));
-    EXPECT_TRUE(Has(out,
-                    "< set 1006 <queues><queue><id>10000</id><name></name><state>Stop</state>"
-                    "<song id=\"0\" source=\"0\"></song><next id=\"3\" source=\"1\"></next>"
-                    "<index>4095</index><rooms><id>7</id></rooms></queue></queues>"));
+    EXPECT_TRUE(
+        Has(out, outputs::Set(variables::kQueueInfoV2,
+                              "<info><id>10000</id><name>7</name><songs><song id=\"3\" source=\"1\"></song>"
+                              "<song id=\"2\" source=\"1\"></song></songs></info>")));
+    EXPECT_TRUE(Has(out, outputs::Set(variables::kQueueStatusV2,
+                                      "<queues><queue><id>10000</id><name></name><state>Stop</state>"
+                                      "<song id=\"0\" source=\"0\"></song><next id=\"3\" source=\"1\"></next>"
+                                      "<index>4095</index><rooms><id>7</id></rooms></queue></queues>")));
     core.Run("stop");
     core.Instances().Offer<IDriverHost>(inner);
 }

@@ -2,7 +2,9 @@
 // before the status, and each document is published once for each change.
 #include <gtest/gtest.h>
 
+#include "Outputs.h"
 #include "TestCore.h"
+#include "platform/Text.h"
 
 namespace {
 
@@ -48,8 +50,10 @@ std::string Names(const std::vector<std::string>& lines) {
         if (kind == "timer")
             continue;
         std::string name = kind;
-        if (kind == "event" || kind == "set")
-            name += " " + first;
+        if (kind == "set")
+            name = outputs::VariableName(kv::ToULong(first));
+        else if (kind == "event")
+            name = first == "1" ? "roomAdded" : "roomRemoved";
         else if (kind == "message")
             name = second;
         else if (kind == "send")
@@ -61,77 +65,76 @@ std::string Names(const std::vector<std::string>& lines) {
 
 const Row kRows[] = {
     {kNew, "command ADD_SONG ROOM_ID=7 MEDIA_ID=2",
-     "event 1, set 1009, set 1006, set 1004, set 1009, set 1007, set 1005, return"},
+     "roomAdded, roomMap, status, oldStatus, roomMap, info, oldInfo, return"},
     {kPlaying, "command ADD_SONG ROOM_ID=7 MEDIA_ID=2",
-     "event 1, set 1009, set 1006, set 1004, set 1009, set 1007, set 1005, return"},
+     "roomAdded, roomMap, status, oldStatus, roomMap, info, oldInfo, return"},
     {kEnded, "command ADD_SONG ROOM_ID=7 MEDIA_ID=2",
-     "event 1, set 1009, timer-stop, addmed, UPDATE_MEDIA_INFO, set 1006, set 1004, set 1009, set 1007, set "
-     "1005, return"},
-    {kRadio, "command ADD_SONG ROOM_ID=7 MEDIA_ID=2",
-     "event 1, set 1009, remmed, set 1007, set 1005, QUEUE_STATE_CHANGED, UPDATE_MEDIA_INFO, "
-     "QUEUE_MEDIA_INFO_UPDATED, set 1006, set 1004, set 1009, set 1007, set 1005, return"},
-    {kNew, "command ADD_SONG_LIST ROOM_ID=7 MEDIA=<MEDIA><MEDIA_ID>2</MEDIA_ID></MEDIA>",
-     "event 1, set 1009, set 1007, set 1005, set 1006, set 1004, set 1009, return"},
-    {kPlaying, "command ADD_SONG_LIST ROOM_ID=7 MEDIA=<MEDIA><MEDIA_ID>2</MEDIA_ID></MEDIA>",
-     "event 1, set 1009, set 1007, set 1005, return"},
-    {kEnded, "command ADD_SONG_LIST ROOM_ID=7 MEDIA=<MEDIA><MEDIA_ID>2</MEDIA_ID></MEDIA>",
-     "timer-stop, event 1, set 1009, set 1007, set 1005, addmed, UPDATE_MEDIA_INFO, set 1006, set 1004, set "
-     "1009, return"},
-    {kRadio, "command ADD_SONG_LIST ROOM_ID=7 MEDIA=<MEDIA><MEDIA_ID>2</MEDIA_ID></MEDIA>",
-     "event 1, set 1009, remmed, set 1007, set 1005, set 1007, set 1005, QUEUE_STATE_CHANGED, "
-     "UPDATE_MEDIA_INFO, QUEUE_MEDIA_INFO_UPDATED, set 1006, set 1004, set 1009, return"},
-    {kNew, "command ADD_ALBUM_MP3 ROOM_ID=7 MEDIA_ID=8 PLAY_NEXT=1",
-     "event 1, set 1009, set 1007, set 1005, set 1006, set 1004, set 1009, return"},
-    {kEnded, "command ADD_ALBUM_MP3 ROOM_ID=7 MEDIA_ID=8 PLAY_NEXT=1",
-     "timer-stop, event 1, set 1009, set 1007, set 1005, addmed, UPDATE_MEDIA_INFO, set 1006, set 1004, set "
-     "1009, return"},
-    {kRadio, "command ADD_ALBUM_MP3 ROOM_ID=7 MEDIA_ID=8 PLAY_NEXT=1",
-     "remmed, set 1007, set 1005, event 1, set 1009, set 1007, set 1005, QUEUE_STATE_CHANGED, "
-     "UPDATE_MEDIA_INFO, QUEUE_MEDIA_INFO_UPDATED, set 1006, set 1004, set 1009, return"},
-    {kNew, "command ADD_ALBUM_LIST ROOM_ID=7 MEDIA=<A><I>8</I></A>",
-     "event 1, set 1009, set 1007, set 1005, UPDATE_MEDIA_INFO, set 1006, set 1004, set 1009"},
-    {kEnded, "command ADD_ALBUM_LIST ROOM_ID=7 MEDIA=<A><I>8</I></A>",
-     "event 1, set 1009, set 1007, set 1005, set 1006, set 1004, set 1009"},
-    {kRadio, "command ADD_ALBUM_LIST ROOM_ID=7 MEDIA=<A><I>8</I></A>",
-     "remmed, set 1007, set 1005, QUEUE_DELETED, event 1, set 1009, set 1007, set 1005"},
-    {kNew, "command QUEUE_ALL ROOM_ID=7 ARTIST=Ann PLAY_NEXT=1",
-     "event 1, set 1009, set 1007, set 1005, UPDATE_MEDIA_INFO, set 1006, set 1004, set 1009, return"},
-    {kEnded, "command QUEUE_ALL ROOM_ID=7 ARTIST=Ann PLAY_NEXT=1",
-     "event 1, set 1009, set 1007, set 1005, addmed, UPDATE_MEDIA_INFO, set 1006, set 1004, set 1009, "
+     "roomAdded, roomMap, timer-stop, addmed, UPDATE_MEDIA_INFO, status, oldStatus, roomMap, info, oldInfo, "
      "return"},
+    {kRadio, "command ADD_SONG ROOM_ID=7 MEDIA_ID=2",
+     "roomAdded, roomMap, remmed, info, oldInfo, QUEUE_STATE_CHANGED, UPDATE_MEDIA_INFO, "
+     "QUEUE_MEDIA_INFO_UPDATED, status, oldStatus, roomMap, info, oldInfo, return"},
+    {kNew, "command ADD_SONG_LIST ROOM_ID=7 MEDIA=<MEDIA><MEDIA_ID>2</MEDIA_ID></MEDIA>",
+     "roomAdded, roomMap, info, oldInfo, status, oldStatus, roomMap, return"},
+    {kPlaying, "command ADD_SONG_LIST ROOM_ID=7 MEDIA=<MEDIA><MEDIA_ID>2</MEDIA_ID></MEDIA>",
+     "roomAdded, roomMap, info, oldInfo, return"},
+    {kEnded, "command ADD_SONG_LIST ROOM_ID=7 MEDIA=<MEDIA><MEDIA_ID>2</MEDIA_ID></MEDIA>",
+     "timer-stop, roomAdded, roomMap, info, oldInfo, addmed, UPDATE_MEDIA_INFO, status, oldStatus, roomMap, "
+     "return"},
+    {kRadio, "command ADD_SONG_LIST ROOM_ID=7 MEDIA=<MEDIA><MEDIA_ID>2</MEDIA_ID></MEDIA>",
+     "roomAdded, roomMap, remmed, info, oldInfo, info, oldInfo, QUEUE_STATE_CHANGED, UPDATE_MEDIA_INFO, "
+     "QUEUE_MEDIA_INFO_UPDATED, status, oldStatus, roomMap, return"},
+    {kNew, "command ADD_ALBUM_MP3 ROOM_ID=7 MEDIA_ID=8 PLAY_NEXT=1",
+     "roomAdded, roomMap, info, oldInfo, status, oldStatus, roomMap, return"},
+    {kEnded, "command ADD_ALBUM_MP3 ROOM_ID=7 MEDIA_ID=8 PLAY_NEXT=1",
+     "timer-stop, roomAdded, roomMap, info, oldInfo, addmed, UPDATE_MEDIA_INFO, status, oldStatus, roomMap, "
+     "return"},
+    {kRadio, "command ADD_ALBUM_MP3 ROOM_ID=7 MEDIA_ID=8 PLAY_NEXT=1",
+     "remmed, info, oldInfo, roomAdded, roomMap, info, oldInfo, QUEUE_STATE_CHANGED, UPDATE_MEDIA_INFO, "
+     "QUEUE_MEDIA_INFO_UPDATED, status, oldStatus, roomMap, return"},
+    {kNew, "command ADD_ALBUM_LIST ROOM_ID=7 MEDIA=<A><I>8</I></A>",
+     "roomAdded, roomMap, info, oldInfo, UPDATE_MEDIA_INFO, status, oldStatus, roomMap"},
+    {kEnded, "command ADD_ALBUM_LIST ROOM_ID=7 MEDIA=<A><I>8</I></A>",
+     "roomAdded, roomMap, info, oldInfo, status, oldStatus, roomMap"},
+    {kRadio, "command ADD_ALBUM_LIST ROOM_ID=7 MEDIA=<A><I>8</I></A>",
+     "remmed, info, oldInfo, QUEUE_DELETED, roomAdded, roomMap, info, oldInfo"},
+    {kNew, "command QUEUE_ALL ROOM_ID=7 ARTIST=Ann PLAY_NEXT=1",
+     "roomAdded, roomMap, info, oldInfo, UPDATE_MEDIA_INFO, status, oldStatus, roomMap, return"},
+    {kEnded, "command QUEUE_ALL ROOM_ID=7 ARTIST=Ann PLAY_NEXT=1",
+     "roomAdded, roomMap, info, oldInfo, addmed, UPDATE_MEDIA_INFO, status, oldStatus, roomMap, return"},
     {kRadio, "command QUEUE_ALL ROOM_ID=7 ARTIST=Ann PLAY_NEXT=1",
-     "remmed, set 1007, set 1005, QUEUE_DELETED, event 1, set 1009, set 1007, set 1005, UPDATE_MEDIA_INFO, "
-     "set 1006, set 1004, set 1009, return"},
+     "remmed, info, oldInfo, QUEUE_DELETED, roomAdded, roomMap, info, oldInfo, UPDATE_MEDIA_INFO, status, "
+     "oldStatus, roomMap, return"},
     {kNew, "command ADD_PLAYLIST ROOM_ID=7 MEDIA_ID=6",
-     "event 1, set 1009, set 1007, set 1005, set 1002, set 1006, set 1004, set 1009, return"},
+     "roomAdded, roomMap, info, oldInfo, roomHistory, status, oldStatus, roomMap, return"},
     {kEnded, "command ADD_PLAYLIST ROOM_ID=7 MEDIA_ID=6",
-     "timer-stop, event 1, set 1009, set 1007, set 1005, set 1002, addmed, UPDATE_MEDIA_INFO, set 1006, set "
-     "1004, set 1009, return"},
+     "timer-stop, roomAdded, roomMap, info, oldInfo, roomHistory, addmed, UPDATE_MEDIA_INFO, status, "
+     "oldStatus, roomMap, return"},
     {kRadio, "command ADD_PLAYLIST ROOM_ID=7 MEDIA_ID=6",
-     "event 1, set 1009, remmed, set 1007, set 1005, set 1007, set 1005, set 1002, QUEUE_STATE_CHANGED, "
-     "UPDATE_MEDIA_INFO, QUEUE_MEDIA_INFO_UPDATED, set 1006, set 1004, set 1009, return"},
+     "roomAdded, roomMap, remmed, info, oldInfo, info, oldInfo, roomHistory, QUEUE_STATE_CHANGED, "
+     "UPDATE_MEDIA_INFO, QUEUE_MEDIA_INFO_UPDATED, status, oldStatus, roomMap, return"},
     {kNew, "command ADD_IR_STREAM ROOM_ID=7 MEDIA_ID=5",
-     "event 1, set 1009, set 1007, set 1005, set 1006, set 1004, set 1009, set 1007, set 1005, return"},
+     "roomAdded, roomMap, info, oldInfo, status, oldStatus, roomMap, info, oldInfo, return"},
     {kEnded, "command ADD_IR_STREAM ROOM_ID=7 MEDIA_ID=5",
-     "event 1, set 1009, set 1007, set 1005, timer-stop, addmed, UPDATE_MEDIA_INFO, set 1006, set 1004, set "
-     "1009, set 1007, set 1005, return"},
+     "roomAdded, roomMap, info, oldInfo, timer-stop, addmed, UPDATE_MEDIA_INFO, status, oldStatus, roomMap, "
+     "info, oldInfo, return"},
     {kRadio, "command ADD_IR_STREAM ROOM_ID=7 MEDIA_ID=5",
-     "QUEUE_DELETED, event 1, set 1009, remmed, set 1007, set 1005, UPDATE_MEDIA_INFO, set 1006, set 1004, "
-     "set 1009, set 1007, set 1005, return"},
+     "QUEUE_DELETED, roomAdded, roomMap, remmed, info, oldInfo, UPDATE_MEDIA_INFO, status, oldStatus, "
+     "roomMap, info, oldInfo, return"},
     {kEnded, "command GO_TO_SONG ROOM_ID=7 MEDIA_ID=1",
-     "timer-stop, addmed, UPDATE_MEDIA_INFO, set 1006, set 1004, set 1009"},
-    {kEnded, "command PLAY ROOM_ID=7", "timer-stop, addmed, UPDATE_MEDIA_INFO, set 1006, set 1004, set 1009"},
-    {kPlaying, "command STOP ROOM_ID=7", "remmed, set 1006, set 1004, set 1009"},
-    {kPlaying, "command PAUSE ROOM_ID=7", "setsta, set 1006, set 1004, set 1009"},
+     "timer-stop, addmed, UPDATE_MEDIA_INFO, status, oldStatus, roomMap"},
+    {kEnded, "command PLAY ROOM_ID=7", "timer-stop, addmed, UPDATE_MEDIA_INFO, status, oldStatus, roomMap"},
+    {kPlaying, "command STOP ROOM_ID=7", "remmed, status, oldStatus, roomMap"},
+    {kPlaying, "command PAUSE ROOM_ID=7", "setsta, status, oldStatus, roomMap"},
     {kPlaying, "command EDIT_QUEUE ROOM_ID=7 MEDIA=<MEDIA><MEDIA_ID>2</MEDIA_ID></MEDIA>",
-     "set 1007, set 1005, remmed, UPDATE_MEDIA_INFO, set 1006, set 1004, set 1009"},
+     "info, oldInfo, remmed, UPDATE_MEDIA_INFO, status, oldStatus, roomMap"},
     {kPlaying, "command REMOVE_SONG ROOM_ID=7 MEDIA_ID=1",
-     "remmed, set 1007, set 1005, UPDATE_MEDIA_INFO, room-service, set 1006, set 1004, set 1009"},
+     "remmed, info, oldInfo, UPDATE_MEDIA_INFO, room-service, status, oldStatus, roomMap"},
     {kRadio, "command UPDATE_SECONDARY_MEDIA_INFO roomId=7 title=x",
-     "UPDATE_MEDIA_INFO, QUEUE_MEDIA_INFO_UPDATED, set 1007, set 1005, set 1006, set 1004, set 1009"},
+     "UPDATE_MEDIA_INFO, QUEUE_MEDIA_INFO_UPDATED, info, oldInfo, status, oldStatus, roomMap"},
     {kRadio, "rhapsody playlist-tracks Tra.1",
-     "event 1, set 1009, remmed, set 1007, set 1005, QUEUE_DELETED, set 1007, set 1005, rhapsody, "
-     "UPDATE_MEDIA_INFO, set 1007, set 1005, set 1006, set 1004, set 1009"},
+     "roomAdded, roomMap, remmed, info, oldInfo, QUEUE_DELETED, info, oldInfo, rhapsody, UPDATE_MEDIA_INFO, "
+     "info, oldInfo, status, oldStatus, roomMap"},
 };
 
 class CommandsOutputs : public ::testing::TestWithParam<Row> {};

@@ -1,5 +1,7 @@
 // The documents that a queue describes itself in.
 #include "QueueFixture.h"
+#include "basics/Ids.h"
+#include "basics/Variables.h"
 #include "status/RoomHistories.h"
 
 namespace {
@@ -107,9 +109,13 @@ TEST_F(QueueDocuments, ListIsPublishedInBothForms) {
     std::vector<std::string> calls;
     onCall = [&](const ServiceCall& call) { calls.push_back(call.ToText()); };
     queue->UpdateInfoVariable();
-    EXPECT_EQ(calls, (Lines{"SetVariable 100002 100002 1007 " +
-                                InfoOf("<song id=\"1050\" source=\"1\"></song>") + " true",
-                            "SetVariable 100002 100002 1005 " + InfoOf("") + " true"}));
+    const auto published = [](std::uint32_t variable, const std::string& text) {
+        const std::string driver = std::to_string(kDriverDeviceId);
+        return "SetVariable " + driver + " " + driver + " " + std::to_string(variable) + " " + text + " true";
+    };
+    EXPECT_EQ(calls,
+              (Lines{published(variables::kQueueInfoV2, InfoOf("<song id=\"1050\" source=\"1\"></song>")),
+                     published(variables::kQueueInfo, InfoOf(""))}));
 }
 
 TEST_F(QueueDocuments, EveryStateHasItsWord) {
