@@ -1,7 +1,6 @@
-// Sessions: queues shared by several rooms, and how a room gets its queue.
+// Sessions: queues shared by several rooms.
 #include <sstream>
 
-#include "driver/QueueIds.h"
 #include "driver/korvel_digitalaudio.h"
 #include "platform/Text.h"
 
@@ -29,45 +28,6 @@ std::string AddressText(const void* address) {
 
 void korvel_digitalaudio::ReturnQueueId(ICmdReturn* ret, std::uint32_t queueId) {
     setReturnValue(ret, "<queueid>" + std::to_string(queueId) + "</queueid>");
-}
-
-std::int32_t korvel_digitalaudio::AudioServer_CreateQueue(std::uint32_t roomId, AudioQueue** queue,
-                                                          bool* created) {
-    *created = false;
-    *queue = nullptr;
-    if (m_activeServerBinding == 0)
-        return -1;
-    AudioServer* server = AudioServer_GetServerFromRoom(roomId);
-    const std::uint32_t activeBinding = m_activeServerBinding;
-    const bool onActive = server && server->GetBindingId() == activeBinding;
-    if (server) {
-        *queue = server->GetAudioQueueFromRoom(roomId);
-        if (onActive && *queue && (*queue)->GetInputFile().empty())
-            return 0;
-        // Media cannot be added to a queue that plays a local input, nor to one on another server.
-        if (*queue)
-            RoomClient_Remove(roomId, server, queue);
-    }
-    // Looked up again: what was sent while the room left may have ended the server.
-    server = onActive ? GetServer(activeBinding) : AudioServer_Create(m_activeServerBinding, false);
-    *queue = server ? AudioServer_CreateQueue(server, roomId) : nullptr;
-    *created = *queue != nullptr;
-    return *created ? 0 : -1;
-}
-
-AudioQueue* korvel_digitalaudio::AudioServer_CreateQueue(AudioServer* server, std::uint32_t roomId) {
-    AudioQueue* queue = server->CreateAudioQueue(roomId, m_nextQueueId);
-    m_nextQueueId = NextQueueId(m_nextQueueId);
-    ListRoom(roomId);
-    SetQueuesShuffleState(*queue, roomId);
-    SetQueuesRepeatState(*queue, roomId);
-    return queue;
-}
-
-AudioQueue* korvel_digitalaudio::AudioQueue_Get(std::uint32_t roomId, std::uint32_t queueId) const {
-    if (roomId != 0)
-        return AudioServer_GetQueueFromRoom(roomId);
-    return queueId != 0 ? AudioServer_GetQueueFromId(queueId) : nullptr;
 }
 
 // Takes the room out of its queue. It joins the other one when it selects this driver's device with the

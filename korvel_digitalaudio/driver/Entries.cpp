@@ -1,7 +1,6 @@
-// Every entry from the core, each inside the guard.
+// The entries from the core, each inside the guard; those of commands are in Commands.cpp.
 #include "driver/SourceSelection.h"
 #include "driver/korvel_digitalaudio.h"
-#include "platform/Text.h"
 
 using NodePtr = kv::auto_com<KVXML::INode>;
 
@@ -71,48 +70,6 @@ bool korvel_digitalaudio::IsAVOutputToInputValid(const AVParams& params, const A
 
 NodePtr korvel_digitalaudio::GetPersistState(std::uint32_t) {
     return Enter("GetPersistState", NodePtr(), [&] { return PersistedState(); });
-}
-
-std::int32_t korvel_digitalaudio::ExecuteCommand(const ICmdMessage& message, ICmdReturn* ret,
-                                                 std::uint32_t source) {
-    return Enter("ExecuteCommand", std::int32_t{0}, [&]() -> std::int32_t {
-        // There is nothing to play on before the audio server of this controller has come online.
-        if (m_activeServerBinding == 0)
-            return 0;
-        try {
-            return KVBaseDriver::ExecuteCommand(message, ret, source);
-        } catch (...) {
-            if (m_stringX && m_message)
-                LogMessage(3, "Command failed: " + m_stringX->OneLine(m_message->Describe(message)));
-            throw;
-        }
-    });
-}
-
-// Every command that answers with a document serves as a request as well.
-NodePtr korvel_digitalaudio::UIRequest(const ICmdMessage& message) {
-    return Enter("UIRequest", NodePtr(), [&]() -> NodePtr {
-        if (NodePtr answer = KVBaseDriver::UIRequest(message))
-            return answer;
-        CR_String collector;
-        ExecuteCommand(message, &collector, 0);
-        if (collector.GetText().empty())
-            return nullptr;
-        const auto document = KVXML::CreateXmlDocument(collector.GetText());
-        return document ? document->GetRoot() : nullptr;
-    });
-}
-
-bool korvel_digitalaudio::TestCondition(const ICondMessage& condition, std::uint32_t*) {
-    return Enter("TestCondition", false, [&] {
-        const std::string room = condition.GetParam("ROOM_ID");
-        if (room.empty())
-            return false;
-        const bool inSession = AudioServer_GetQueueFromRoom(kv::ToULong(room)) != nullptr;
-        if (condition.GetName() == "InSession")
-            return inSession;
-        return condition.GetName() == "NotInSession" && !inSession;
-    });
 }
 
 void korvel_digitalaudio::OnTimerExpired(std::uint32_t timerId, std::int32_t) {

@@ -1,4 +1,6 @@
+// Audio servers and their queues: how they are found and made.
 #include "basics/Asserts.h"
+#include "driver/QueueIds.h"
 #include "driver/korvel_digitalaudio.h"
 #include "server/link/ASPackets.h"
 
@@ -33,31 +35,28 @@ void korvel_digitalaudio::ReleaseRetiredServers() {
     }
 }
 
-// Named after a server's id, though the key is a queue's.
-AudioServer* korvel_digitalaudio::AudioServer_GetServerFromId(std::uint32_t queueId) const {
+template <class Predicate>
+AudioServer* korvel_digitalaudio::FindServer(Predicate matches) const {
     for (const auto& [id, server] : m_servers) {
-        if (server->GetAudioQueue(queueId))
+        if (matches(*server))
             return server.get();
     }
     return nullptr;
+}
+
+// Named after a server's id, though the key is a queue's.
+AudioServer* korvel_digitalaudio::AudioServer_GetServerFromId(std::uint32_t queueId) const {
+    return FindServer([&](const AudioServer& server) { return server.GetAudioQueue(queueId) != nullptr; });
 }
 
 AudioServer* korvel_digitalaudio::AudioServer_GetInUseServer(const std::string& ip, std::uint32_t channel,
                                                              std::uint32_t port) const {
-    for (const auto& [id, server] : m_servers) {
-        AudioQueue* found = nullptr;
-        if (server->IsClientInUse(ip, channel, port, &found))
-            return server.get();
-    }
-    return nullptr;
+    return FindServer(
+        [&](const AudioServer& server) { return server.GetInUseClientQueue(ip, channel, port) != nullptr; });
 }
 
 AudioServer* korvel_digitalaudio::AudioServer_GetServerFromRoom(std::uint32_t roomId) const {
-    for (const auto& [id, server] : m_servers) {
-        if (server->ContainsRoom(roomId))
-            return server.get();
-    }
-    return nullptr;
+    return FindServer([&](const AudioServer& server) { return server.ContainsRoom(roomId); });
 }
 
 AudioQueue* korvel_digitalaudio::AudioServer_GetQueueFromRoom(std::uint32_t roomId) const {
@@ -82,6 +81,45 @@ AudioQueue* korvel_digitalaudio::NextQueue(const AudioServer& server, std::uint3
 
 bool korvel_digitalaudio::IsThere(const AudioQueue& queue) const {
     return AudioServer_GetQueueFromId(queue.GetQueueId()) == &queue;
+}
+
+std::int32_t korvel_digitalaudio::AudioServer_CreateQueue(std::uint32_t roomId, AudioQueue** queue,
+                                                          bool* created) {
+    *created = false;
+    *queue = nullptr;
+    if (m_activeServerBinding == 0)
+        return -1;
+    AudioServer* server = AudioServer_GetServerFromRoom(roomId);
+    const std::uint32_t activeBinding = m_activeServerBinding;
+    const bool onActive = server && server->GetBindingId() == activeBinding;
+    if (server) {
+        *queue = server->GetAudioQueueFromRoom(roomId);
+        if (onActive && *queue && (*queue)->GetInputFile().empty())
+            return 0;
+        // Media cannot be added to a queue that plays a local input, nor to one on another server.
+        if (*queue)
+            RoomClient_Remove(roomId, server, queue);
+    }
+    // Looked up again: what was sent while the room left may have ended the server.
+    server = onActive ? GetServer(activeBinding) : AudioServer_Create(m_activeServerBinding, false);
+    *queue = server ? AudioServer_CreateQueue(server, roomId) : nullptr;
+    *created = *queue != nullptr;
+    return *created ? 0 : -1;
+}
+
+AudioQueue* korvel_digitalaudio::AudioServer_CreateQueue(AudioServer* server, std::uint32_t roomId) {
+    AudioQueue* queue = server->CreateAudioQueue(roomId, m_nextQueueId);
+    m_nextQueueId = NextQueueId(m_nextQueueId);
+    ListRoom(roomId);
+    SetQueuesShuffleState(*queue, roomId);
+    SetQueuesRepeatState(*queue, roomId);
+    return queue;
+}
+
+AudioQueue* korvel_digitalaudio::AudioQueue_Get(std::uint32_t roomId, std::uint32_t queueId) const {
+    if (roomId != 0)
+        return AudioServer_GetQueueFromRoom(roomId);
+    return queueId != 0 ? AudioServer_GetQueueFromId(queueId) : nullptr;
 }
 
 std::vector<std::uint32_t> korvel_digitalaudio::GetMp3Devices(std::uint32_t deviceId) {

@@ -31,8 +31,8 @@ enum DigitalAudioPlayPref : std::int32_t {};
 
 // The digital-audio driver: play queues for the rooms of a house, played by audio servers.
 //
-// The way of a command: ExecuteCommand (Entries.cpp) -> the dispatcher's table (CommandTable.cpp) -> the
-// handler (commands/) -> AudioQueue (queue/) -> ASPacketSendQueue -> ServerUtility (server/) -> the binding.
+// The way of a command: ExecuteCommand and the table (Commands.cpp) -> the handler (commands/) -> AudioQueue
+// (queue/) -> ASPacketSendQueue -> ServerUtility (server/link/) -> the binding.
 //
 // Every entry from the core runs inside Enter(), which lets no exception out and, when the outermost entry
 // ends, frees the queues and servers that were removed meanwhile.
@@ -135,7 +135,7 @@ private:
     void AddVariables();
     void CreateRhapsodyClient();
 
-    // CommandTable.cpp
+    // Commands.cpp
     static const Command s_commands[];
     static const Request s_requests[];
     void RegisterCommands();
@@ -164,7 +164,14 @@ private:
     // False once a call to the core has ended the queue or left it behind, which frees it with the outermost
     // entry at the earliest.
     bool IsThere(const AudioQueue& queue) const;
+    // 0 on success, -1 when the room can have no queue.
+    std::int32_t AudioServer_CreateQueue(std::uint32_t roomId, AudioQueue** queue, bool* created);
+    AudioQueue* AudioServer_CreateQueue(AudioServer* server, std::uint32_t roomId);
+    AudioQueue* AudioQueue_Get(std::uint32_t roomId, std::uint32_t queueId) const;
     AudioServer* GetServer(std::uint32_t bindingId) const;
+    // The first in ascending binding id; null for none.
+    template <class Predicate>
+    AudioServer* FindServer(Predicate matches) const;
     template <class Action>
     void ForEachServer(Action action);
     template <class Action>
@@ -235,10 +242,6 @@ private:
     void OnRemoveRoomsFromSession(const ICmdMessage& message, ICmdReturn* ret);
     void OnRemove(const ICmdMessage& message, ICmdReturn* ret);
     void OnRemoveQueue(const ICmdMessage& message, ICmdReturn* ret);
-    // 0 on success, -1 when the room can have no queue.
-    std::int32_t AudioServer_CreateQueue(std::uint32_t roomId, AudioQueue** queue, bool* created);
-    AudioQueue* AudioServer_CreateQueue(AudioServer* server, std::uint32_t roomId);
-    AudioQueue* AudioQueue_Get(std::uint32_t roomId, std::uint32_t queueId) const;
     std::uint32_t AudioQueue_Join(std::uint32_t roomId, std::uint32_t joinRoomId);
     void SelectInRoom(std::uint32_t roomId, std::uint32_t queueId);
     static void ReturnQueueId(ICmdReturn* ret, std::uint32_t queueId);

@@ -44,9 +44,3 @@ void AudioQueue::Close() {
 void AudioQueue::toxmlHistory(RoomHistories* histories, KVXML::INode& parent) const {
     histories->HistoryToXml(parent);
 }
-
-// All packets of the queue go this way; a closed queue has nothing to say any more.
-void AudioQueue::AddPacket(std::unique_ptr<ASPacketBase> packet, bool skipWaiting) {
-    if (!m_closed)
-        m_packets.Add(std::move(packet), skipWaiting);
-}

@@ -15,7 +15,7 @@
 #include "platform/rhapsody/RhapsodyClient.h"
 #include "queue/AudioMedia.h"
 #include "queue/Memo.h"
-#include "server/link/ASPacketSendQueue.h"
+#include "server/link/ASPackets.h"
 #include "server/link/RoomClient.h"
 #include "server/link/ServerUtility.h"
 
@@ -129,6 +129,8 @@ public:
     void PlayFirstSong();
     // Whether a song was started. At the end of the list `endIfNone` ends the queue.
     bool PlayNextSong(bool forward, bool endIfNone);
+    void AddSongToStream(const AudioMedia& media);
+    void AddFileToStream();
     void EndOfQueue();
     // Counts a failed or ended media; true when there were too many of them within a minute.
     bool ShouldStopPlayback();
@@ -140,8 +142,6 @@ public:
 
     // Stream.cpp
 
-    void AddSongToStream(const AudioMedia& media);
-    void AddFileToStream();
     void CreateStream();
     void RemoveStream();
     std::uint32_t GetStreamId() const { return m_streamId; }

@@ -1,8 +1,11 @@
+// What the queue does, and what it therefore tells the audio server.
 #include "basics/Ids.h"
+#include "basics/LogLevels.h"
 #include "platform/System.h"
 #include "platform/XmlHelper.h"
 #include "queue/AudioQueue.h"
 #include "queue/Clock.h"
+#include "server/link/ASPacket.h"
 
 namespace {
 
@@ -161,6 +164,33 @@ bool AudioQueue::PlayChannel() {
     }
     AddSongToStream(channel);
     return true;
+}
+
+void AudioQueue::AddSongToStream(const AudioMedia& media) {
+    // `media` may be the current one, which changes before the end.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const AudioMedia added = media;
+    if (m_closed)
+        return;
+    m_canPause = true;
+    auto packet = ASPacket::CreateAddMedia(m_driverHelper, m_instances, added, IsInternetRadio());
+    if (packet) {
+        // Only the newest media is wanted once the stream is there.
+        if (m_packets.RemoveWaitingMedia() != 0)
+            LogXMessage(log_levels::kQueue, "Digital Audio addmed entry superceeded");
+        AddPacket(std::move(packet));
+    }
+    UpdateRoomMediaVariable(added, nullptr, false);
+}
+
+void AudioQueue::AddFileToStream() {
+    AddPacket(std::make_unique<ASAddFileInputPacket>(m_inputFile));
+}
+
+// All packets of the queue go this way; a closed queue has nothing to say any more.
+void AudioQueue::AddPacket(std::unique_ptr<ASPacketBase> packet, bool skipWaiting) {
+    if (!m_closed)
+        m_packets.Add(std::move(packet), skipWaiting);
 }
 
 void AudioQueue::EndOfQueue() {

@@ -1,34 +1,10 @@
 #include <algorithm>
 
-#include "basics/LogLevels.h"
-#include "platform/System.h"
 #include "queue/AudioQueue.h"
-#include "server/link/ASPacket.h"
 
 namespace {
 constexpr const char* kCannotPause = "NO-PAUSE";
 } // namespace
-
-void AudioQueue::AddSongToStream(const AudioMedia& media) {
-    // `media` may be the current one, which changes before the end.
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
-    const AudioMedia added = media;
-    if (m_closed)
-        return;
-    m_canPause = true;
-    auto packet = ASPacket::CreateAddMedia(m_driverHelper, m_instances, added, m_isInternetRadio);
-    if (packet) {
-        // Only the newest media is wanted once the stream is there.
-        if (m_packets.RemoveWaitingMedia() != 0)
-            LogXMessage(log_levels::kQueue, "Digital Audio addmed entry superceeded");
-        AddPacket(std::move(packet));
-    }
-    UpdateRoomMediaVariable(added, nullptr, false);
-}
-
-void AudioQueue::AddFileToStream() {
-    AddPacket(std::make_unique<ASAddFileInputPacket>(m_inputFile));
-}
 
 void AudioQueue::CreateStream() {
     m_waitingForAddResponse = true;

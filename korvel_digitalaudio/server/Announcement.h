@@ -6,7 +6,7 @@
 
 #include "platform/InstanceManager.h"
 #include "server/link/ASPacket.h"
-#include "server/link/ASPacketSendQueue.h"
+#include "server/link/ASPackets.h"
 #include "server/link/ServerUtility.h"
 
 // One audio file played at once in a set of rooms, on a stream of its own.

@@ -4,7 +4,7 @@
 #include "TestCore.h"
 #include "queue/AudioMedia.h"
 #include "server/link/ASPacket.h"
-#include "server/link/ASPacketSendQueue.h"
+#include "server/link/ASPackets.h"
 #include "server/link/ServerUtility.h"
 
 namespace {

@@ -1,9 +1,13 @@
+// Commands, requests and conditions: how they come in, and the table that leads to their handlers.
 #include <algorithm>
 #include <boost/bind/bind.hpp>
 
+#include "basics/LogLevels.h"
 #include "driver/korvel_digitalaudio.h"
+#include "platform/Text.h"
 
 using D = korvel_digitalaudio;
+using NodePtr = kv::auto_com<KVXML::INode>;
 
 // docs/commands.md tells the same in its own order; a test compares the two.
 const D::Command D::s_commands[] = {
@@ -96,4 +100,47 @@ void korvel_digitalaudio::RunCommand(Command::Handler handler, const std::vector
     });
     if (complete)
         (this->*handler)(message, ret);
+}
+
+std::int32_t korvel_digitalaudio::ExecuteCommand(const ICmdMessage& message, ICmdReturn* ret,
+                                                 std::uint32_t source) {
+    return Enter("ExecuteCommand", std::int32_t{0}, [&]() -> std::int32_t {
+        // There is nothing to play on before the audio server of this controller has come online.
+        if (m_activeServerBinding == 0)
+            return 0;
+        try {
+            return KVBaseDriver::ExecuteCommand(message, ret, source);
+        } catch (...) {
+            if (m_stringX && m_message)
+                LogMessage(log_levels::kLink,
+                           "Command failed: " + m_stringX->OneLine(m_message->Describe(message)));
+            throw;
+        }
+    });
+}
+
+// Every command that answers with a document serves as a request as well.
+NodePtr korvel_digitalaudio::UIRequest(const ICmdMessage& message) {
+    return Enter("UIRequest", NodePtr(), [&]() -> NodePtr {
+        if (NodePtr answer = KVBaseDriver::UIRequest(message))
+            return answer;
+        CR_String collector;
+        ExecuteCommand(message, &collector, 0);
+        if (collector.GetText().empty())
+            return nullptr;
+        const auto document = KVXML::CreateXmlDocument(collector.GetText());
+        return document ? document->GetRoot() : nullptr;
+    });
+}
+
+bool korvel_digitalaudio::TestCondition(const ICondMessage& condition, std::uint32_t*) {
+    return Enter("TestCondition", false, [&] {
+        const std::string room = condition.GetParam("ROOM_ID");
+        if (room.empty())
+            return false;
+        const bool inSession = AudioServer_GetQueueFromRoom(kv::ToULong(room)) != nullptr;
+        if (condition.GetName() == "InSession")
+            return inSession;
+        return condition.GetName() == "NotInSession" && !inSession;
+    });
 }
