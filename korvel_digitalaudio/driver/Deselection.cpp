@@ -12,8 +12,7 @@ void korvel_digitalaudio::DeselectRoom(std::uint32_t roomId) {
         return;
     }
     // A room that was only given media, and never selected the source, keeps its queue.
-    const RoomClient* client = queue->GetRoomClient(roomId);
-    if (!client || client->GetIpAddress().empty())
+    if (queue->GetRoomClient(roomId)->GetIpAddress().empty())
         return;
     if (queue->GetRoomCount() == 1)
         server->ClearInUseInput(queue);

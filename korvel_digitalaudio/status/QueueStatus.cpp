@@ -33,8 +33,7 @@ void korvel_digitalaudio::OnGetQueueStatusV2(const ICmdMessage&, ICmdReturn* ret
 
 NodePtr korvel_digitalaudio::OnGetQueueInfo(const ICmdMessage& message) {
     const AudioQueue* queue = AudioQueue_Get(message.GetNumber("ROOM_ID"), message.GetNumber("QUEUE_ID"));
-    NodePtr info = queue ? queue->GetInfoVariable() : nullptr;
-    return info ? info : KVXML::CreateXmlNode("info");
+    return queue ? queue->GetInfoVariable() : KVXML::CreateXmlNode("info");
 }
 
 void korvel_digitalaudio::OnRequestCurrentMediaInfo(const ICmdMessage& message, ICmdReturn*) {
