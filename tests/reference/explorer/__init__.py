@@ -1,0 +1,1 @@
+"""Random sessions, and what becomes of them on both sides."""
