@@ -49,6 +49,10 @@ std::string Arguments::Text() {
     return ParseText(std::exchange(m_rest, {}));
 }
 
+std::string Arguments::Rest() {
+    return std::string(TrimStart(std::exchange(m_rest, {})));
+}
+
 std::vector<std::pair<std::string, std::string>> Arguments::Pairs() {
     std::vector<std::pair<std::string, std::string>> pairs;
     while (!AtEnd()) {

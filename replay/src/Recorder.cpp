@@ -63,6 +63,8 @@ void Recorder::WorldInput(std::string_view line) {
 }
 void Recorder::Output(const OutputLine& line) {
     Add("< " + line.GetText());
+    if (m_listener && !m_muted)
+        m_listener(line.GetText());
 }
 void Recorder::Fault(std::string_view text) {
     Output(OutputLine("fault").Text(text));

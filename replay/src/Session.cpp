@@ -1,5 +1,7 @@
 #include "replay/Session.h"
 
+#include <algorithm>
+
 #include "replay/Arguments.h"
 #include "replay/Verbs.h"
 #include "replay/Words.h"
@@ -20,6 +22,7 @@ Session::Session(CreationFunc create, std::ostream* echo) : m_create(create), m_
     m_instances.Offer<KVRhapsodyClient::IRhapsodyClientFactory>(m_rhapsody);
     m_instances.Offer<IStringX>(*m_stringX);
     m_instances.Offer<IKVMessage>(*m_message);
+    m_world.recorder.SetListener([this](std::string_view output) { RunInside(output); });
 }
 
 Session::~Session() {
@@ -30,6 +33,8 @@ Session::~Session() {
 void Session::Execute(std::string_view line) {
     Dispatch(line);
     DeliverAnswers();
+    if (m_insideError)
+        std::rethrow_exception(std::exchange(m_insideError, nullptr));
 }
 
 IDriver& Session::GetDriver() {
@@ -89,6 +94,23 @@ void Session::Dispatch(std::string_view line) {
     if (!verb)
         throw FormatError("unknown verb " + FormatValue(name));
     verb->run(*this, arguments);
+}
+
+// No driver is there to be called while one is made or destroyed.
+void Session::RunInside(std::string_view output) {
+    auto& waiting = m_world.insideCalls;
+    const auto found = std::find_if(waiting.begin(), waiting.end(),
+                                    [&](const InsideCall& call) { return output.starts_with(call.output); });
+    if (!m_driver || found == waiting.end())
+        return;
+    const std::string input = std::move(found->input);
+    waiting.erase(found);
+    m_world.recorder.WorldInput(input);
+    try {
+        Dispatch(input);
+    } catch (const FormatError&) {
+        m_insideError = std::current_exception();
+    }
 }
 
 void Session::DeliverAnswers() {

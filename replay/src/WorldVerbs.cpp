@@ -150,6 +150,17 @@ void Engine(Session& session, Arguments& arguments) {
     session.GetWorld().live.AddEngine(binding);
 }
 
+void Inside(Session& session, Arguments& arguments) {
+    static constexpr std::array<std::string_view, 4> kOutside{"start", "create", "stop", "advance"};
+    const std::string output = arguments.Value("OUTPUT");
+    const std::string input = arguments.Rest();
+    Arguments words(input);
+    const std::string verb = words.Value("INPUT");
+    if (!FindVerb(verb) || std::find(kOutside.begin(), kOutside.end(), verb) != kOutside.end())
+        throw FormatError("nothing inside a call is named " + FormatValue(verb));
+    session.GetWorld().insideCalls.push_back({output, input});
+}
+
 constexpr Verb kVerbs[] = {
     {"clock", "SECONDS", "the wall clock at the start of the run", Clock},
     {"random", "N...", "the next random numbers", Random},
@@ -170,6 +181,8 @@ constexpr Verb kVerbs[] = {
     {"room", "ROOM [ip= port= channel=]", "a live room, which selects and deselects when it is told to",
      Room},
     {"engine", "BINDING", "a live audio server, which answers every line", Engine},
+    {"inside", "OUTPUT INPUT...",
+     "the next output that starts with OUTPUT makes the core call INPUT before it returns", Inside},
 };
 
 } // namespace

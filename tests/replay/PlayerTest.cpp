@@ -69,6 +69,25 @@ TEST(Player, StoppingATimerIsTakenDownEvenWhenItIsGone) {
     EXPECT_EQ(LastOf("start\ncommand TIMER MS=10 FLAGS=17\ncommand KILL ID=1\nadvance 100\n"), Lines());
 }
 
+TEST(Player, AnInputInsideACallRunsBeforeTheCallReturns) {
+    const std::string ask = "command ASK NAME=PING\n";
+    EXPECT_EQ(LastOf("start\ninside \"message 7\" command KILL ID=9\n" + ask),
+              (Lines{"< message 7 PING queueid:INT=10000", "= command KILL ID=9", "< timer-stop 9",
+                     "< return : ", "< message 7 PING queueid:INT=10000"}));
+    // Once, in the order declared, and not while the driver is made.
+    EXPECT_EQ(LastOf("inside register command KILL ID=9\nstart\n").back(), "< initialized 0");
+    EXPECT_EQ(LastOf("start\ninside message name 7 A\ninside message name 7 B\n" + ask),
+              (Lines{"< message 7 PING queueid:INT=10000", "= name 7 A",
+                     "< return A: ", "< message 7 PING queueid:INT=10000", "= name 7 B"}));
+}
+
+TEST(Player, AnInputInsideACallMustBeOneThatCanRunThere) {
+    EXPECT_EQ(ErrorOf("inside event\n"), "a.txt:1: INPUT is missing");
+    EXPECT_EQ(ErrorOf("inside event stop\n"), "a.txt:1: nothing inside a call is named stop");
+    EXPECT_EQ(ErrorOf("inside event fly\n"), "a.txt:1: nothing inside a call is named fly");
+    EXPECT_EQ(ErrorOf("start\ninside message valid 6\ncommand ASK NAME=PING\n"), "a.txt:3: B is missing");
+}
+
 TEST(Player, LiveAnswersComeAfterTheInputHasReturned) {
     EXPECT_EQ(
         LastOf("engine 3000\nroom 7 ip=10.0.0.7 port=6200 channel=1\nstart\n"

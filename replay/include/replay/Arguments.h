@@ -24,6 +24,8 @@ public:
     std::vector<std::uint32_t> NumberList(std::string_view what);
     // All that is left, as one text.
     std::string Text();
+    // All that is left, as it stands.
+    std::string Rest();
     // All that is left, as key=value words.
     std::vector<std::pair<std::string, std::string>> Pairs();
     void ExpectEnd() const;

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <concepts>
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace korvel::replay {
@@ -47,6 +49,10 @@ public:
     // An exception that the driver let out, or another breach of its contract.
     void Fault(std::string_view text);
 
+    // Is told each output line once it is taken down. An output stands for a call of the driver that has not
+    // returned yet.
+    void SetListener(std::function<void(std::string_view)> listener) { m_listener = std::move(listener); }
+
     // Nothing is taken down from now on.
     void Mute() { m_muted = true; }
     // The lines since the last call.
@@ -57,6 +63,7 @@ private:
     void Echo(std::string_view line);
 
     std::ostream* m_echo;
+    std::function<void(std::string_view)> m_listener;
     bool m_muted = false;
     std::vector<std::string> m_lines;
 };

@@ -66,11 +66,13 @@ public:
 
 private:
     void Dispatch(std::string_view line);
+    void RunInside(std::string_view output);
     void DeliverAnswers();
     void Expire(const TimerQueue::Expiry& expiry);
 
     CreationFunc m_create;
     World m_world;
+    std::exception_ptr m_insideError; // of an input that a call of the driver could not let through
     SystemService m_system{m_world};
     TimerService m_timers{m_world};
     HelperService m_helper{m_world};

@@ -26,6 +26,12 @@ inline constexpr const char* kFailAddSongToPlaylist = "AddSongToPlaylist";
 inline constexpr const char* kFailSongLocation = "SongLocation";
 inline constexpr const char* kFailCreateMessage = "CreateMessage";
 
+// An input that the core makes inside a call of the driver: the next whose output starts with that text.
+struct InsideCall {
+    std::string output;
+    std::string input;
+};
+
 struct World {
     explicit World(std::ostream* echo) : recorder(echo) {}
 
@@ -44,6 +50,7 @@ struct World {
     std::map<std::uint32_t, std::vector<std::uint32_t>> mp3Devices;
     std::map<std::pair<std::uint32_t, std::string>, std::string> replies; // by device and message name
     std::set<std::string> failing;
+    std::vector<InsideCall> insideCalls; // those that wait, in the order declared
 };
 
 } // namespace korvel::replay
