@@ -56,7 +56,7 @@ class House:
         for service, chance in (("RhapsodyClient", 0.05), ("AnnouncementNotifier", 0.05)):
             if dice.random() < chance:
                 lines.append(words("without", service))
-        for service in ("StringX", "KVMessage"):
+        for service in ("KVMessage",):
             if dice.random() < 0.02:
                 lines.append(words("without", service))
         for binding in SERVERS:

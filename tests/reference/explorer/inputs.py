@@ -20,6 +20,29 @@ KINDS = (
     ("", 1),
 )
 TIMES = (0, 1, 50, 99, 100, 101, 1000, 4999, 5000, 5001, 9999, 10000, 30000, 59999, 60000, 60001, 61000, 120000)
+# What a call inside a call waits for.
+OUTPUTS = (
+    "event",
+    "event 1",
+    "event 2",
+    "set 1004",
+    "set 1006",
+    "set 1007",
+    "set 1009",
+    "send",
+    "message",
+    "message 7 DESELECT_AUDIO_PATH",
+    "log",
+    "debug",
+    "timer",
+    "timer-stop",
+    "return",
+    "ui",
+    "media",
+    "rhapsody",
+    "room-service",
+    "selected",
+)
 PERSISTED = (
     "<korvel_digital_audio></korvel_digital_audio>",
     "<x/>",
@@ -71,6 +94,7 @@ class Inputs:
             (self.persist, 0.3),
             (self.restart, 0.5),
             (self.valid, 0.2),
+            (self.call_inside, self.dice.choice((0, 0, 0, 4))),
         )
 
     def draw(self):
@@ -239,6 +263,11 @@ class Inputs:
         if self.values.chance(0.3):
             return ["create"]
         return ["persist", "stop"]
+
+    def call_inside(self):
+        """The core calls back inside one of the driver's next calls."""
+        draw = self.values.pick(self.command, self.command, self.leave, self.select, self.fulfil_wish, self.wire.event)
+        return [words("inside", self.dice.choice(OUTPUTS)) + " " + line for line in draw()[:1]]
 
     def valid(self):
         return [words("valid", self.values.pick(6, 6, 15, 0), self.values.pick(15, 15, 6, 4294967295))]

@@ -37,6 +37,12 @@ class _Shrinker:
                 return
             length = max(length // 2, 1)
 
+    def simplify_starts(self):
+        """Leaves out what the driver had persisted."""
+        for at, line in enumerate(self.inputs):
+            if line.startswith("start "):
+                self.try_inputs(self.inputs[:at] + ["start"] + self.inputs[at + 1 :])
+
     def drop_words(self):
         """Leaves out the key=value words of each line, one by one."""
         at = 0
@@ -71,5 +77,6 @@ def shrink(replay, inputs):
     while before != shrinker.inputs:
         before = shrinker.inputs
         shrinker.drop_lines()
+        shrinker.simplify_starts()
         shrinker.drop_words()
     return shrinker.inputs

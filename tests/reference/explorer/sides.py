@@ -10,7 +10,7 @@ from world.session import Session
 from world.words import FormatError
 
 # A session that takes the real driver longer than this, in seconds, hangs.
-TIMEOUT = 300
+TIMEOUT = 60
 
 
 # What korvel-replay ends with when a session has an input that cannot be run.

@@ -1,5 +1,6 @@
 """One run of the driver in its simulated world."""
 
+import signal
 import sys
 import traceback
 
@@ -13,13 +14,26 @@ from nodes import Node
 
 # More expiries than these in one step of time are a timer that starts itself for ever.
 MAX_EXPIRIES = 500000
+# A call that takes the plain driver longer than this, in seconds, never ends.
+MAX_SECONDS = 20
+
+
+class Endless(Exception):
+    """A call that does not come back."""
+
+
+def _give_up(signum, frame):
+    raise Endless(f"a call that takes more than {MAX_SECONDS} s")
 
 
 class Session:
     def __init__(self, trace=False):
         self.world = World()
+        self.world.recorder.listener = self._run_inside
         self._driver = None
+        self._inside_error = None
         self._trace = trace
+        signal.signal(signal.SIGALRM, _give_up)
 
     def execute(self, line):
         """Runs one input line, then the answers of the live world; returns all lines that this gave, the input first.
@@ -28,8 +42,12 @@ class Session:
         """
         self.world.recorder.lines = []
         self.world.recorder.input(line)
+        signal.alarm(MAX_SECONDS)
         self._dispatch(line)
         self._deliver_answers()
+        signal.alarm(0)
+        if self._inside_error:
+            raise self._inside_error
         return self.world.recorder.lines
 
     def driver(self):
@@ -64,8 +82,8 @@ class Session:
             self.world.recorder.fault("a second creation did not give the running driver")
 
     def stop(self):
-        self.enter(self.driver().destroy)
-        self._driver = None
+        driver, self._driver = self.driver(), None
+        self.enter(driver.destroy)
         self.world.timers.clear()
         self.world.live.drop_answers()
 
@@ -92,6 +110,19 @@ class Session:
         if name not in VERBS:
             raise FormatError(f"unknown verb {format_value(name)}")
         VERBS[name](self, arguments)
+
+    def _run_inside(self, output):
+        """The core calls back inside the call that the output stands for; not while a driver is made or destroyed."""
+        waiting = self.world.inside_calls
+        found = next((call for call in waiting if output.startswith(call[0])), None)
+        if self._driver is None or found is None:
+            return
+        waiting.remove(found)
+        self.world.recorder.world_input(found[1])
+        try:
+            self._dispatch(found[1])
+        except FormatError as error:
+            self._inside_error = error
 
     def _deliver_answers(self):
         answers = 0

@@ -37,6 +37,7 @@ class World(Core):
         self.replies = {}  # by device and message name
         self.missing = set()  # services
         self.failing = set()  # operations
+        self.inside_calls = []  # [(output, input)] that wait for such an output
         self.has_rhapsody_client = False
 
     def _out(self, name, *words, text=None):

@@ -4,6 +4,7 @@ from core import DIGITAL_AUDIO_ID, AVResult, AVSelection, Track
 from messages import Message, message_to_xml
 from nodes import parse_document
 from world import media
+from world.arguments import Arguments
 from world.system import DRIVER_DEVICE, OPERATIONS, SERVICES
 from world.words import FormatError, format_pair, format_value
 
@@ -158,6 +159,16 @@ def _engine(session, arguments):
     binding = arguments.number("BINDING")
     arguments.expect_end()
     session.world.live.add_engine(binding)
+
+
+@_verb("inside")
+def _inside(session, arguments):
+    output = arguments.value("OUTPUT")
+    line = arguments.rest()
+    verb = Arguments(line).value("INPUT")
+    if verb not in VERBS or verb in ("start", "create", "stop", "advance"):
+        raise FormatError(f"nothing inside a call is named {format_value(verb)}")
+    session.world.inside_calls.append((output, line))
 
 
 # The driver's entries.
