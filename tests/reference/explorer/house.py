@@ -27,7 +27,7 @@ class House:
         self.songs = list(range(1, dice.choice((4, 8, 14)) + 1))
         self.stations = [201, 202, 203]
         self.albums = [301, 302, 303, 304]
-        self.playlists = [401, 402, 403]
+        self.playlists = list(range(401, dice.choice((403, 403, 412)) + 1))
         self.active = SERVERS[0]
         self.homes = {}  # room: (ip, port, channel)
         shared = dice.random() < 0.3
@@ -50,13 +50,13 @@ class House:
             lines.append(self.station(dice, station))
         for album in self.albums[:3]:
             lines.append(self.album(dice, album))
-        for playlist in self.playlists[:2]:
+        for playlist in self.playlists[:-1]:
             lines.append(self.playlist(dice, playlist))
         lines += self.devices(dice)
         for service, chance in (("RhapsodyClient", 0.05), ("AnnouncementNotifier", 0.05)):
             if dice.random() < chance:
                 lines.append(words("without", service))
-        for service in ("KVMessage",):
+        for service in ("StringX", "KVMessage"):
             if dice.random() < 0.02:
                 lines.append(words("without", service))
         for binding in SERVERS:
@@ -83,7 +83,8 @@ class House:
     def station(self, dice, station):
         address = dice.choice(("http://radio.example/x", "", "radio x"))
         name = dice.choice(TITLES)
-        return words("station", station, location=address, name=name, img=dice.choice((None, "s.png")))
+        genre = dice.choice((None, "News"))
+        return words("station", station, location=address, name=name, genre=genre, img=dice.choice((None, "s.png")))
 
     def album(self, dice, album):
         songs = self.some_ids(dice, self.songs + [999])
@@ -105,10 +106,9 @@ class House:
             if dice.random() < 0.5:
                 lines.append(f"reply {device} GET_MOUNT_PATH usb{device}")
         if dice.random() < 0.3:
-            room = dice.choice(ROOMS)
             command = dice.choice(("PLAY", "PAUSE", "STOP", "SKIP_FWD", "SKIP_REV"))
-            text = dice.choice(('<reply handled="True"/>', '<reply><handled>true</handled></reply>', "<reply", "<r/>"))
-            lines.append(f"reply {room} {command} {text}")
+            text = dice.choice(('<reply handled="True"/>', "<reply><handled>true</handled></reply>", "<reply", "<r/>"))
+            lines.append(f"reply {dice.choice((5, 6, 7))} {command} {text}")
         return lines
 
     def live_engine(self, binding, knowledge):

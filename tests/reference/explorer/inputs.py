@@ -88,7 +88,7 @@ class Inputs:
             (self.wire.junk, 1),
             (self.advance, 6),
             (self.announce, 3),
-            (self.service, 3),
+            (self.service, 4),
             (self.binding, 2),
             (self.change_world, 2),
             (self.persist, 0.3),
@@ -104,6 +104,8 @@ class Inputs:
     def begin(self):
         """The driver's start, and its first server."""
         lines = [self.start()]
+        if self.values.chance(0.05):
+            return lines  # no server yet
         for binding in SERVERS:
             if binding == SERVERS[0] or self.values.chance(0.4):
                 lines.append(self.online(binding, local=binding == SERVERS[0] or self.values.chance(0.3)))
@@ -196,7 +198,9 @@ class Inputs:
         if kind < 0.75:
             context = self.values.queue() if self.values.chance(0.9) else self.values.odd()
             names = {name: self.values.text() for name in ("album", "artist", "name", "img") if self.values.chance(0.7)}
-            track = self.values.pick("Tra.1", "Tra.2", "st.1")
+            track = self.values.pick("Tra.1", "Tra.2", "Tra.3", "st.1")
+            if self.values.chance(0.3):
+                context = None
             return [words("rhapsody", "track", id=track, context=context, **names)]
         if kind < 0.8:
             return [words("rhapsody", "track")]
@@ -214,7 +218,8 @@ class Inputs:
             return [self.online(self.dice.choice(SERVERS), local=self.values.chance(0.6))]
         if kind < 0.6:
             return [words("offline", self.values.pick(*SERVERS, *SERVERS, 3005))]
-        return [words(self.values.pick("bound", "bound", "unbound"), self.values.pick(*range(3000, 3006), 3501, 3502, 3503))]
+        newest = self.values.pick(*range(3000, 3006), 3499, 3500, 3501, 3502, 3503, 3998, 3999)
+        return [words(self.values.pick("bound", "bound", "unbound"), newest)]
 
     def change_world(self):
         dice = self.dice
@@ -235,7 +240,7 @@ class Inputs:
             return self.house.devices(dice)
         if kind < 0.9:
             return [self.house.live_engine(dice.choice(SERVERS), self.knowledge)]
-        if kind < 0.96:
+        if kind < 0.94:
             return [self.house.live_room(dice.choice(ROOMS), self.knowledge)]
         return [words("fail", dice.choice(OPERATIONS))]
 
@@ -248,7 +253,7 @@ class Inputs:
         text = self.dice.choice(PERSISTED)
         for place in ("{n}", "{n}", "{room}", "{room}", "{flag}", "{flag}", "{flag}"):
             value = {
-                "{n}": self.values.pick("0", "12", "2", "1", "3002", "3504", "3600", "x", "", "-1"),
+                "{n}": self.values.pick("0", "12", "2", "1", "3002", "3504", "3600", "x", "", "-1", "3500", "3999"),
                 "{room}": str(self.dice.choice(ROOMS)),
                 "{flag}": self.values.pick("0", "1", "true", "FALSE", "false", "no", ""),
             }[place]
