@@ -1,8 +1,11 @@
 """The smallest session that still shows a difference."""
 
+import re
+
 from explorer.sides import compare
 from world.words import FormatError, format_pair, format_value, take_word, trim_start
 
+_PIECE = re.compile(r"<(\w+)[^<>]*>[^<>]*</\1>|<\w+[^<>]*/>|,\d+")
 # Candidates that are tried at most.
 MAX_TRIES = 4000
 
@@ -56,6 +59,18 @@ class _Shrinker:
             at += 1
 
 
+    def drop_elements(self):
+        """Leaves out the innermost elements of documents, and numbers of lists, one by one."""
+        at = 0
+        while at < len(self.inputs):
+            for match in reversed(list(_PIECE.finditer(self.inputs[at]))):
+                if at < len(self.inputs):
+                    line = self.inputs[at]
+                    shorter = line[: match.start()] + line[match.end() :]
+                    self.try_inputs(self.inputs[:at] + [shorter] + self.inputs[at + 1 :])
+            at += 1
+
+
 def split_words(line):
     """The words of a line as they stand; the line itself where it cannot be parted."""
     words = []
@@ -79,4 +94,5 @@ def shrink(replay, inputs):
         shrinker.drop_lines()
         shrinker.simplify_starts()
         shrinker.drop_words()
+        shrinker.drop_elements()
     return shrinker.inputs

@@ -142,8 +142,9 @@ class Values:
         return f"<{root}>" + "".join(self.list_element() for _ in range(length)) + f"</{root}>"
 
     def song_list(self):
-        """A list of songs alone, which takes the usual way."""
-        ids = [self.song() for _ in range(self.dice.choice(LISTS_AROUND))]
+        """A list of songs alone, which takes the usual way; seldom one with more than "none" stands for."""
+        length = self.pick(4094, 4100) if self.chance(0.0005) else self.dice.choice(LISTS_AROUND)
+        ids = [self.song() for _ in range(length)]
         return "<MEDIA>" + "".join(f"<MEDIA_ID>{song}</MEDIA_ID>" for song in ids) + "</MEDIA>"
 
     def album_list(self):
