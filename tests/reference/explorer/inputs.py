@@ -224,6 +224,8 @@ class Inputs:
     def change_world(self):
         dice = self.dice
         kind = dice.random()
+        if kind < 0.08:
+            return [words("clock", dice.choice((0, 999999000, 1000000500, 1000100000, 4294967295)))]
         if kind < 0.35:
             return [words("random", *(dice.choice((0, 1, 2, 5, 7, 2147483647)) for _ in range(dice.randint(1, 8))))]
         if kind < 0.45:
