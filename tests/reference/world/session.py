@@ -14,16 +14,16 @@ from nodes import Node
 
 # More expiries than these in one step of time are a timer that starts itself for ever.
 MAX_EXPIRIES = 500000
-# A call that takes the plain driver longer than this, in seconds, never ends.
+# An input that takes longer than this, in seconds of the processor, never ends.
 MAX_SECONDS = 20
 
 
 class Endless(Exception):
-    """A call that does not come back."""
+    """An input that does not come back."""
 
 
 def _give_up(signum, frame):
-    raise Endless(f"a call that takes more than {MAX_SECONDS} s")
+    raise Endless(f"more than {MAX_SECONDS} s")
 
 
 class Session:
@@ -33,7 +33,7 @@ class Session:
         self._driver = None
         self._inside_error = None
         self._trace = trace
-        signal.signal(signal.SIGALRM, _give_up)
+        signal.signal(signal.SIGVTALRM, _give_up)
 
     def execute(self, line):
         """Runs one input line, then the answers of the live world; returns all lines that this gave, the input first.
@@ -42,10 +42,12 @@ class Session:
         """
         self.world.recorder.lines = []
         self.world.recorder.input(line)
-        signal.alarm(MAX_SECONDS)
-        self._dispatch(line)
-        self._deliver_answers()
-        signal.alarm(0)
+        signal.setitimer(signal.ITIMER_VIRTUAL, MAX_SECONDS)
+        try:
+            self._dispatch(line)
+            self._deliver_answers()
+        finally:
+            signal.setitimer(signal.ITIMER_VIRTUAL, 0)
         if self._inside_error:
             raise self._inside_error
         return self.world.recorder.lines
