@@ -27,7 +27,7 @@ class House:
         self.songs = list(range(1, dice.choice((4, 8, 14)) + 1))
         self.stations = [201, 202, 203]
         self.albums = [301, 302, 303, 304]
-        self.playlists = list(range(401, dice.choice((403, 403, 412)) + 1))
+        self.playlists = list(range(401, dice.choice((403, 403, 418)) + 1))
         self.active = SERVERS[0]
         self.homes = {}  # room: (ip, port, channel)
         shared = dice.random() < 0.3
@@ -105,8 +105,7 @@ class House:
         for device in (5, 6):
             if dice.random() < 0.5:
                 lines.append(f"reply {device} GET_MOUNT_PATH usb{device}")
-        if dice.random() < 0.3:
-            command = dice.choice(("PLAY", "PAUSE", "STOP", "SKIP_FWD", "SKIP_REV"))
+        for command in dice.choice(((), (), ("PLAY", "PAUSE", "STOP", "SKIP_FWD", "SKIP_REV"))):
             text = dice.choice(('<reply handled="True"/>', "<reply><handled>true</handled></reply>", "<reply", "<r/>"))
             lines.append(f"reply {dice.choice((5, 6, 7))} {command} {text}")
         return lines

@@ -94,6 +94,8 @@ class Inputs:
             (self.persist, 0.3),
             (self.restart, 0.5),
             (self.valid, 0.2),
+            (self.use_many_playlists, 0.3),
+            (self.come_to_rest, 0.5),
             (self.call_inside, self.dice.choice((0, 0, 0, 4))),
         )
 
@@ -275,6 +277,21 @@ class Inputs:
         """The core calls back inside one of the driver's next calls."""
         draw = self.values.pick(self.command, self.command, self.leave, self.select, self.fulfil_wish, self.wire.event)
         return [words("inside", self.dice.choice(OUTPUTS)) + " " + line for line in draw()[:1]]
+
+    def use_many_playlists(self):
+        """More than a room's history keeps."""
+        room = self.values.room()
+        return [words("command", "ADD_PLAYLIST", ROOM_ID=room, MEDIA_ID=playlist) for playlist in self.house.playlists]
+
+    def come_to_rest(self):
+        """A queue's end, the time after which it is cleared, and sometimes somebody who plays it again before."""
+        delay = self.values.pick(0, 1, 1)
+        lines = [words("command", "SET_PLAYLIST_CLEAR_FLAG", FLAG_VALUE="true")]
+        lines.append(words("command", "SET_PLAYLIST_CLEAR_DELAY", DELAY_VALUE=delay))
+        binding, stream = self.wire.stream()
+        lines += self.wire.data(binding, f"* addmed EOM={stream}") * self.values.pick(1, 2, 4)
+        lines += self.values.pick([], self.command(), [words("command", "PLAY", ROOM_ID=self.values.room())])
+        return lines + [words("advance", delay * 60000 + self.values.pick(99, 100, 101))]
 
     def valid(self):
         return [words("valid", self.values.pick(6, 6, 15, 0), self.values.pick(15, 15, 6, 4294967295))]
