@@ -14,9 +14,9 @@ LOCATIONS = ("/media/{}.flac", "/media/usb/{} x.mp3", "music/{}.mp3", "", "/mnt/
 
 
 def words(verb, *values, **pairs):
-    """An input line; pairs without a value are left out, and _ stands for - in a key."""
+    """An input line; pairs without a value are left out."""
     pieces = [verb] + [format_value(str(value)) for value in values]
-    pieces += [format_pair(key.replace("_", "-"), str(value)) for key, value in pairs.items() if value is not None]
+    pieces += [format_pair(key, str(value)) for key, value in pairs.items() if value is not None]
     return " ".join(pieces)
 
 
