@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "audioserver/PcmFormat.h"
+#include "audioserver/PipelineStart.h"
 
 namespace korvel::audioserver {
 
@@ -209,7 +210,7 @@ void MediaSource::ConnectHead(GstElement* head, GstElement* converter) {
 }
 
 bool MediaSource::Start(std::string& error) {
-    if (gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
+    if (!StartPlaying(m_pipeline.get())) {
         error = "cannot be opened";
         return false;
     }

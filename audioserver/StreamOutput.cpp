@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "audioserver/PcmFormat.h"
+#include "audioserver/PipelineStart.h"
 
 namespace korvel::audioserver {
 namespace {
@@ -64,7 +65,7 @@ StreamOutput::StreamOutput(ErrorNotify onError) {
     BuildPipeline();
     const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
     gst_bus_set_sync_handler(bus.get(), OnMessage, new ErrorNotify(std::move(onError)), DeleteNotify);
-    if (gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
+    if (!StartPlaying(m_pipeline.get())) {
         gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
         throw std::runtime_error("the output cannot be started");
     }

@@ -57,6 +57,7 @@ private:
 /// Holds one reference; made from a pointer that carries one.
 using ElementPtr = std::unique_ptr<GstElement, GstObjectUnref>;
 using PadPtr = std::unique_ptr<GstPad, GstObjectUnref>;
+using ClockPtr = std::unique_ptr<GstClock, GstObjectUnref>;
 using BusPtr = std::unique_ptr<GstBus, GstObjectUnref>;
 using CapsPtr = std::unique_ptr<GstCaps, MiniObjectUnref>;
 using SamplePtr = std::unique_ptr<GstSample, MiniObjectUnref>;

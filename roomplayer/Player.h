@@ -1,38 +1,35 @@
 // Receives a stream and plays it.
 #pragma once
 
-#include <gst/app/gstappsink.h>
-
 #include <chrono>
 #include <cstdint>
-#include <map>
+#include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
+#include <string_view>
 
 #include "roomplayer/GstPointers.h"
 #include "roomplayer/Options.h"
+#include "roomplayer/OutputWatch.h"
+#include "roomplayer/Pipeline.h"
 #include "roomplayer/SenderGate.h"
 #include "roomplayer/UdpPorts.h"
 #include "roomplayer/WavWriter.h"
 
 namespace korvel::roomplayer {
 
-/// One pipeline from start to end:
-///
-///     udpsrc (RTP, RTCP) ! rtpbin ! rtpL16depay ! audiomixer ! tee ! device or nothing
-///     audiotestsrc (silence)       !              audiomixer   tee ! recording
-///
-/// The silence is live and never ends, so the mixer gives sound in real time whether somebody sends or not:
-/// second t of a recording is second t of the player's life. Each sender that the gate lets in gets a
-/// depayloader of its own, which goes when the sender does.
+/// A room's player: its ports, its recording and the pipeline between them, which is built anew when no sound
+/// comes out of it for two seconds. Second t of a recording is second t of the player's life, also then.
 class Player {
 public:
+    /// Takes "stalled" when no sound comes out any more and "playing" when it does again, alternately.
+    using Report = std::function<void(std::string_view event)>;
+
     /// Binds the ports, opens the recording and starts. A missing sound device is no error: the sound is
     /// discarded. From here on SIGINT and SIGTERM end Run(), also when they come before it.
+    /// @param report called in Run() only
     /// @throws std::runtime_error with one line of text
-    explicit Player(const Options& options);
-    ~Player();
+    Player(const Options& options, Report report);
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
@@ -44,44 +41,28 @@ public:
     bool Run();
 
 private:
-    struct Branch {
-        GstElement* depayloader; // owned by the pipeline
-        PadPtr mixerPad;
-    };
+    using Clock = std::chrono::steady_clock;
 
-    void BuildPipeline(const Options& options);
-    ElementPtr MakeDevice(const Options& options);
-    void AddReceiver(GSocket* socket, const char* rtpbinPad, bool gated);
-    void AddMixer(const Options& options);
-    void AddRecorder();
-
-    static GstPadProbeReturn OnPacket(GstPad* pad, GstPadProbeInfo* info, gpointer self);
-    static GstCaps* OnPayloadType(GstElement* rtpbin, guint session, guint payloadType, gpointer self);
-    static void OnPadAdded(GstElement* rtpbin, GstPad* pad, gpointer self);
-    static void OnPadRemoved(GstElement* rtpbin, GstPad* pad, gpointer self);
-    static GstFlowReturn OnSound(GstAppSink* sink, gpointer self);
-    static gboolean OnMessage(GstBus* bus, GstMessage* message, gpointer self);
     static gboolean OnSignal(gpointer self);
-    void ForgetSender(std::uint32_t sender);
+    static gboolean OnLook(gpointer self);
+    void StartPipeline();
+    void StartAnew();
+    void Fail(const std::string& reason);
 
+    Options m_options;
+    Report m_report;
     UdpPorts m_ports;
     std::unique_ptr<WavWriter> m_recording;
-    std::chrono::milliseconds m_drainTime;
-    ElementPtr m_pipeline;
-    GstElement* m_rtpbin = nullptr; // these three are owned by the pipeline
-    GstElement* m_mixer = nullptr;
-    GstElement* m_tee = nullptr;
+    SenderGate m_gate;
+    OutputWatch m_watch;
     MainLoopPtr m_loop;
     SourceId m_interrupt;
     SourceId m_terminate;
-    SourceId m_messages;
+    SourceId m_look;
+    bool m_stalled = false;
     bool m_failed = false;
-
-    SenderGate m_gate;              // only used by the receiving thread
-    bool m_recordingFailed = false; // only used by the recorder's thread
-
-    std::mutex m_mutex; // senders come and go in several threads
-    std::map<std::string, Branch> m_branches;
+    Clock::time_point m_started;
+    std::unique_ptr<Pipeline> m_pipeline; // uses what is above
 };
 
 } // namespace korvel::roomplayer

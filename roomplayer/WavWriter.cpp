@@ -74,6 +74,21 @@ bool WavWriter::Append(std::span<const std::uint8_t> samples) {
     return true;
 }
 
+bool WavWriter::FillUpTo(std::chrono::milliseconds length) {
+    const std::uint64_t bytes = static_cast<std::uint64_t>(length.count()) * kRate / 1000 * kFrameBytes;
+    if (m_failed || bytes <= m_dataBytes) {
+        return !m_failed;
+    }
+    // What a file is lengthened by reads as zeros, which are silence.
+    if (::ftruncate(m_file, static_cast<off_t>(kHeaderBytes + bytes)) != 0) {
+        m_failed = true;
+        return false;
+    }
+    m_dataBytes = bytes;
+    WriteHeader();
+    return true;
+}
+
 bool WavWriter::WriteHeader() {
     m_headerBytes = m_dataBytes;
     const auto size = static_cast<std::uint32_t>(std::min(m_dataBytes, kMaxDataBytes));

@@ -1,6 +1,7 @@
 // Writes a WAV file that stays readable while it grows.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -21,6 +22,9 @@ public:
     /// Appends little-endian samples. False when the file takes no more (disk full); it then keeps what it
     /// has, and further calls do nothing.
     bool Append(std::span<const std::uint8_t> samples);
+
+    /// Appends silence until the recording is so long; one that is longer stays as it is. False as above.
+    bool FillUpTo(std::chrono::milliseconds length);
 
 private:
     bool WriteHeader();

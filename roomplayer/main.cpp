@@ -1,8 +1,10 @@
 #include <gst/gst.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <string_view>
 
 #include "roomplayer/Log.h"
 #include "roomplayer/Options.h"
@@ -21,7 +23,9 @@ int main(int argc, char** argv) {
             Log(failure != nullptr ? failure->message : "GStreamer cannot start");
             return EXIT_FAILURE;
         }
-        Player player(*options);
+        // Whoever reads the first line only must not end the player with the next.
+        std::signal(SIGPIPE, SIG_IGN);
+        Player player(*options, [](std::string_view event) { std::cout << event << std::endl; });
         std::cout << "listening on " << options->address << ":" << player.Port() << std::endl;
         return player.Run() ? EXIT_SUCCESS : EXIT_FAILURE;
     } catch (const std::exception& error) {

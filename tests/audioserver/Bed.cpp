@@ -7,12 +7,22 @@
 #include <stdexcept>
 
 namespace korvel::tests {
+namespace {
 
-Room::Room(const std::string& folder, const std::string& name)
-    : m_process(
-          KORVEL_ROOMPLAYER,
-          {"--port", "0", "--no-device", "--latency", "60", "--record", folder + "/" + name + ".recording"},
-          folder + "/" + name + ".log"),
+Process StartPlayer(const std::string& folder, const std::string& name, const std::string& hindrance) {
+    std::vector<std::string> options{
+        "--port", "0", "--no-device", "--latency", "60", "--record", folder + "/" + name + ".recording"};
+    if (!hindrance.empty()) {
+        options.insert(options.begin(), hindrance);
+    }
+    return Process(hindrance.empty() ? KORVEL_ROOMPLAYER : KORVEL_HINDERED_ROOMPLAYER, options,
+                   folder + "/" + name + ".log");
+}
+
+} // namespace
+
+Room::Room(const std::string& folder, const std::string& name, const std::string& hindrance)
+    : m_process(StartPlayer(folder, name, hindrance)),
       m_recording(folder + "/" + name + ".recording"),
       m_port(PortOf(m_process.ReadLine().value_or(""))) {
     EXPECT_NE(m_port, 0) << m_process.Errors();
@@ -67,8 +77,8 @@ std::unique_ptr<LineClient> Bed::Connect() {
     return std::make_unique<LineClient>(ServerPort());
 }
 
-std::unique_ptr<Room> Bed::AddRoom(const std::string& name) {
-    return std::make_unique<Room>(m_folder, name);
+std::unique_ptr<Room> Bed::AddRoom(const std::string& name, const std::string& hindrance) {
+    return std::make_unique<Room>(m_folder, name, hindrance);
 }
 
 std::string Bed::ToneFile(const std::string& name, const std::vector<Tone>& tones) {

@@ -17,7 +17,8 @@ namespace korvel::tests {
 /// A room player that records and has no sound device.
 class Room {
 public:
-    Room(const std::string& folder, const std::string& name);
+    /// @param hindrance what is in the player's way, see HinderedPlayer.cpp; "" for nothing
+    Room(const std::string& folder, const std::string& name, const std::string& hindrance);
 
     std::uint16_t Port() const { return m_port; }
     /// "127.0.0.1 PORT", as "addcli" takes it.
@@ -25,6 +26,12 @@ public:
     const Recording& Heard() const { return m_recording; }
     /// Waits until so many seconds of the tone (0: of silence) more than now have been heard.
     bool Hears(int hertz, double seconds) const;
+    /// The next line that the player reports; "" when none comes.
+    std::string NextReport() { return m_process.ReadLine().value_or(""); }
+    /// What the player has logged so far.
+    std::string Log() const { return m_process.Errors(); }
+    /// The exit code of a player that ends by itself.
+    int WaitForExit() { return m_process.WaitForExit().value_or(-1); }
     /// Ends the player as a service manager would; whether it ended well.
     bool Stop();
 
@@ -43,7 +50,7 @@ protected:
     Process& Server();
     std::uint16_t ServerPort();
     std::unique_ptr<LineClient> Connect();
-    std::unique_ptr<Room> AddRoom(const std::string& name = "room");
+    std::unique_ptr<Room> AddRoom(const std::string& name = "room", const std::string& hindrance = "");
 
     /// Writes a WAV of the tones and returns its path.
     std::string ToneFile(const std::string& name, const std::vector<Tone>& tones);

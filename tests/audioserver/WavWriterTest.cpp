@@ -65,6 +65,21 @@ TEST_F(WavWriterTest, AGrowingFileIsReadable) {
     EXPECT_EQ(NumberAt(Contents(m_path), 40), second.size());
 }
 
+TEST_F(WavWriterTest, TimeWithoutSoundIsFilledWithSilence) {
+    const std::vector<std::uint8_t> samples(48000, 7); // a quarter of a second
+    WavWriter writer(m_path);
+    EXPECT_TRUE(writer.Append(samples));
+    EXPECT_TRUE(writer.FillUpTo(std::chrono::milliseconds(1000)));
+    EXPECT_TRUE(writer.FillUpTo(std::chrono::milliseconds(500))); // it is longer already
+    EXPECT_EQ(NumberAt(Contents(m_path), 40), 192000U);
+    EXPECT_TRUE(writer.Append(samples));
+    const std::string bytes = Contents(m_path);
+    ASSERT_EQ(bytes.size(), kHeaderBytes + 192000 + samples.size());
+    const std::string filled = bytes.substr(kHeaderBytes + samples.size(), 192000 - samples.size());
+    EXPECT_EQ(filled, std::string(filled.size(), '\0'));
+    EXPECT_EQ(bytes.substr(kHeaderBytes + 192000), std::string(samples.size(), 7));
+}
+
 TEST_F(WavWriterTest, AnUnusablePathIsAnError) {
     EXPECT_THROW(WavWriter("/nonexistent/a.wav"), std::runtime_error);
 }

@@ -1,0 +1,266 @@
+#include "roomplayer/Pipeline.h"
+
+#include <array>
+#include <condition_variable>
+#include <cstdlib>
+#include <span>
+#include <stdexcept>
+#include <stop_token>
+#include <thread>
+#include <utility>
+
+#include "roomplayer/Elements.h"
+#include "roomplayer/Log.h"
+#include "roomplayer/SoundDevice.h"
+
+namespace korvel::roomplayer {
+namespace {
+
+constexpr const char* kSoundCaps = "audio/x-raw,format=S16LE,layout=interleaved,rate=48000,channels=2";
+constexpr std::size_t kRtpHeaderBytes = 12;
+constexpr std::size_t kRtpSenderOffset = 8;
+constexpr unsigned kRtpVersion = 2;
+constexpr gint kReceiveBufferBytes = 256 * 1024;
+/// The mixer's own allowance for a busy machine, on top of the latency asked for.
+constexpr std::uint64_t kMixerMilliseconds = 30;
+constexpr std::uint64_t kMixerBlockMilliseconds = 10;
+/// A sender that was left is forgotten this long after its last sound has been played.
+constexpr std::chrono::milliseconds kForgetMargin{200};
+constexpr std::chrono::seconds kStopPatience{5};
+
+GstCaps* RtpCaps(guint payloadType) {
+    return gst_caps_new_simple("application/x-rtp", "media", G_TYPE_STRING, "audio", "clock-rate", G_TYPE_INT,
+                               48000, "encoding-name", G_TYPE_STRING, "L16", "channels", G_TYPE_INT, 2,
+                               "payload", G_TYPE_INT, static_cast<gint>(payloadType), nullptr);
+}
+
+bool StartsWith(const char* text, const char* prefix) {
+    return g_str_has_prefix(text, prefix) != FALSE;
+}
+
+/// Runs beside a step that cannot be interrupted, such as closing a device that hangs. A player that waits
+/// for it for ever would be silent and look alive; whoever started it starts it anew.
+void EndUnlessStopped(const std::stop_token& stop) {
+    std::mutex mutex;
+    std::unique_lock lock(mutex);
+    std::condition_variable_any().wait_for(lock, stop, kStopPatience, [] { return false; });
+    if (!stop.stop_requested()) {
+        Log("the pipeline does not stop: giving up");
+        std::_Exit(EXIT_FAILURE);
+    }
+}
+
+} // namespace
+
+Pipeline::Pipeline(const Options& options, const UdpPorts& ports, SenderGate& gate, WavWriter* recording,
+                   ErrorNotify onError)
+    : m_gate(gate),
+      m_recording(recording),
+      m_onError(std::move(onError)),
+      m_drainTime(std::chrono::milliseconds(options.latencyMilliseconds) + kForgetMargin),
+      m_pipeline(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr)))) {
+    Build(options, ports);
+    const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
+    m_messages.Reset(gst_bus_add_watch(bus.get(), OnMessage, this));
+    if (!StartPlaying(m_pipeline.get())) {
+        Stop();
+        throw std::runtime_error("cannot start to play");
+    }
+}
+
+Pipeline::~Pipeline() {
+    Stop();
+}
+
+void Pipeline::Stop() {
+    const std::jthread guard(EndUnlessStopped);
+    gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
+}
+
+void Pipeline::Build(const Options& options, const UdpPorts& ports) {
+    m_rtpbin = AddElement(m_pipeline.get(), "rtpbin");
+    g_object_set(m_rtpbin, "latency", options.latencyMilliseconds, "autoremove", TRUE, nullptr);
+    g_signal_connect(m_rtpbin, "request-pt-map", G_CALLBACK(OnPayloadType), this);
+    g_signal_connect(m_rtpbin, "pad-added", G_CALLBACK(OnPadAdded), this);
+    g_signal_connect(m_rtpbin, "pad-removed", G_CALLBACK(OnPadRemoved), this);
+    AddMixer(options);
+    AddReceiver(ports.rtp.get(), "recv_rtp_sink_0", true);
+    AddReceiver(ports.rtcp.get(), "recv_rtcp_sink_0", false);
+    AddDevice(options);
+    if (m_recording != nullptr) {
+        AddRecorder();
+    }
+}
+
+void Pipeline::AddDevice(const Options& options) {
+    GstElement* queue = AddElement(m_pipeline.get(), "queue");
+    GstElement* converter = AddElement(m_pipeline.get(), "audioconvert");
+    GstElement* resampler = AddElement(m_pipeline.get(), "audioresample");
+    const ElementPtr device = MakeSoundDevice(options.useDevice);
+    gst_bin_add(GST_BIN(m_pipeline.get()), device.get());
+    gst_element_link_many(m_tee, queue, converter, resampler, device.get(), nullptr);
+    const PadPtr pad(gst_element_get_static_pad(device.get(), "sink"));
+    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, OnPlayed, this, nullptr);
+}
+
+void Pipeline::AddReceiver(GSocket* socket, const char* rtpbinPad, bool gated) {
+    GstElement* source = AddElement(m_pipeline.get(), "udpsrc");
+    g_object_set(source, "socket", socket, "close-socket", FALSE, "buffer-size", kReceiveBufferBytes,
+                 nullptr);
+    if (gated) {
+        const CapsPtr caps(gst_caps_new_empty_simple("application/x-rtp"));
+        g_object_set(source, "caps", caps.get(), nullptr);
+        const PadPtr pad(gst_element_get_static_pad(source, "src"));
+        gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, OnPacket, this, nullptr);
+    }
+    gst_element_link_pads(source, "src", m_rtpbin, rtpbinPad);
+}
+
+void Pipeline::AddMixer(const Options& options) {
+    GstElement* silence = AddElement(m_pipeline.get(), "audiotestsrc");
+    // Live whatever its inputs do: one that takes time for its first buffer must not end the sound for good.
+    m_mixer =
+        AddElement(m_pipeline.get(), gst_element_factory_make_full("audiomixer", "force-live", TRUE, nullptr),
+                   "audiomixer");
+    GstElement* filter = AddElement(m_pipeline.get(), "capsfilter");
+    m_tee = AddElement(m_pipeline.get(), "tee");
+    const CapsPtr caps(gst_caps_from_string(kSoundCaps));
+    g_object_set(silence, "is-live", TRUE, "samplesperbuffer", 480, nullptr);
+    gst_util_set_object_arg(G_OBJECT(silence), "wave", "silence");
+    // Known from the start, so that the first sender does not shift the time of everything.
+    const auto upstream = static_cast<guint64>(options.latencyMilliseconds * GST_MSECOND);
+    g_object_set(m_mixer, "latency", static_cast<guint64>(kMixerMilliseconds * GST_MSECOND),
+                 "min-upstream-latency", upstream, "output-buffer-duration",
+                 static_cast<guint64>(kMixerBlockMilliseconds * GST_MSECOND), "ignore-inactive-pads", TRUE,
+                 nullptr);
+    g_object_set(filter, "caps", caps.get(), nullptr);
+    gst_element_link_filtered(silence, m_mixer, caps.get());
+    gst_element_link_many(m_mixer, filter, m_tee, nullptr);
+}
+
+void Pipeline::AddRecorder() {
+    GstElement* queue = AddElement(m_pipeline.get(), "queue");
+    GstElement* sink = AddElement(m_pipeline.get(), "appsink");
+    g_object_set(sink, "sync", FALSE, "async", FALSE, "enable-last-sample", FALSE, nullptr);
+    GstAppSinkCallbacks callbacks{};
+    callbacks.new_sample = OnSound;
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, this, nullptr);
+    gst_element_link_many(m_tee, queue, sink, nullptr);
+}
+
+/// Runs in the main loop.
+gboolean Pipeline::OnMessage(GstBus*, GstMessage* message, gpointer selfPointer) {
+    auto* self = static_cast<Pipeline*>(selfPointer);
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_LATENCY) {
+        gst_bin_recalculate_latency(GST_BIN(self->m_pipeline.get()));
+    } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+        GError* error = nullptr;
+        gst_message_parse_error(message, &error, nullptr);
+        const GErrorPtr owner(error);
+        self->m_onError(error != nullptr ? error->message : "unknown reason");
+    }
+    return G_SOURCE_CONTINUE;
+}
+
+/// Runs in the device's thread.
+GstPadProbeReturn Pipeline::OnPlayed(GstPad*, GstPadProbeInfo*, gpointer self) {
+    ++static_cast<Pipeline*>(self)->m_played;
+    return GST_PAD_PROBE_OK;
+}
+
+/// Runs in the receiving thread, before a packet reaches rtpbin.
+GstPadProbeReturn Pipeline::OnPacket(GstPad*, GstPadProbeInfo* info, gpointer selfPointer) {
+    auto* self = static_cast<Pipeline*>(selfPointer);
+    std::array<std::uint8_t, kRtpHeaderBytes> header{};
+    GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+    if (gst_buffer_extract(buffer, 0, header.data(), header.size()) != header.size() ||
+        header[0] >> 6 != kRtpVersion) {
+        return GST_PAD_PROBE_DROP;
+    }
+    const std::uint32_t sender = GST_READ_UINT32_BE(header.data() + kRtpSenderOffset);
+    const auto now = SenderGate::Clock::now();
+    const auto before = self->m_gate.Current();
+    if (!self->m_gate.Admit(sender, now)) {
+        return GST_PAD_PROBE_DROP;
+    }
+    if (before != sender) {
+        Log("sender " + std::to_string(sender));
+    }
+    if (const auto left = self->m_gate.TakeLeft(now, self->m_drainTime)) {
+        self->ForgetSender(*left);
+    }
+    return GST_PAD_PROBE_OK;
+}
+
+/// Removes what rtpbin keeps for a sender; should it come back, it is new. Only in the receiving thread,
+/// through which every packet passes, so none of this sender is under way.
+void Pipeline::ForgetSender(std::uint32_t sender) {
+    if (const ElementPtr demuxer = FindChild(m_rtpbin, "rtpssrcdemux")) {
+        g_signal_emit_by_name(demuxer.get(), "clear-ssrc", sender, nullptr);
+    }
+}
+
+/// Every payload type is taken for the one format, since nothing was signalled.
+GstCaps* Pipeline::OnPayloadType(GstElement*, guint, guint payloadType, gpointer) {
+    return RtpCaps(payloadType);
+}
+
+void Pipeline::OnPadAdded(GstElement*, GstPad* pad, gpointer selfPointer) {
+    auto* self = static_cast<Pipeline*>(selfPointer);
+    const GStringPtr name(gst_pad_get_name(pad));
+    if (!StartsWith(name.get(), "recv_rtp_src_")) {
+        return;
+    }
+    GstElement* depayloader = gst_element_factory_make("rtpL16depay", nullptr);
+    PadPtr mixerPad(gst_element_request_pad_simple(self->m_mixer, "sink_%u"));
+    if (depayloader == nullptr || !mixerPad) {
+        return;
+    }
+    gst_bin_add(GST_BIN(self->m_pipeline.get()), depayloader);
+    const PadPtr out(gst_element_get_static_pad(depayloader, "src"));
+    const PadPtr in(gst_element_get_static_pad(depayloader, "sink"));
+    gst_pad_link(out.get(), mixerPad.get());
+    gst_element_sync_state_with_parent(depayloader);
+    gst_pad_link(pad, in.get());
+    const std::lock_guard lock(self->m_mutex);
+    self->m_branches.insert_or_assign(name.get(), Branch{depayloader, std::move(mixerPad)});
+}
+
+void Pipeline::OnPadRemoved(GstElement*, GstPad* pad, gpointer selfPointer) {
+    auto* self = static_cast<Pipeline*>(selfPointer);
+    const GStringPtr name(gst_pad_get_name(pad));
+    std::map<std::string, Branch>::node_type branch;
+    {
+        const std::lock_guard lock(self->m_mutex);
+        branch = self->m_branches.extract(name.get());
+    }
+    if (branch.empty()) {
+        return;
+    }
+    GstElement* depayloader = branch.mapped().depayloader;
+    gst_element_set_locked_state(depayloader, TRUE);
+    gst_element_set_state(depayloader, GST_STATE_NULL);
+    gst_bin_remove(GST_BIN(self->m_pipeline.get()), depayloader);
+    gst_element_release_request_pad(self->m_mixer, branch.mapped().mixerPad.get());
+}
+
+/// Runs in the recorder's thread.
+GstFlowReturn Pipeline::OnSound(GstAppSink* sink, gpointer selfPointer) {
+    auto* self = static_cast<Pipeline*>(selfPointer);
+    const SamplePtr sample(gst_app_sink_pull_sample(sink));
+    GstBuffer* buffer = sample ? gst_sample_get_buffer(sample.get()) : nullptr;
+    GstMapInfo map;
+    if (buffer == nullptr || gst_buffer_map(buffer, &map, GST_MAP_READ) == FALSE) {
+        return GST_FLOW_OK;
+    }
+    const bool wasWhole = !self->m_recordingFailed;
+    self->m_recordingFailed = !self->m_recording->Append(std::span(map.data, map.size));
+    gst_buffer_unmap(buffer, &map);
+    if (wasWhole && self->m_recordingFailed) {
+        Log("recording ends: the file takes no more");
+    }
+    // A full disk must not silence the room.
+    return GST_FLOW_OK;
+}
+
+} // namespace korvel::roomplayer

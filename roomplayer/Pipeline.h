@@ -1,0 +1,88 @@
+// From the packets to the sound.
+#pragma once
+
+#include <gst/app/gstappsink.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+
+#include "roomplayer/GstPointers.h"
+#include "roomplayer/Options.h"
+#include "roomplayer/SenderGate.h"
+#include "roomplayer/UdpPorts.h"
+#include "roomplayer/WavWriter.h"
+
+namespace korvel::roomplayer {
+
+/// One pipeline from start to end:
+///
+///     udpsrc (RTP, RTCP) ! rtpbin ! rtpL16depay ! audiomixer ! tee ! device or nothing
+///     audiotestsrc (silence)       !              audiomixer   tee ! recording
+///
+/// The silence is live and never ends, so the mixer gives sound in real time whether somebody sends or not.
+/// Each sender that the gate lets in gets a depayloader of its own, which goes when the sender does.
+///
+/// Made, used and destroyed in the thread of the default GLib main loop.
+class Pipeline {
+public:
+    using ErrorNotify = std::function<void(const std::string& reason)>;
+
+    /// Starts to receive and to play. Everything that is handed over must outlive the pipeline; the gate and
+    /// the recording are its own until it is gone.
+    /// @param recording takes all that is heard, silence included; null for none
+    /// @param onError hears why playing has failed; called from the main loop
+    /// @throws std::runtime_error with one line of text
+    Pipeline(const Options& options, const UdpPorts& ports, SenderGate& gate, WavWriter* recording,
+             ErrorNotify onError);
+    /// Stops. When that takes too long, as with a device that hangs, the program ends with a failure.
+    ~Pipeline();
+    Pipeline(const Pipeline&) = delete;
+    Pipeline& operator=(const Pipeline&) = delete;
+
+    /// Buffers that have reached the device so far.
+    std::uint64_t Played() const { return m_played; }
+
+private:
+    struct Branch {
+        GstElement* depayloader; // owned by the pipeline
+        PadPtr mixerPad;
+    };
+
+    void Build(const Options& options, const UdpPorts& ports);
+    void Stop();
+    void AddReceiver(GSocket* socket, const char* rtpbinPad, bool gated);
+    void AddMixer(const Options& options);
+    void AddDevice(const Options& options);
+    void AddRecorder();
+
+    static GstPadProbeReturn OnPacket(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+    static GstPadProbeReturn OnPlayed(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+    static GstCaps* OnPayloadType(GstElement* rtpbin, guint session, guint payloadType, gpointer self);
+    static void OnPadAdded(GstElement* rtpbin, GstPad* pad, gpointer self);
+    static void OnPadRemoved(GstElement* rtpbin, GstPad* pad, gpointer self);
+    static GstFlowReturn OnSound(GstAppSink* sink, gpointer self);
+    static gboolean OnMessage(GstBus* bus, GstMessage* message, gpointer self);
+    void ForgetSender(std::uint32_t sender);
+
+    SenderGate& m_gate; // only used by the receiving thread
+    WavWriter* m_recording;
+    ErrorNotify m_onError;
+    std::chrono::milliseconds m_drainTime;
+    ElementPtr m_pipeline;
+    GstElement* m_rtpbin = nullptr; // these three are owned by the pipeline
+    GstElement* m_mixer = nullptr;
+    GstElement* m_tee = nullptr;
+    SourceId m_messages;
+    bool m_recordingFailed = false; // only used by the recorder's thread
+    std::atomic<std::uint64_t> m_played = 0;
+
+    std::mutex m_mutex; // senders come and go in several threads
+    std::map<std::string, Branch> m_branches;
+};
+
+} // namespace korvel::roomplayer
