@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "Bed.h"
+#include "HeldPort.h"
 #include "WebServer.h"
 
 namespace korvel::tests {
@@ -71,14 +72,11 @@ TEST_F(Media, ABroadcastCannotBePaused) {
 }
 
 TEST_F(Media, AWebServerThatIsNotThereIsBad) {
-    std::string url;
-    {
-        const WebServer web("", true);
-        url = web.Url();
-    }
+    const HeldPort port;
     const auto driver = Connect();
     const std::string stream = std::to_string(driver->AddStream());
-    driver->Ask("addmed " + stream + " \"file:/stream-" + url + "live\"");
+    driver->Ask("addmed " + stream + " \"file:/stream-http://127.0.0.1:" + std::to_string(port.Number()) +
+                "/live\"");
     EXPECT_TRUE(EventsToEnd(*driver).back().starts_with("* addmed BAD=" + stream + " "));
 }
 

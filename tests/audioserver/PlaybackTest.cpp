@@ -14,16 +14,14 @@ protected:
     }
 };
 
-TEST_F(Playback, PlaysASongAndReportsItsEndWhenItIsSent) {
+TEST_F(Playback, PlaysASongAndReportsItsEnd) {
     const auto room = AddRoom();
     const auto driver = Connect();
     EXPECT_EQ(driver->Ask("reset"), "OK reset");
     const std::string stream = StreamTo(*driver, *room);
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(driver->Ask("addmed " + stream + " " + FileMedia(ToneFile("a.wav", {{500, 0.8}}))),
               "OK addmed " + stream);
     EXPECT_EQ(driver->NextEvent(), "* addmed EOM=" + stream);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(790));
     EXPECT_TRUE(room->Hears(0, 0.2));
     EXPECT_TRUE(room->Stop());
     EXPECT_NEAR(room->Heard().Seconds(500), 0.8, 0.1);

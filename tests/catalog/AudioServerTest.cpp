@@ -172,11 +172,13 @@ TEST_F(CatalogStream, AMediaMayBeOnTheWeb) {
 }
 
 TEST_F(CatalogStream, WithoutAGatewayItIsBadAndWithOneAgainItPlays) {
+    const HeldPort port;
+    Gateway first(folder.PathOf("c.toml"), port);
+    m_serverOptions = {"--catalog", first.Address()};
     Listen();
-    const std::uint16_t port = gateway.Port();
     Play("a");
     EXPECT_TRUE(room->Hears(500, 0.1));
-    EXPECT_TRUE(gateway.Stop());
+    EXPECT_TRUE(first.Stop());
     EXPECT_EQ(driver->NextEvent(), "* addmed EOM=" + stream); // what plays is not disturbed
     Play("a");
     EXPECT_TRUE(

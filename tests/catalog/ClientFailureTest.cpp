@@ -4,7 +4,24 @@
 namespace korvel::controller {
 namespace {
 
-class ClientFailure : public ClientTest {};
+class ClientFailure : public ClientTest {
+protected:
+    // Asks and answers until an answer is in time, which it is not always on a busy machine; returns what is
+    // heard of it.
+    std::string AnswerInTime(ScriptedServer& server, const std::function<void()>& ask,
+                             const std::string& rest) {
+        std::string heard = "error 3";
+        while (heard == "error 3") {
+            listener.calls.clear();
+            ask();
+            AnswerWith(server, rest);
+            if (!Answered())
+                return "nothing";
+            heard = listener.calls.front();
+        }
+        return heard;
+    }
+};
 
 TEST_F(ClientFailure, WhatWasAskedOnALostConnectionFails) {
     ScriptedServer server(loop);
@@ -20,12 +37,8 @@ TEST_F(ClientFailure, WhatWasAskedOnALostConnectionFails) {
 }
 
 TEST_F(ClientFailure, ACatalogueThatIsNotThereIsANetworkErrorInTheEnd) {
-    std::uint16_t port = 0;
-    {
-        const ScriptedServer server(loop);
-        port = server.GetPort();
-    }
-    const auto client = Connect("127.0.0.1:" + std::to_string(port), 100);
+    const tests::HeldPort port;
+    const auto client = Connect("127.0.0.1:" + std::to_string(port.Number()), 100);
     client->GetMemberPlaylists(&listener);
     ASSERT_TRUE(Answered());
     EXPECT_EQ(listener.calls, Calls{"error 16"});
@@ -40,21 +53,18 @@ TEST_F(ClientFailure, ACatalogueThatIsSilentIsACommunicationsError) {
     EXPECT_EQ(listener.calls, Calls{"error 3"});
     // Its answer comes too late, which must not disturb the next one.
     AnswerWith(server, ",\"playlists\":[]");
-    client->GetTracksForPlaylist("p", 0, 500, 0, &listener);
-    AnswerWith(server, ",\"total\":1,\"tracks\":[\"t\"]");
-    ASSERT_TRUE(Answered(2));
-    EXPECT_EQ(listener.calls, (Calls{"error 3", "tracks 1: t"}));
+    const auto ask = [&] { client->GetTracksForPlaylist("p", 0, 500, 0, &listener); };
+    EXPECT_EQ(AnswerInTime(server, ask, ",\"total\":1,\"tracks\":[\"t\"]"), "tracks 1: t");
 }
 
 TEST_F(ClientFailure, EachQuestionHasItsOwnDeadline) {
     ScriptedServer server(loop);
     server.Mute();
     const auto client = Connect(At(server), 200);
-    client->GetMemberPlaylists(&listener);
-    AnswerWith(server, ",\"playlists\":[]");
-    ASSERT_TRUE(Answered());
-    client->GetMemberPlaylists(&listener);
-    client->GetMemberPlaylists(&listener);
+    const auto ask = [&] { client->GetMemberPlaylists(&listener); };
+    EXPECT_EQ(AnswerInTime(server, ask, ",\"playlists\":[]"), "playlists");
+    ask();
+    ask();
     ASSERT_TRUE(Answered(3));
     EXPECT_EQ(listener.calls, (Calls{"playlists", "error 3", "error 3"}));
 }

@@ -50,8 +50,8 @@ TEST_F(ClientTest, TheSettingTakesTheAddressFromTheDriver) {
 }
 
 TEST_F(ClientTest, ConnectsAgainAfterALoss) {
-    auto gateway = std::make_unique<tests::Gateway>(catalogue);
-    const std::uint16_t port = gateway->Port();
+    const tests::HeldPort port;
+    auto gateway = std::make_unique<tests::Gateway>(catalogue, port);
     const auto client = Connect(gateway->Address());
     ASSERT_TRUE(loop.RunUntil([&] { return general.calls == Calls{"connected"}; }));
     EXPECT_TRUE(gateway->Stop());

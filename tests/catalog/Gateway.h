@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "HeldPort.h"
 #include "Process.h"
 
 namespace korvel::tests {
@@ -30,10 +31,11 @@ std::string TrackEntry(const std::string& id, double seconds = 30);
 // [[playlist]] or [[channel]], named "Name ID"; `tracks` as TOML writes a list.
 std::string ListEntry(const std::string& kind, const std::string& id, const std::string& tracks);
 
-// korvel-catalog on a free port, or on one that was free a moment ago.
+// korvel-catalog on a free port, or on one that the test holds.
 class Gateway {
 public:
-    explicit Gateway(const std::string& catalogue, std::uint16_t port = 0);
+    explicit Gateway(const std::string& catalogue) : Gateway(catalogue, 0) {}
+    Gateway(const std::string& catalogue, const HeldPort& port) : Gateway(catalogue, port.Number()) {}
 
     std::uint16_t Port() const { return m_port; }
     std::string Address() const { return "127.0.0.1:" + std::to_string(m_port); }
@@ -42,6 +44,8 @@ public:
     bool Stop();
 
 private:
+    Gateway(const std::string& catalogue, std::uint16_t port);
+
     Folder m_folder;
     std::unique_ptr<Process> m_process;
     std::uint16_t m_port = 0;

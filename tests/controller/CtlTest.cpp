@@ -35,15 +35,14 @@ TEST(Ctl, ABadAddressIsRefused) {
 }
 
 TEST(Ctl, AControllerThatIsNotThereIsOneClearLine) {
-    TestLoop loop;
-    const std::uint16_t port = ScriptedServer(loop).GetPort(); // free again
-    Client client("http://127.0.0.1:" + std::to_string(port));
+    const tests::HeldPort port;
+    Client client("http://127.0.0.1:" + std::to_string(port.Number()));
     try {
         client.Get("/api/rooms");
         FAIL();
     } catch (const Failure& failure) {
         EXPECT_EQ(std::string(failure.what()), "no answer from the controller at 127.0.0.1:" +
-                                                   std::to_string(port) + ": Connection refused");
+                                                   std::to_string(port.Number()) + ": Connection refused");
     }
 }
 

@@ -51,10 +51,8 @@ TEST_F(ProcessTest, ASignalEndsItCleanly) {
             folder, State() + Plugin("WORKING") +
                         "[http]\nport = 0\n[[server]]\nport = " + std::to_string(server.GetPort()) + "\n");
         ASSERT_TRUE(loop.RunUntil([&] { return server.IsConnected(); })) << process.Errors();
-        const auto start = std::chrono::steady_clock::now();
         process.Signal(signal);
         EXPECT_EQ(process.Wait(), 0) << process.Errors();
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
         EXPECT_EQ(ReadFile(folder.File("state/driver-state.xml")), "<test></test>");
     }
 }

@@ -84,8 +84,7 @@ ScriptedServer::~ScriptedServer() {
 }
 
 void ScriptedServer::Listen() {
-    m_acceptor = std::make_unique<tcp::acceptor>(m_loop.loop, tcp::endpoint(kLoopback, m_port), true);
-    m_port = m_acceptor->local_endpoint().port();
+    m_acceptor = std::make_unique<tcp::acceptor>(m_loop.loop, tcp::endpoint(kLoopback, GetPort()), true);
     Accept();
 }
 

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "HeldPort.h"
 #include "app/Core.h"
 #include "http/HttpServer.h"
 
@@ -51,7 +52,7 @@ public:
     explicit ScriptedServer(TestLoop& loop);
     ~ScriptedServer();
 
-    std::uint16_t GetPort() const { return m_port; }
+    std::uint16_t GetPort() const { return m_port.Number(); }
     bool IsConnected() const { return m_connection != nullptr; }
     int GetConnections() const { return m_connections; }
     const std::vector<std::string>& GetLines() const { return m_lines; }
@@ -75,7 +76,7 @@ private:
     void Answer(Connection& connection, const std::string& line);
 
     TestLoop& m_loop;
-    std::uint16_t m_port = 0;
+    tests::HeldPort m_port;
     std::unique_ptr<tcp::acceptor> m_acceptor;
     std::shared_ptr<Connection> m_connection;
     std::vector<std::string> m_lines;
