@@ -35,11 +35,12 @@ class House:
     """
 
     def __init__(self, programs, folder, music, catalogue, first_port=6200, server_port=7700, http_port=8080,
-                 catalog_port=5555, record=False):
+                 catalog_port=5555, record=False, rooms=ROOMS):
         self.programs, self.folder, self.music = programs, folder, music
         self.first_port, self.server_port, self.http_port = first_port, server_port, http_port
         self.catalogue, self.catalog_port = catalogue, catalog_port
         self.record = record
+        self.room_names = rooms
         self.processes = {}
         self.rooms = []
         self.url = None
@@ -49,7 +50,7 @@ class House:
 
     def start(self):
         os.makedirs(self.folder, exist_ok=True)
-        for number, name in enumerate(ROOMS, 1):
+        for number, name in enumerate(self.room_names, 1):
             self.start_player(number, name)
         self.start_catalog()
         self.start_server()
