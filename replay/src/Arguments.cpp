@@ -6,24 +6,6 @@
 
 namespace korvel::replay {
 
-namespace {
-
-std::vector<std::uint32_t> ParseNumberList(std::string_view text, std::string_view what) {
-    std::vector<std::uint32_t> numbers;
-    while (!text.empty()) {
-        const std::size_t comma = text.find(',');
-        numbers.push_back(ParseNumber(text.substr(0, comma), what));
-        if (comma == std::string_view::npos)
-            break;
-        text.remove_prefix(comma + 1);
-        if (text.empty())
-            throw FormatError(std::string(what) + " ends in a comma");
-    }
-    return numbers;
-}
-
-} // namespace
-
 bool Arguments::AtEnd() const {
     return TrimStart(m_rest).empty();
 }

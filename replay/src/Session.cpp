@@ -69,6 +69,8 @@ void Session::CreateAgain() {
 void Session::Stop() {
     GetDriver();
     Enter([&] { m_driver.reset(); });
+    for (const std::uint32_t id : m_world.timers.GetCallbackIds())
+        m_world.recorder.Fault("timer " + std::to_string(id) + " outlives the driver that it calls back");
     m_world.timers.Clear();
     m_world.live.DropAnswers();
 }

@@ -39,6 +39,15 @@ std::vector<std::uint32_t> TimerQueue::StopAllOf(const ITimerManagerCallback& ca
     return stopped;
 }
 
+std::vector<std::uint32_t> TimerQueue::GetCallbackIds() const {
+    std::vector<std::uint32_t> ids;
+    for (const auto& [id, timer] : m_timers) {
+        if (timer.callback)
+            ids.push_back(id);
+    }
+    return ids;
+}
+
 std::optional<TimerQueue::Expiry> TimerQueue::TakeDue(std::uint64_t until) {
     const auto first = std::min_element(m_timers.begin(), m_timers.end(), [](const auto& a, const auto& b) {
         return a.second.due < b.second.due;

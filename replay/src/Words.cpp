@@ -187,4 +187,18 @@ std::int32_t ParseSignedNumber(std::string_view text, std::string_view what) {
     return ParseAs<std::int32_t>(text, what);
 }
 
+std::vector<std::uint32_t> ParseNumberList(std::string_view text, std::string_view what) {
+    std::vector<std::uint32_t> numbers;
+    while (!text.empty()) {
+        const std::size_t comma = text.find(',');
+        numbers.push_back(ParseNumber(text.substr(0, comma), what));
+        if (comma == std::string_view::npos)
+            break;
+        text.remove_prefix(comma + 1);
+        if (text.empty())
+            throw FormatError(std::string(what) + " ends in a comma");
+    }
+    return numbers;
+}
+
 } // namespace korvel::replay

@@ -100,9 +100,13 @@ void Playlist(Session& session, Arguments& arguments) {
 
 void Mp3Devices(Session& session, Arguments& arguments) {
     const std::uint32_t device = arguments.Number("DEVICE");
-    const std::vector<std::uint32_t> list = arguments.NumberList("LIST");
+    const std::string list = arguments.Value("LIST");
     arguments.ExpectEnd();
-    session.GetWorld().mp3Devices[device] = list;
+    auto& mp3Devices = session.GetWorld().mp3Devices;
+    if (list == "none")
+        mp3Devices.erase(device);
+    else
+        mp3Devices[device] = ParseNumberList(list, "LIST");
 }
 
 void Reply(Session& session, Arguments& arguments) {
@@ -171,7 +175,8 @@ constexpr Verb kVerbs[] = {
     {"station", "ID [location= name= genre= img=]", "a broadcast record of the database", Station},
     {"album", "ID [songs=1,2 input= title=]", "an album of the database", Album},
     {"playlist", "ID TITLE [songs=1,2]", "a saved playlist of this driver", Playlist},
-    {"mp3devices", "DEVICE LIST", "the storage devices that DEVICE lists", Mp3Devices},
+    {"mp3devices", "DEVICE LIST", "the storage devices that DEVICE lists; none: it has no storage interface",
+     Mp3Devices},
     {"reply", "DEVICE NAME TEXT", "what DEVICE answers to the message NAME", Reply},
     {"without", "NAME",
      "a service that is not there: RhapsodyClient, StringX, KVMessage or AnnouncementNotifier", Without},

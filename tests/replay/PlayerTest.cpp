@@ -62,6 +62,12 @@ TEST(Player, TimersOfBothKindsShareOneSequence) {
               (Lines{"< timer-stop 1", "< timer-stop 2"}));
 }
 
+TEST(Player, ATimerThatOutlivesTheDriverIsAFault) {
+    EXPECT_EQ(LastOf("start\ncommand MANAGED MS=20 COUNT=2\ncommand TIMER MS=10 FLAGS=1\nstop\n"),
+              (Lines{"< vmremove 1", "< fault timer 1 outlives the driver that it calls back"}));
+    EXPECT_EQ(LastOf("start\ncommand MANAGED MS=20 COUNT=1\nadvance 20\nstop\n"), (Lines{"< vmremove 1"}));
+}
+
 TEST(Player, StoppingATimerIsTakenDownEvenWhenItIsGone) {
     EXPECT_EQ(LastOf("start\ncommand TIMER MS=10 FLAGS=1\nadvance 10\ncommand KILL ID=1\n"),
               (Lines{"< timer-stop 1"}));
@@ -116,6 +122,8 @@ TEST(Player, TheWorldIsWhatTheTranscriptSays) {
                      "command WORLD ADDRESS=10.0.0.1 POINTER=0x1234\n"),
               (Lines{"< return 24 11 42 2", "< debug ret = @", "< assert \"a path/file\" 12"}));
     EXPECT_EQ(LastOf("random 1\nstart\ncommand WORLD ADDRESS=10.0.0.2\n").front(), "< return 0 10 1");
+    EXPECT_EQ(LastOf("random 1\nmp3devices 7 1\nmp3devices 7 none\nstart\ncommand WORLD\n").front(),
+              "< return 0 10 1");
 }
 
 TEST(Player, BoundCalls) {
@@ -145,6 +153,9 @@ TEST(Player, Routing) {
     EXPECT_EQ(LastOf("start\nselect 7 ip=10.0.0.7 binding=3001 media=1,2 kind=SONG\n"),
               (Lines{"< log 6 selected 7 by 10.0.0.7 binding 3001 media 2"}));
     EXPECT_EQ(LastOf("start\ndeselect 7\n"), (Lines{"< log 6 deselected 7"}));
+    EXPECT_EQ(LastOf("start\nlocation 7 kind=SONG media=1,2 location=\"a b\"\n"),
+              (Lines{"< location a b, then that of 7 SONG 1"}));
+    EXPECT_EQ(LastOf("start\nlocation 7 media=1\n"), (Lines{"< location"}));
 }
 
 TEST(Player, StreamingServiceAnswers) {

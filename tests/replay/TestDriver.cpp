@@ -58,6 +58,12 @@ public:
         result.handled = params.queueId != 0;
         result.queueId = params.queueId;
     }
+    void OnAVAddLocationInfo(const AVParams& params, const AV_Class&, const AV_Class&,
+                             AVLocationInfo& location, AVDriverLocationInfo**) override {
+        if (!params.mediaKind.empty())
+            location.location += ", then that of " + std::to_string(params.roomId) + " " + params.mediaKind +
+                                 " " + std::to_string(location.mediaIds.front());
+    }
     void OnAVDeselected(const AVParams& params, const AV_Class&, const AV_Class&) override {
         Note("deselected " + std::to_string(params.roomId));
     }

@@ -59,7 +59,8 @@ public:
     // FormatError when a driver runs already. `persist` may be null.
     void Start(KVXML::INode* persist);
     void CreateAgain();
-    // Destroys the driver; its timers and pending answers go with it.
+    // Destroys the driver; its own timers and pending answers go with it. A timer of the timer manager that
+    // it leaves behind is taken down as a fault.
     void Stop();
     // Lets time pass; every expiry, and the answers that it causes, happen at their own time.
     void Advance(std::uint32_t milliseconds);

@@ -52,6 +52,8 @@ public:
     // The ids of the stopped timers in ascending order.
     std::vector<std::uint32_t> StopAllOf(const ITimerManagerCallback& callback);
     void Clear() { m_timers.clear(); }
+    // Of the timers that call back into anything but the driver's own entry, in ascending order.
+    std::vector<std::uint32_t> GetCallbackIds() const;
 
     // Takes the first expiry that is due at `until` or before: the earliest, of several at one time the
     // lowest id.

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace korvel::replay {
 
@@ -43,5 +44,7 @@ std::string_view TrimEnd(std::string_view text);
 // A decimal number of 32 bits; FormatError, which names `what`, for anything else.
 std::uint32_t ParseNumber(std::string_view text, std::string_view what);
 std::int32_t ParseSignedNumber(std::string_view text, std::string_view what);
+// "1,2,3"; an empty text is an empty list.
+std::vector<std::uint32_t> ParseNumberList(std::string_view text, std::string_view what);
 
 } // namespace korvel::replay
