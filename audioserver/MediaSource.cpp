@@ -15,13 +15,19 @@ namespace korvel::audioserver {
 /// How much decoded sound is kept between decoder and sender.
 struct MediaSource::Reserve {
     std::uint64_t queueMilliseconds;
-    std::size_t fillMilliseconds;
+    PcmFeed::Reserve feed;
     bool live;
 };
 
 namespace {
 
 constexpr guint kWebTimeoutSeconds = 10;
+/// A file is decoded much faster than it plays, but not while a busy machine does something else. What is
+/// there for that moment delays the start by the few milliseconds that decoding it takes.
+constexpr PcmFeed::Reserve kFileReserve{100, false};
+constexpr PcmFeed::Reserve kWebReserve{1500, true};
+/// What is live comes at the pace at which it is played.
+constexpr PcmFeed::Reserve kInputReserve{0, false};
 
 /// "No such file" beats "could not read from resource"; and opening a pipe or a device would block the loop.
 bool IsPlainFile(const std::string& path, std::string& error) {
@@ -142,20 +148,20 @@ std::unique_ptr<MediaSource> MediaSource::OpenFile(const std::string& path, Medi
         error = "unusable path";
         return nullptr;
     }
-    return Open(MakeUriHead(uri.get()), {500, 0, false}, std::move(notify), error);
+    return Open(MakeUriHead(uri.get()), {500, kFileReserve, false}, std::move(notify), error);
 }
 
 std::unique_ptr<MediaSource> MediaSource::OpenWeb(const std::string& url, MediaNotify notify,
                                                   std::string& error) {
     ElementPtr head = MakeUriHead(url);
     g_signal_connect(head.get(), "source-setup", G_CALLBACK(ConfigureWebSource), nullptr);
-    return Open(std::move(head), {6000, 1500, false}, std::move(notify), error);
+    return Open(std::move(head), {6000, kWebReserve, false}, std::move(notify), error);
 }
 
 std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& description, MediaNotify notify,
                                                     std::string& error) {
     if (gst_uri_is_valid(description.c_str())) {
-        return Open(MakeUriHead(description), {200, 0, true}, std::move(notify), error);
+        return Open(MakeUriHead(description), {200, kInputReserve, true}, std::move(notify), error);
     }
     GError* failure = nullptr;
     GstElement* head = gst_parse_bin_from_description(description.c_str(), TRUE, &failure);
@@ -164,7 +170,8 @@ std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& descripti
         error = failure != nullptr ? failure->message : "unusable input";
         return nullptr;
     }
-    return Open(ElementPtr(GST_ELEMENT(gst_object_ref_sink(head))), {200, 0, true}, std::move(notify), error);
+    return Open(ElementPtr(GST_ELEMENT(gst_object_ref_sink(head))), {200, kInputReserve, true},
+                std::move(notify), error);
 }
 
 std::unique_ptr<MediaSource> MediaSource::Open(ElementPtr head, const Reserve& reserve, MediaNotify notify,
@@ -198,7 +205,7 @@ MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, MediaNotify no
                      sink.get(), nullptr);
     gst_element_link_many(converter.get(), resampler.get(), queue.get(), sink.get(), nullptr);
     ConnectHead(m_head, converter.get());
-    m_feed = std::make_shared<PcmFeed>(GST_APP_SINK(sink.get()), reserve.fillMilliseconds, std::move(notify));
+    m_feed = std::make_shared<PcmFeed>(GST_APP_SINK(sink.get()), reserve.feed, std::move(notify));
 }
 
 void MediaSource::ConnectHead(GstElement* head, GstElement* converter) {

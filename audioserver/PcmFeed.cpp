@@ -14,10 +14,11 @@ constexpr std::size_t kFillStepPercent = 25;
 
 } // namespace
 
-PcmFeed::PcmFeed(GstAppSink* sink, std::size_t fillMilliseconds, MediaNotify notify)
+PcmFeed::PcmFeed(GstAppSink* sink, const Reserve& reserve, MediaNotify notify)
     : m_sink(GST_ELEMENT(gst_object_ref(sink))),
       m_adapter(gst_adapter_new()),
-      m_fillBytes(fillMilliseconds * kSampleRate / 1000 * kFrameBytes),
+      m_fillBytes(reserve.milliseconds * kSampleRate / 1000 * kFrameBytes),
+      m_told(reserve.told),
       m_notify(std::move(notify)),
       m_filling(m_fillBytes > 0) {}
 
@@ -68,7 +69,7 @@ bool PcmFeed::IsFilled() {
     }
     m_filling = false;
     m_reportedFill = 0;
-    m_notify({MediaEvent::Kind::kStatus, "playing"});
+    ReportStatus("playing");
     return true;
 }
 
@@ -88,7 +89,13 @@ void PcmFeed::ReportFill(std::size_t percent) {
     const std::size_t step = percent / kFillStepPercent * kFillStepPercent;
     if (step > m_reportedFill) {
         m_reportedFill = step;
-        m_notify({MediaEvent::Kind::kStatus, "buffering " + std::to_string(step) + "%"});
+        ReportStatus("buffering " + std::to_string(step) + "%");
+    }
+}
+
+void PcmFeed::ReportStatus(std::string status) {
+    if (m_told) {
+        m_notify({MediaEvent::Kind::kStatus, std::move(status)});
     }
 }
 

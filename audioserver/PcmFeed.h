@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 
 #include "audioserver/GstPointers.h"
 #include "audioserver/MediaEvent.h"
@@ -22,11 +23,16 @@ public:
         kDrained  ///< the media has ended and everything was given out before
     };
 
+    /// Sound that must be there before any is given out, again after each time that it ran dry.
+    struct Reserve {
+        std::size_t milliseconds; ///< 0 for a source that needs none
+        bool told;                ///< whether filling it takes so long that listeners want to know
+    };
+
     /// @param sink where decoded sound arrives, started before the first Read()
-    /// @param fillMilliseconds sound that must be there before any is given out, again after each
-    ///        time that it ran dry; 0 for a source that needs no reserve
-    /// @param notify hears kStatus while filling, and kFailed or kDrained once at the end
-    PcmFeed(GstAppSink* sink, std::size_t fillMilliseconds, MediaNotify notify);
+    /// @param notify hears kStatus while a reserve that is told of fills, and kFailed or kDrained once at the
+    /// end
+    PcmFeed(GstAppSink* sink, const Reserve& reserve, MediaNotify notify);
     ~PcmFeed();
     PcmFeed(const PcmFeed&) = delete;
     PcmFeed& operator=(const PcmFeed&) = delete;
@@ -41,10 +47,12 @@ private:
     bool IsFilled();
     void Draw(std::size_t wanted);
     void ReportFill(std::size_t percent);
+    void ReportStatus(std::string status);
 
     ElementPtr m_sink;
     GstAdapter* m_adapter;
     std::size_t m_fillBytes;
+    bool m_told;
     MediaNotify m_notify;
     bool m_filling;
     bool m_hadAudio = false;

@@ -1,5 +1,8 @@
 #include "audioserver/StreamOutput.h"
 
+#include <pthread.h>
+#include <sched.h>
+
 #include <algorithm>
 #include <cstring>
 #include <span>
@@ -18,8 +21,27 @@ constexpr std::uint64_t kIdlePackets = 1000 / kPacketMilliseconds;
 
 using ErrorNotify = std::function<void(std::string)>;
 
+/// The calling thread, in which packets are sent, is scheduled before all ordinary work of the machine where
+/// the system allows it (RLIMIT_RTPRIO); where not, it runs like any other.
+void MakeRealTime() {
+    sched_param priority{};
+    priority.sched_priority = sched_get_priority_min(SCHED_RR);
+    pthread_setschedparam(pthread_self(), SCHED_RR, &priority);
+}
+
+void OnStreamStatus(GstMessage* message) {
+    GstStreamStatusType type = GST_STREAM_STATUS_TYPE_CREATE;
+    gst_message_parse_stream_status(message, &type, nullptr);
+    // A thread announces itself when it begins, in itself.
+    if (type == GST_STREAM_STATUS_TYPE_ENTER) {
+        MakeRealTime();
+    }
+}
+
 GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) {
-    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_STREAM_STATUS) {
+        OnStreamStatus(message);
+    } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
         GError* error = nullptr;
         gst_message_parse_error(message, &error, nullptr);
         const GErrorPtr owner(error);

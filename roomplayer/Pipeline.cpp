@@ -11,6 +11,7 @@
 
 #include "roomplayer/Elements.h"
 #include "roomplayer/Log.h"
+#include "roomplayer/RealTime.h"
 #include "roomplayer/SoundDevice.h"
 
 namespace korvel::roomplayer {
@@ -18,6 +19,7 @@ namespace {
 
 constexpr const char* kSoundCaps = "audio/x-raw,format=S16LE,layout=interleaved,rate=48000,channels=2";
 constexpr std::size_t kRtpHeaderBytes = 12;
+constexpr std::size_t kRtpTimestampOffset = 4;
 constexpr std::size_t kRtpSenderOffset = 8;
 constexpr unsigned kRtpVersion = 2;
 constexpr gint kReceiveBufferBytes = 256 * 1024;
@@ -62,6 +64,7 @@ Pipeline::Pipeline(const Options& options, const UdpPorts& ports, SenderGate& ga
     Build(options, ports);
     const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
     m_messages.Reset(gst_bus_add_watch(bus.get(), OnMessage, this));
+    MakeRealTime(m_pipeline.get());
     if (!StartPlaying(m_pipeline.get())) {
         Stop();
         throw std::runtime_error("cannot start to play");
@@ -178,9 +181,10 @@ GstPadProbeReturn Pipeline::OnPacket(GstPad*, GstPadProbeInfo* info, gpointer se
         return GST_PAD_PROBE_DROP;
     }
     const std::uint32_t sender = GST_READ_UINT32_BE(header.data() + kRtpSenderOffset);
+    const std::uint32_t timestamp = GST_READ_UINT32_BE(header.data() + kRtpTimestampOffset);
     const auto now = SenderGate::Clock::now();
     const auto before = self->m_gate.Current();
-    if (!self->m_gate.Admit(sender, now)) {
+    if (!self->m_gate.Admit(sender, timestamp, now)) {
         return GST_PAD_PROBE_DROP;
     }
     if (before != sender) {

@@ -4,31 +4,43 @@
 
 namespace korvel::roomplayer {
 
-bool SenderGate::Admit(std::uint32_t sender, Clock::time_point now) {
+bool SenderGate::Admit(std::uint32_t sender, std::uint32_t timestamp, Clock::time_point now) {
     if (m_current && m_current->id == sender) {
-        m_current->lastPacket = now;
-        return true;
+        return Hear(timestamp);
+    }
+    if (m_current && now - m_changed < kHold) {
+        return false;
     }
     const auto earlier = std::find_if(m_earlier.begin(), m_earlier.end(),
                                       [sender](const Sender& one) { return one.id == sender; });
-    const bool known = earlier != m_earlier.end();
-    const bool starts = !known || now - earlier->lastPacket >= kRestart;
-    const bool alone = !m_current || now - m_current->lastPacket >= kLost;
-    const bool held = m_current && now - m_changed < kHold;
-    if (held || (!starts && !alone)) {
-        if (known) {
-            earlier->lastPacket = now;
+    if (earlier != m_earlier.end()) {
+        if (!IsDue(*earlier, timestamp)) {
+            return false;
         }
-        return false;
-    }
-    if (known) {
         m_earlier.erase(earlier);
     }
-    Change(sender, now);
+    Change(sender, timestamp, now);
     return true;
 }
 
-void SenderGate::Change(std::uint32_t sender, Clock::time_point now) {
+bool SenderGate::Hear(std::uint32_t timestamp) {
+    m_current->lastTimestamp = timestamp;
+    for (Sender& one : m_earlier) {
+        one.alone = {};
+    }
+    return true;
+}
+
+/// Whether an earlier sender starts anew with this packet or has been alone for long enough.
+bool SenderGate::IsDue(Sender& earlier, std::uint32_t timestamp) {
+    const auto step = static_cast<std::int32_t>(timestamp - earlier.lastTimestamp);
+    const std::chrono::milliseconds passed(std::int64_t{step} * 1000 / kTimestampRate);
+    earlier.lastTimestamp = timestamp;
+    earlier.alone += std::max(passed, std::chrono::milliseconds(0));
+    return std::chrono::abs(passed) >= kRestart || earlier.alone >= kLost;
+}
+
+void SenderGate::Change(std::uint32_t sender, std::uint32_t timestamp, Clock::time_point now) {
     if (m_current) {
         m_current->left = now;
         m_earlier.push_back(*m_current);
@@ -36,7 +48,7 @@ void SenderGate::Change(std::uint32_t sender, Clock::time_point now) {
             m_earlier.pop_front();
         }
     }
-    m_current = Sender{sender, now, {}, false};
+    m_current = Sender{sender, timestamp, {}, {}, false};
     m_changed = now;
 }
 

@@ -13,10 +13,14 @@ protected:
     bool Send(std::uint32_t sender, milliseconds length) {
         bool heard = false;
         for (milliseconds sent{0}; sent < length; sent += milliseconds(4)) {
-            m_now += milliseconds(4);
-            heard = m_gate.Admit(sender, m_now);
+            Pass(milliseconds(4));
+            heard = m_gate.Admit(sender, m_timestamp, m_now);
         }
         return heard;
+    }
+    void Pass(milliseconds time) {
+        m_now += time;
+        m_timestamp += static_cast<std::uint32_t>(time.count() * SenderGate::kTimestampRate / 1000);
     }
     /// Both send; which of them is heard in the end.
     std::uint32_t SendBoth(std::uint32_t one, std::uint32_t other, milliseconds length) {
@@ -29,6 +33,7 @@ protected:
 
     SenderGate m_gate;
     SenderGate::Clock::time_point m_now{};
+    std::uint32_t m_timestamp = 0xfffff000; // wraps soon
 };
 
 TEST_F(SenderGateTest, HearsTheFirstSender) {
@@ -59,7 +64,7 @@ TEST_F(SenderGateTest, ReturnsToTheOldOneWhenTheNewestFallsSilent) {
 
 TEST_F(SenderGateTest, ALongPauseChangesNothing) {
     Send(1, milliseconds(100));
-    m_now += milliseconds(60000);
+    Pass(milliseconds(60000));
     EXPECT_TRUE(Send(1, milliseconds(4)));
 }
 
@@ -68,6 +73,26 @@ TEST_F(SenderGateTest, NoiseCannotFlapTheRoom) {
     EXPECT_TRUE(Send(2, milliseconds(4)));
     EXPECT_FALSE(Send(3, milliseconds(4)));
     EXPECT_EQ(m_gate.Current(), 2U);
+}
+
+TEST_F(SenderGateTest, WhatWasHeldUpHasNotPaused) {
+    Send(1, milliseconds(100));
+    SendBoth(1, 2, milliseconds(300));
+    // For a second nothing is taken in; then all that came meanwhile is there at once.
+    m_now += milliseconds(1000);
+    for (int packets = 0; packets < 250; ++packets) {
+        m_timestamp += 192;
+        EXPECT_FALSE(m_gate.Admit(1, m_timestamp, m_now));
+        EXPECT_TRUE(m_gate.Admit(2, m_timestamp, m_now));
+    }
+}
+
+TEST_F(SenderGateTest, AReturnIsNotLostInTheMomentAfterAChange) {
+    Send(1, milliseconds(100));
+    Send(2, SenderGate::kRestart + milliseconds(100));
+    Send(3, milliseconds(4));
+    EXPECT_FALSE(Send(1, milliseconds(4)));
+    EXPECT_TRUE(Send(1, SenderGate::kHold));
 }
 
 TEST_F(SenderGateTest, LeftSendersAreTakenOnceAndLate) {
