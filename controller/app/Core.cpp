@@ -40,6 +40,9 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
         m_router.OnServerLost(binding);
         m_announcements.OnServerLost(binding);
     });
+    m_bindings.SetLineListener([this](std::uint32_t binding, const std::string& line) {
+        m_announcements.OnServerLine(binding, line);
+    });
     m_router.SetRoomOffListener([this] { m_announcements.OnRoomOff(); });
     OfferServices();
     StartDriver();

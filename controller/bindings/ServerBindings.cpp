@@ -82,7 +82,10 @@ void ServerBindings::OnConnected(ServerLink& link, const std::string& address) {
 
 void ServerBindings::OnLine(ServerLink& link, const std::string& line) {
     m_parts.log.Debug("from " + link.GetName() + ": " + line);
-    m_parts.driver.BoundCall(BindingOf(link), "DATA_RECEIVED", line);
+    const std::uint32_t bindingId = BindingOf(link);
+    if (m_heard)
+        m_heard(bindingId, line);
+    m_parts.driver.BoundCall(bindingId, "DATA_RECEIVED", line);
 }
 
 void ServerBindings::OnLost(ServerLink& link) {

@@ -37,6 +37,11 @@ public:
     // Called after the driver has heard that the server of this binding is lost.
     void SetServerLost(std::function<void(std::uint32_t)> lost) { m_lost = std::move(lost); }
 
+    // Called with each line of an audio server, before the driver hears it.
+    void SetLineListener(std::function<void(std::uint32_t, const std::string&)> listener) {
+        m_heard = std::move(listener);
+    }
+
     // The driver offers this binding now. May be called inside a call of the driver.
     void OnBindingOffered(std::uint32_t bindingId);
     // Binds and connects the servers; the driver must be attached and initialised.
@@ -75,6 +80,7 @@ private:
     std::uint32_t m_active = 0;
     bool m_running = false;
     std::function<void(std::uint32_t)> m_lost;
+    std::function<void(std::uint32_t, const std::string&)> m_heard;
 };
 
 } // namespace korvel::controller

@@ -189,8 +189,19 @@ void Actions::Announce(const std::string& file, const std::vector<std::string>& 
     json ids = json::array();
     for (const std::string& room : rooms)
         ids.push_back(json::parse(RoomId(room)));
-    m_client.Post("/api/announce",
-                  {{"rooms", ids}, {"file", std::filesystem::absolute(file).lexically_normal().string()}});
+    const json wish = {{"rooms", ids}, {"file", std::filesystem::absolute(file).lexically_normal().string()}};
+    json id;
+    m_client.Watch([&](const json& event) {
+        // Asked for once the events come, none of which is missed so.
+        if (id.is_null())
+            id = m_client.Post("/api/announce", wish).at("id");
+        if (Text(event, "type") != "announcement" || event.at("id") != id)
+            return true;
+        if (const std::string reason = Text(event, "reason"); !reason.empty())
+            throw Failure(std::string("the announcement ") +
+                          (Text(event, "state") == "failed" ? "failed: " : "was abandoned: ") + reason);
+        return Text(event, "state") != "complete";
+    });
 }
 
 nlohmann::json Actions::Resolve(const std::vector<std::string>& words) {
@@ -214,7 +225,10 @@ void Actions::Request(const std::string& name, const std::vector<std::string>& p
 }
 
 void Actions::Watch() {
-    m_client.Watch([this](const json& event) { m_out << event.dump() << std::endl; });
+    m_client.Watch([this](const json& event) {
+        m_out << event.dump() << std::endl;
+        return true;
+    });
 }
 
 nlohmann::json ParseParameters(const std::vector<std::string>& words) {

@@ -28,7 +28,7 @@ public:
     void Transport(const std::string& command, const std::string& room);
     // The others hear what the room hears.
     void Join(const std::string& room, const std::vector<std::string>& others);
-    // Plays the file once in the rooms, over whatever they hear.
+    // Plays the file once in the rooms, over whatever they hear, and returns when it has been heard.
     void Announce(const std::string& file, const std::vector<std::string>& rooms);
     void Command(const std::string& name, const std::vector<std::string>& parameters);
     void Request(const std::string& name, const std::vector<std::string>& parameters);

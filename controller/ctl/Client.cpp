@@ -90,7 +90,7 @@ nlohmann::json Client::Ask(const std::string& method, const std::string& target,
     return json;
 }
 
-void Client::Watch(const std::function<void(const nlohmann::json&)>& heard) {
+void Client::Watch(const std::function<bool(const nlohmann::json&)>& heard) {
     try {
         Waiter waiter;
         beast::websocket::stream<beast::tcp_stream> socket(waiter.loop);
@@ -101,11 +101,12 @@ void Client::Watch(const std::function<void(const nlohmann::json&)>& heard) {
         socket.read_message_max(kMaxAnswer);
         waiter.Await(
             [&](auto handler) { socket.async_handshake(m_host + ":" + m_port, "/api/events", handler); });
-        for (;;) {
+        nlohmann::json event;
+        do {
             beast::flat_buffer buffer;
             waiter.Await([&](auto handler) { socket.async_read(buffer, handler); });
-            heard(nlohmann::json::parse(beast::buffers_to_string(buffer.data()), nullptr, false));
-        }
+            event = nlohmann::json::parse(beast::buffers_to_string(buffer.data()), nullptr, false);
+        } while (heard(event));
     } catch (const boost::system::system_error& error) {
         throw Failure(Unreachable(error.code().message()));
     }

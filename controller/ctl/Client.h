@@ -25,8 +25,9 @@ public:
     nlohmann::json Post(const std::string& target, const nlohmann::json& body = nlohmann::json::object()) {
         return Ask("POST", target, body.dump());
     }
-    // Calls `heard` with every event until the controller ends the connection, which is a Failure.
-    void Watch(const std::function<void(const nlohmann::json&)>& heard);
+    // Calls `heard` with every event, the snapshot first, as long as that returns true. A connection that the
+    // controller ends is a Failure.
+    void Watch(const std::function<bool(const nlohmann::json&)>& heard);
 
 private:
     nlohmann::json Ask(const std::string& method, const std::string& target, const std::string& body);

@@ -71,7 +71,8 @@ void AddActions(CLI::App& app, Action& chosen, Words& words) {
                                [&words](Actions& actions) { actions.Join(words.room, words.list); });
     join->add_option("room", words.room, "id or name")->required();
     join->add_option("other", words.list, "ids or names of the rooms that join it")->required();
-    CLI::App* announce = AddAction(app, chosen, "announce", "play a file once, over whatever the rooms hear",
+    CLI::App* announce = AddAction(app, chosen, "announce",
+                                   "play a file once, over whatever the rooms hear, and wait for its end",
                                    [&words](Actions& actions) { actions.Announce(words.name, words.list); });
     announce->add_option("file", words.name, "of this machine")->required();
     announce->add_option("room", words.list, "ids or names")->required();

@@ -12,6 +12,7 @@ public:
         Invalid,     // the request itself is wrong
         NotFound,    // it names something that is not there
         Conflict,    // it does not fit the present state
+        Unplayable,  // it names a file that holds no sound
         Unavailable, // it needs an audio server that is not connected
     };
 

@@ -23,10 +23,16 @@ unsigned StatusOf(Why why) {
             return 404;
         case Why::Conflict:
             return 409;
+        case Why::Unplayable:
+            return 422;
         case Why::Unavailable:
             return 503;
     }
     return 500;
+}
+
+HttpReply ReplyTo(const Refused& refused) {
+    return ErrorReply(StatusOf(refused.GetWhy()), refused.what());
 }
 
 // An object; an empty body is an empty one.
@@ -100,27 +106,27 @@ bool IsPostPath(const std::vector<std::string>& path) {
 } // namespace
 
 void Api::Handle(const HttpRequest& request, const Done& done) {
-    std::function<json()> later;
-    HttpReply reply;
+    std::optional<HttpReply> reply;
     try {
         const auto target = ParseTarget(request.target);
         if (!target)
             reply = ErrorReply(400, "the address is badly encoded");
         else if (!target->path.empty() && target->path[0] == "api" && IsPostPath(target->path))
-            reply = request.method == "POST" ? Post(*target, request, later) : MethodReply("POST");
+            reply = request.method == "POST" ? Post(*target, request, done) : MethodReply("POST");
         else
             reply = request.method == "GET" ? Get(*target) : MethodReply("GET");
     } catch (const Refused& refused) {
-        reply = ErrorReply(StatusOf(refused.GetWhy()), refused.what());
+        reply = ReplyTo(refused);
     } catch (const std::exception& error) {
         reply = ErrorReply(500, error.what());
     }
-    if (!later || reply.status != 200) {
-        done(std::move(reply));
-        return;
-    }
-    // Rooms follow a command after the driver's call, by handlers that wait on the loop already.
-    m_poster.Post([done, later = std::move(later)] { done(JsonReply(later())); });
+    if (reply)
+        done(std::move(*reply));
+}
+
+// Rooms follow a command after the driver's call, by handlers that wait on the loop already.
+void Api::AnswerSoon(const Done& done, std::function<json()> answer) {
+    m_poster.Post([done, answer = std::move(answer)] { done(JsonReply(answer())); });
 }
 
 HttpReply Api::Get(const Target& target) {
@@ -146,27 +152,29 @@ HttpReply Api::Get(const Target& target) {
     return ErrorReply(404, "there is no such address");
 }
 
-HttpReply Api::Post(const Target& target, const HttpRequest& request, std::function<json()>& later) {
+std::optional<HttpReply> Api::Post(const Target& target, const HttpRequest& request, const Done& done) {
     if (!request.body.empty() && request.contentType.rfind("application/json", 0) != 0)
         return ErrorReply(415, "the body must be application/json");
     const json body = ParseBody(request);
-    if (target.path[1] == "command")
-        return RunCommand(body, later);
     if (target.path[1] == "request")
         return RunRequest(body);
-    if (target.path[1] == "announce")
-        return Announce(body);
-    if (target.path[1] == "rooms")
-        return ChangeRoom(target, body, later);
-    if (!m_core.GetLibrary().StartScan())
-        throw Refused(Why::Conflict, "a scan is running already");
-    return JsonReply({{"started", true}}, 202);
+    if (target.path[1] == "library") {
+        if (!m_core.GetLibrary().StartScan())
+            throw Refused(Why::Conflict, "a scan is running already");
+        return JsonReply({{"started", true}}, 202);
+    }
+    if (target.path[1] == "command")
+        RunCommand(body, done);
+    else if (target.path[1] == "announce")
+        Announce(body, done);
+    else
+        ChangeRoom(target, body, done);
+    return std::nullopt;
 }
 
-HttpReply Api::RunCommand(const json& body, std::function<json()>& later) {
+void Api::RunCommand(const json& body, const Done& done) {
     const auto message = MessageOf(body);
-    later = [answer = m_core.GetCommands().Execute(*message)] { return json{{"return", answer}}; };
-    return {};
+    AnswerSoon(done, [answer = m_core.GetCommands().Execute(*message)] { return json{{"return", answer}}; });
 }
 
 HttpReply Api::RunRequest(const json& body) {
@@ -174,7 +182,7 @@ HttpReply Api::RunRequest(const json& body) {
     return JsonReply({{"reply", reply ? json(reply->ToText()) : json(nullptr)}});
 }
 
-HttpReply Api::Announce(const json& body) {
+void Api::Announce(const json& body, const Done& done) {
     RefuseOtherMembers(body, {"rooms", "file"});
     const auto list = body.find("rooms");
     if (list == body.end() || !list->is_array())
@@ -184,11 +192,14 @@ HttpReply Api::Announce(const json& body) {
     std::vector<std::uint32_t> rooms;
     for (const json& room : *list)
         rooms.push_back(NumberOf(room, "rooms"));
-    m_core.GetAnnouncements().Start(std::move(rooms), body["file"].get<std::string>());
-    return JsonReply(m_core.GetAnnouncements().ToJson(), 202);
+    m_core.GetAnnouncements().Start(
+        std::move(rooms), body["file"].get<std::string>(),
+        [this, done](const std::optional<Refused>& refused) {
+            done(refused ? ReplyTo(*refused) : JsonReply(m_core.GetAnnouncements().ToJson(), 202));
+        });
 }
 
-HttpReply Api::ChangeRoom(const Target& target, const json& body, std::function<json()>& later) {
+void Api::ChangeRoom(const Target& target, const json& body, const Done& done) {
     const auto id = ParseNumber(target.path[2]);
     if (!id || !m_core.GetRooms().Find(*id))
         throw Refused(Why::NotFound, "there is no room " + target.path[2]);
@@ -208,8 +219,7 @@ HttpReply Api::ChangeRoom(const Target& target, const json& body, std::function<
         router.Join(*id, NumberIn(body, "join"));
     else
         router.Select(*id, body.contains("queue") ? NumberIn(body, "queue") : 0);
-    later = [this, room = *id] { return ToJson(*m_core.GetRooms().Find(room)); };
-    return {};
+    AnswerSoon(done, [this, room = *id] { return ToJson(*m_core.GetRooms().Find(room)); });
 }
 
 } // namespace korvel::controller

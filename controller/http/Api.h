@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
 
 #include "app/Core.h"
@@ -25,12 +26,14 @@ public:
 
 private:
     HttpReply Get(const Target& target);
-    HttpReply Post(const Target& target, const HttpRequest& request, std::function<nlohmann::json()>& later);
-    HttpReply RunCommand(const nlohmann::json& body, std::function<nlohmann::json()>& later);
+    // None when `done` will be called later.
+    std::optional<HttpReply> Post(const Target& target, const HttpRequest& request, const Done& done);
+    void RunCommand(const nlohmann::json& body, const Done& done);
     HttpReply RunRequest(const nlohmann::json& body);
-    HttpReply Announce(const nlohmann::json& body);
-    HttpReply ChangeRoom(const Target& target, const nlohmann::json& body,
-                         std::function<nlohmann::json()>& later);
+    void Announce(const nlohmann::json& body, const Done& done);
+    void ChangeRoom(const Target& target, const nlohmann::json& body, const Done& done);
+    // Answers with what `answer` returns once the rooms have followed the present call of the driver.
+    void AnswerSoon(const Done& done, std::function<nlohmann::json()> answer);
 
     Poster m_poster;
     Core& m_core;

@@ -1,13 +1,10 @@
 #include "rooms/Announcements.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "host/Ids.h"
-#include "host/Refused.h"
+#include "media/SoundFile.h"
 
 namespace korvel::controller {
 namespace {
@@ -21,12 +18,22 @@ bool HasControlCharacter(const std::string& text) {
     return std::ranges::any_of(text, [](unsigned char c) { return c < 32 || c == 127; });
 }
 
-void CheckFile(const std::string& file) {
+void CheckPath(const std::string& file) {
     if (file.empty() || file.front() != '/' || file.size() > kMaxPathBytes || HasControlCharacter(file))
         throw Refused(Why::Invalid, "the file of an announcement must be an absolute path");
-    std::error_code failed;
-    if (!std::filesystem::is_regular_file(file, failed) || access(file.c_str(), R_OK) != 0)
-        throw Refused(Why::Invalid, file + " is not there or cannot be read");
+}
+
+// Not for the loop: it reads the file.
+std::optional<Refused> CheckFile(const std::string& file) {
+    switch (media::LookForSound(file)) {
+        case media::SoundFile::Unreadable:
+            return Refused(Why::NotFound, file + " is not there or cannot be read");
+        case media::SoundFile::NoSound:
+            return Refused(Why::Unplayable, file + " holds no sound that can be played");
+        case media::SoundFile::Sound:
+            break;
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -43,16 +50,37 @@ void Announcements::CheckRooms(std::vector<std::uint32_t>& rooms) const {
     }
 }
 
-void Announcements::Start(std::vector<std::uint32_t> rooms, const std::string& file) {
-    CheckRooms(rooms);
-    CheckFile(file);
+void Announcements::RequireFree() const {
     if (const std::string why = m_parts.whyNotReady(); !why.empty())
         throw Refused(Why::Unavailable, why);
     if (m_current)
         throw Refused(Why::Conflict, "another announcement is being made");
     if (!m_parts.driver.MakesAnnouncements())
         throw Refused(Why::Conflict, "the driver makes no announcements");
-    m_current = Current{std::move(rooms), file, m_parts.activeBinding()};
+}
+
+void Announcements::Start(std::vector<std::uint32_t> rooms, const std::string& file, Answer answer) {
+    CheckRooms(rooms);
+    CheckPath(file);
+    RequireFree();
+    m_worker.Run(
+        [file] { return CheckFile(file); },
+        [this, rooms = std::move(rooms), file, answer = std::move(answer)](std::optional<Refused> refused) {
+            try {
+                if (!refused) {
+                    RequireFree(); // it was so when the file began to be looked at
+                    Begin(rooms, file);
+                }
+            } catch (const Refused& now) {
+                refused = now;
+            }
+            answer(refused);
+        });
+}
+
+void Announcements::Begin(const std::vector<std::uint32_t>& rooms, const std::string& file) {
+    m_current = Current{++m_lastId, rooms, file, m_parts.activeBinding()};
+    m_wire.Begin();
     Publish();
     Wait(m_patience.stream, "no stream in time");
     // The rooms second: a new stream begins without any.
@@ -65,7 +93,15 @@ void Announcements::AnnouncementStreamReady() {
 }
 
 void Announcements::AnnouncementComplete() {
-    m_poster.Post([this] { End("complete", ""); });
+    m_poster.Post([this] {
+        const std::string failure = m_wire.GetFailure();
+        End(failure.empty() ? "complete" : "failed", failure);
+    });
+}
+
+void Announcements::OnServerLine(std::uint32_t bindingId, const std::string& line) {
+    if (m_current && m_current->bindingId == bindingId)
+        m_wire.OnLine(line);
 }
 
 void Announcements::Play() {
@@ -101,9 +137,10 @@ void Announcements::End(const char* state, const std::string& why) {
 void Announcements::Forget(const char* state, const std::string& why) {
     m_parts.timers.CancelTimer(m_current->timer);
     m_current->state = state;
+    m_current->reason = why;
     Publish();
     if (!why.empty())
-        m_parts.log.Warning("announcement " + m_current->file + " abandoned: " + why);
+        m_parts.log.Warning("announcement " + m_current->file + " " + state + ": " + why);
     m_current.reset();
 }
 
@@ -126,7 +163,13 @@ void Announcements::SelectInRooms(const std::vector<std::uint32_t>& rooms, const
 nlohmann::json Announcements::ToJson() const {
     if (!m_current)
         return nullptr;
-    return {{"state", m_current->state}, {"rooms", m_current->rooms}, {"file", m_current->file}};
+    nlohmann::json json = {{"id", m_current->id},
+                           {"state", m_current->state},
+                           {"rooms", m_current->rooms},
+                           {"file", m_current->file}};
+    if (!m_current->reason.empty())
+        json["reason"] = m_current->reason;
+    return json;
 }
 
 void Announcements::Publish() const {

@@ -11,9 +11,11 @@
 #include "host/DriverPort.h"
 #include "host/EventBus.h"
 #include "host/Log.h"
+#include "host/Refused.h"
 #include "host/TimerService.h"
-#include "net/Poster.h"
+#include "net/Worker.h"
 #include "platform/Services.h"
+#include "rooms/AnnouncementWire.h"
 #include "rooms/RoomTable.h"
 
 namespace korvel::controller {
@@ -22,8 +24,9 @@ namespace korvel::controller {
 // rooms and gives the stream up. The queues go on meanwhile; a room's player hears what started last, so each
 // room hears the announcement and then again what it heard before.
 //
-// Each step is an event {"type":"announcement","state","rooms","file"} with a state of "started", "playing",
-// "complete" or "abandoned".
+// Each step is an event {"type":"announcement","id","state","rooms","file"} with a state of "started",
+// "playing" and at last "complete", "failed" (the file could not be played) or "abandoned" (something else
+// ended it). The last two have a "reason", one line.
 class Announcements final : public IAnnouncementNotifier {
 public:
     struct Parts {
@@ -45,17 +48,24 @@ public:
 
     explicit Announcements(const Parts& parts) : Announcements(parts, Patience{}) {}
     Announcements(const Parts& parts, Patience patience)
-        : m_parts(parts), m_patience(patience), m_poster(parts.loop) {}
+        : m_parts(parts), m_patience(patience), m_poster(parts.loop), m_worker(parts.loop) {}
 
-    // Throws Refused for a room or a file that is not there, while another announcement is made, and when no
-    // audio server can play. `file` is absolute: the audio server reads it.
-    void Start(std::vector<std::uint32_t> rooms, const std::string& file);
+    // Why an announcement was refused; none when it has started.
+    using Answer = std::function<void(const std::optional<Refused>&)>;
+
+    // Throws Refused for a room that is not there or a bad path, while another announcement is made, and when
+    // no audio server can play. Otherwise has the file looked at on another thread and calls `answer` once,
+    // on the loop. `file` is absolute: the audio server reads it.
+    void Start(std::vector<std::uint32_t> rooms, const std::string& file, Answer answer);
     // A room that is switched off ends the driver's announcement for every room.
     void OnRoomOff();
     // The announcement went with its audio server.
     void OnServerLost(std::uint32_t bindingId);
 
-    // {"state","rooms","file"}, or null while there is none.
+    // A line of an audio server, before the driver hears it.
+    void OnServerLine(std::uint32_t bindingId, const std::string& line);
+
+    // {"id","state","rooms","file"}, or null while there is none.
     nlohmann::json ToJson() const;
 
     // Inside the driver's calls.
@@ -64,14 +74,18 @@ public:
 
 private:
     struct Current {
+        std::uint32_t id = 0;
         std::vector<std::uint32_t> rooms;
         std::string file;
         std::uint32_t bindingId = 0;
         std::uint32_t timer = 0;
         const char* state = "started";
+        std::string reason = ""; // while nothing is wrong
     };
 
     void CheckRooms(std::vector<std::uint32_t>& rooms) const;
+    void RequireFree() const;
+    void Begin(const std::vector<std::uint32_t>& rooms, const std::string& file);
     void Play();
     void End(const char* state, const std::string& why);
     void Forget(const char* state, const std::string& why);
@@ -83,6 +97,9 @@ private:
     Patience m_patience;
     Poster m_poster;
     std::optional<Current> m_current;
+    std::uint32_t m_lastId = 0;
+    AnnouncementWire m_wire;
+    Worker m_worker; // last: its thread ends before the rest goes
 };
 
 } // namespace korvel::controller

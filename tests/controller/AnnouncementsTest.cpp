@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "RecordingDriver.h"
+#include "Sound.h"
 #include "TestHouse.h"
 #include "host/Refused.h"
 #include "rooms/Announcements.h"
@@ -35,6 +36,15 @@ protected:
                                                    [] { return std::string(); }, [] { return 3000u; }},
                               Announcements::Patience{stream, play});
     }
+    // Why it was refused; "" when it has started.
+    std::string Announce(const std::vector<std::uint32_t>& where) {
+        std::optional<std::string> answer;
+        announcements->Start(where, file, [&](const std::optional<Refused>& refused) {
+            answer = refused ? refused->what() : "";
+        });
+        EXPECT_TRUE(loop.RunUntil([&] { return answer.has_value(); }));
+        return answer.value_or("no answer");
+    }
     bool IsOver() {
         return loop.RunUntil([&] { return announcements->ToJson().is_null(); });
     }
@@ -42,7 +52,7 @@ protected:
     using Texts = std::vector<std::string>;
 
     ScratchFolder folder;
-    const std::string file = folder.Write("chime.wav", "sound");
+    const std::string file = folder.Write("chime.wav", tests::WavOf({{500, 0.1}}));
     TestLoop loop;
     Log log{LogLevel::Error};
     EventBus events;
@@ -57,7 +67,7 @@ protected:
 
 TEST_F(AnnouncementsTest, WithoutAStreamItIsAbandoned) {
     Make(kShort, kLong);
-    announcements->Start({2, 1, 2}, file);
+    EXPECT_EQ(Announce({2, 1, 2}), "");
     ASSERT_TRUE(IsOver());
     EXPECT_EQ(audio.calls, (Texts{"create", "remove"}));
     EXPECT_EQ(driver.calls, (Texts{"ANNOUNCEMENT 1", "ANNOUNCEMENT 2", "ANNOUNCEMENT_COMPLETE 1",
@@ -67,7 +77,7 @@ TEST_F(AnnouncementsTest, WithoutAStreamItIsAbandoned) {
 
 TEST_F(AnnouncementsTest, AStreamThatComesTooLateIsGivenUp) {
     Make(kShort, kLong);
-    announcements->Start({1}, file);
+    EXPECT_EQ(Announce({1}), "");
     ASSERT_TRUE(IsOver());
     announcements->AnnouncementStreamReady();
     loop.RunReady();
@@ -76,7 +86,7 @@ TEST_F(AnnouncementsTest, AStreamThatComesTooLateIsGivenUp) {
 
 TEST_F(AnnouncementsTest, WithoutAnEndItIsAbandoned) {
     Make(kLong, kShort);
-    announcements->Start({1}, file);
+    EXPECT_EQ(Announce({1}), "");
     announcements->AnnouncementStreamReady();
     ASSERT_TRUE(IsOver());
     EXPECT_EQ(audio.calls, (Texts{"create", "play " + file, "remove"}));
@@ -87,20 +97,43 @@ TEST_F(AnnouncementsTest, WithoutAnEndItIsAbandoned) {
 TEST_F(AnnouncementsTest, ADriverWithoutAnnouncementsIsAskedForNone) {
     port.Attach(driver);
     Make(kLong, kLong);
-    EXPECT_THROW(announcements->Start({1}, file), Refused);
+    EXPECT_THROW(announcements->Start({1}, file, [](const auto&) {}), Refused);
     EXPECT_TRUE(announcements->ToJson().is_null());
 }
 
 // The driver calls from within its own calls, where it must not be called.
 TEST_F(AnnouncementsTest, NothingIsAskedOfTheDriverInsideItsCalls) {
     Make(kLong, kLong);
-    announcements->Start({1}, file);
+    EXPECT_EQ(Announce({1}), "");
     announcements->AnnouncementStreamReady();
     announcements->AnnouncementComplete();
     EXPECT_EQ(audio.calls, (Texts{"create"}));
     loop.RunReady();
     EXPECT_EQ(audio.calls, (Texts{"create", "play " + file, "remove"}));
     EXPECT_EQ(states, (Texts{"started", "playing", "complete"}));
+}
+
+// Both were free to start when their files began to be looked at.
+TEST_F(AnnouncementsTest, OfTwoAtOnceTheSecondIsRefused) {
+    Make(kLong, kLong);
+    std::vector<std::string> answers;
+    for (const std::uint32_t room : {1u, 2u}) {
+        announcements->Start({room}, file, [&](const std::optional<Refused>& refused) {
+            answers.push_back(refused ? refused->what() : "");
+        });
+    }
+    EXPECT_TRUE(announcements->ToJson().is_null());
+    ASSERT_TRUE(loop.RunUntil([&] { return answers.size() == 2; }));
+    EXPECT_EQ(answers, (Texts{"", "another announcement is being made"}));
+    EXPECT_EQ(driver.calls, Texts{"ANNOUNCEMENT 1"});
+}
+
+TEST_F(AnnouncementsTest, ThatAreBeingLookedAtMayBeDropped) {
+    Make(kLong, kLong);
+    announcements->Start({1}, file, [](const auto&) { FAIL(); });
+    announcements.reset();
+    loop.RunReady();
+    EXPECT_EQ(states, Texts{});
 }
 
 } // namespace

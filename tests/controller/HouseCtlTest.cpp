@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "HouseWithDriver.h"
+#include "Sound.h"
 #include "ctl/Actions.h"
 
 namespace korvel::controller {
@@ -52,13 +53,38 @@ TEST_F(HouseCtlTest, PlaysASavedPlaylist) {
     EXPECT_TRUE(Hears("addmed 1 \"file://music/1.flac\""));
 }
 
-TEST_F(HouseCtlTest, AnnouncesAFileOfTheFolderItIsIn) {
-    const std::string chime = state.Write("chime.wav", "sound");
+TEST_F(HouseCtlTest, AnnouncesAFileOfTheFolderItIsInAndWaitsForItsEnd) {
+    const std::string chime = state.Write("chime.wav", tests::WavOf({{500, 0.1}}));
     const std::string relative = std::filesystem::relative(chime).string();
+    server.EndMedia("EOM");
     EXPECT_EQ(Run([&](Actions& a) { a.Announce(relative, {"Kitchen", "1"}); }), "");
-    EXPECT_EQ(house->Get("/api/status").Json()["announcement"]["rooms"], (nlohmann::json{1, 2}));
-    EXPECT_EQ(Run([&](Actions& a) { a.Announce("/nowhere.wav", {"Kitchen"}); }),
+    EXPECT_TRUE(server.Heard("addmed 1 \"file:/" + chime + "\""));
+    EXPECT_TRUE(house->Get("/api/status").Json()["announcement"].is_null());
+    EXPECT_TRUE(Told({{"type", "announcement"}, {"state", "complete"}, {"rooms", {1, 2}}}));
+}
+
+TEST_F(HouseCtlTest, SaysWhyAnAnnouncementCannotBeMade) {
+    EXPECT_EQ(Run([](Actions& a) { a.Announce("/nowhere.wav", {"Kitchen"}); }),
               "failure: /nowhere.wav is not there or cannot be read");
+    EXPECT_EQ(Run([](Actions& a) { a.Announce("/nowhere.wav", {"Attic"}); }),
+              "failure: there is no room 'Attic'; the rooms are: Living room, Kitchen");
+    const std::string words = state.Write("words.wav", "words");
+    EXPECT_EQ(Run([&](Actions& a) { a.Announce(words, {"Kitchen"}); }),
+              "failure: " + words + " holds no sound that can be played");
+}
+
+TEST_F(HouseCtlTest, SaysWhyAnAnnouncementFailed) {
+    const std::string chime = state.Write("chime.wav", tests::WavOf({{500, 0.1}}));
+    server.EndMedia("BAD", "not a sound");
+    EXPECT_EQ(Run([&](Actions& a) { a.Announce(chime, {"Kitchen"}); }),
+              "failure: the announcement failed: not a sound");
+    server.EndMedia("");
+    house->GetCore().GetEvents().Add([this](const auto& text) {
+        if (nlohmann::json::parse(*text).value("state", "") == "playing")
+            asio::post(loop.loop, [this] { house->GetCore().GetRouter().TurnOff(2); });
+    });
+    EXPECT_EQ(Run([&](Actions& a) { a.Announce(chime, {"Kitchen"}); }),
+              "failure: the announcement was abandoned: a room was switched off");
 }
 
 } // namespace

@@ -124,12 +124,18 @@ void ScriptedServer::Answer(Connection&, const std::string& line) {
     std::string command;
     std::string stream;
     words >> number >> command >> stream;
+    const bool refused = command == m_refused;
+    const bool creates = (command == "addstr" || command == "addann") && !refused;
+    if (creates)
+        ++m_streams;
     if (command == "addann")
-        Send("* SYS addann=" + std::to_string(m_streams + 1) + "\r\n");
-    if (command == "addstr" || command == "addann")
-        Send(number + " " + command + " stream=" + std::to_string(++m_streams) + "\r\n");
+        Send("* SYS addann=" + std::to_string(refused ? 0 : m_streams) + "\r\n");
+    if (creates)
+        Send(number + " " + command + " stream=" + std::to_string(m_streams) + "\r\n");
     else
-        Send(number + " OK " + command + " " + stream + "\r\n");
+        Send(number + (refused ? " NO " : " OK ") + command + " " + stream + "\r\n");
+    if (command == "addmed" && !refused && !m_end.empty())
+        Send("* addmed " + m_end + "=" + stream + (m_reason.empty() ? "" : " " + m_reason) + "\r\n");
 }
 
 bool ScriptedServer::Heard(const std::string& text) const {

@@ -67,6 +67,13 @@ public:
     void Restart();
     // From now on it answers nothing.
     void Mute() { m_mute = true; }
+    // From now on it answers this command with NO; "" for none.
+    void Refuse(const std::string& command) { m_refused = command; }
+    // From now on each media ends at once: with "EOM", or with "BAD" and its reason.
+    void EndMedia(const std::string& result, const std::string& reason = "") {
+        m_end = result;
+        m_reason = reason;
+    }
 
 private:
     struct Connection;
@@ -83,6 +90,9 @@ private:
     int m_connections = 0;
     int m_streams = 0;
     bool m_mute = false;
+    std::string m_refused;
+    std::string m_end; // "" while media do not end
+    std::string m_reason;
 };
 
 struct RawReply {

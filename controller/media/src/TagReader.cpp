@@ -1,7 +1,6 @@
 #include "TagReader.h"
 
 #include <taglib/audioproperties.h>
-#include <taglib/fileref.h>
 #include <taglib/tfilestream.h>
 #include <taglib/tpropertymap.h>
 
@@ -72,19 +71,23 @@ void TakeTags(const TagLib::File& file, ScannedSong& scanned) {
 
 } // namespace
 
+const TagLib::AudioProperties* AudioOf(const TagLib::FileRef& reference) {
+    TagLib::File* file = reference.file();
+    const TagLib::AudioProperties* audio = file && file->isValid() ? file->audioProperties() : nullptr;
+    return audio && audio->sampleRate() > 0 && audio->channels() > 0 ? audio : nullptr;
+}
+
 TagOutcome ReadTags(const std::string& location, ScannedSong& scanned) {
     try {
         TagLib::FileStream stream(location.c_str(), true);
         if (!stream.isOpen())
             return TagOutcome::Unreadable;
         const TagLib::FileRef reference(&stream);
-        TagLib::File* file = reference.file();
-        const TagLib::AudioProperties* audio = file && file->isValid() ? file->audioProperties() : nullptr;
-        if (!audio || audio->sampleRate() <= 0 || audio->channels() <= 0)
+        if (!AudioOf(reference))
             return TagOutcome::NoAudio;
         scanned.song.location = location;
-        TakeTags(*file, scanned);
-        scanned.hasImage = scanned.hasImage || !ReadPictures(*file).empty();
+        TakeTags(*reference.file(), scanned);
+        scanned.hasImage = scanned.hasImage || !ReadPictures(*reference.file()).empty();
         return TagOutcome::Song;
     } catch (const std::exception&) {
         // A length in the file that no memory suffices for.
