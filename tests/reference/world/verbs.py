@@ -4,7 +4,7 @@ from core import DIGITAL_AUDIO_ID, AVResult, AVSelection, Track
 from messages import Message, message_to_xml
 from nodes import parse_document
 from world import media
-from world.arguments import Arguments
+from world.arguments import Arguments, parse_number_list
 from world.system import DRIVER_DEVICE, OPERATIONS, SERVICES
 from world.words import FormatError, format_pair, format_value
 
@@ -117,9 +117,12 @@ def _playlist(session, arguments):
 @_verb("mp3devices")
 def _mp3_devices(session, arguments):
     device = arguments.number("DEVICE")
-    devices = arguments.number_list("LIST")
+    devices = arguments.value("LIST")
     arguments.expect_end()
-    session.world.mp3_lists[device] = devices
+    if devices == "none":
+        session.world.mp3_lists.pop(device, None)
+    else:
+        session.world.mp3_lists[device] = parse_number_list(devices, "LIST")
 
 
 @_verb("reply")
@@ -307,13 +310,11 @@ def _test(session, arguments):
 # Source selection.
 
 
-@_verb("select")
-def _select(session, arguments):
-    room = arguments.number("ROOM")
-    fields = arguments.fields(
-        "queue", "kind", "source", "binding", "ip", "port", "channel", "input", "media", "target", "location-kind"
-    )
-    selection = AVSelection(
+_WISH = ("queue", "kind", "source", "binding", "ip", "port", "channel", "input", "media", "target", "location-kind")
+
+
+def _take_wish(room, fields):
+    return AVSelection(
         room=room,
         queue=fields.number("queue"),
         kind=fields.text("kind"),
@@ -327,12 +328,32 @@ def _select(session, arguments):
         target=fields.number("target"),
         location_kind=fields.text("location-kind"),
     )
+
+
+@_verb("select")
+def _select(session, arguments):
+    selection = _take_wish(arguments.number("ROOM"), arguments.fields(*_WISH))
     driver = session.driver()
     result = AVResult()
     session.enter(lambda: driver.on_av_selected(selection, result))
     if result.handled:
         pairs = [("queue", str(result.queue)), ("media", str(result.media)), ("kind", result.kind)]
         session.world.recorder.output_pairs("selected", [], [format_pair(*pair) for pair in pairs])
+
+
+@_verb("location")
+def _location(session, arguments):
+    room = arguments.number("ROOM")
+    fields = arguments.fields(*_WISH, "location")
+    selection = _take_wish(room, fields)
+    selection.location = fields.text("location")
+    driver = session.driver()
+
+    def ask():
+        driver.on_av_add_location_info(selection)
+        session.world.recorder.output("location", text=selection.location)
+
+    session.enter(ask)
 
 
 @_verb("deselect")
