@@ -62,15 +62,17 @@ def weighted(dice, table):
 
 
 class Inputs:
-    """`may_answer_service` says whether the streaming service has a client to answer to."""
+    """`may_answer_service` says whether the streaming service has a client to answer to, `inside` whether the core calls
+    back inside the driver's calls."""
 
-    def __init__(self, values, may_answer_service):
+    def __init__(self, values, may_answer_service, inside):
         self.values = values
         self.dice = values.dice
         self.house = values.house
         self.knowledge = values.knowledge
         self.wire = Wire(values)
         self._may_answer_service = may_answer_service
+        self._inside = inside
         # A session does more of this and less of that.
         self._table = [(draw, weight * self.dice.choice((0.2, 1, 1, 1, 3))) for draw, weight in self._kinds()]
         self._commands = [(name, weight * self.dice.choice((0.2, 1, 1, 3)), draw) for name, weight, draw in COMMANDS]
@@ -96,7 +98,7 @@ class Inputs:
             (self.valid, 0.2),
             (self.use_many_playlists, 0.3),
             (self.come_to_rest, 0.5),
-            (self.call_inside, self.dice.choice((0, 0, 0, 4))),
+            (self.call_inside, self.dice.choice((0, 0, 0, 4)) if self._inside else 0),
         )
 
     def draw(self):
