@@ -3,7 +3,9 @@
 
 #include <fstream>
 #include <map>
-#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "TestCore.h"
 #include "driver/korvel_digitalaudio.h"
@@ -13,17 +15,24 @@ namespace {
 // By name: the parameters and what it does.
 using Rows = std::map<std::string, std::pair<std::string, std::string>>;
 
+std::string Trimmed(const std::string& cell) {
+    const std::size_t first = cell.find_first_not_of(' ');
+    return first == std::string::npos ? "" : cell.substr(first, cell.find_last_not_of(' ') - first + 1);
+}
+
+// The table rows of three cells whose first is a name in capitals.
 Rows DescribedRows() {
     std::ifstream page(KORVEL_COMMANDS_PAGE);
-    const std::regex row(R"(\| ([A-Z0-9_]{4,}) \| (.*) ?\| (.*) \|)");
     Rows rows;
-    std::smatch cells;
     for (std::string line; std::getline(page, line);) {
-        if (std::regex_match(line, cells, row)) {
-            std::string parameters = cells[2];
-            parameters.resize(parameters.find_last_not_of(' ') + 1);
-            rows[cells[1]] = {parameters, cells[3]};
-        }
+        std::vector<std::string> cells;
+        std::istringstream row(line);
+        for (std::string cell; std::getline(row, cell, '|');)
+            cells.push_back(Trimmed(cell));
+        // The row begins with a bar, so its first cell comes second.
+        if (cells.size() == 4 && cells[1].size() >= 4 &&
+            cells[1].find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_") == std::string::npos)
+            rows[cells[1]] = {cells[2], cells[3]};
     }
     return rows;
 }
