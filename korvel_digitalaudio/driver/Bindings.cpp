@@ -49,7 +49,7 @@ void korvel_digitalaudio::HandleBoundCall(std::uint32_t id, const IBindMessage& 
     else if (message.GetName() == "SERVER_ONLINE")
         HandleServerOnline(id, message);
     else if (message.GetName() == "SERVER_OFFLINE")
-        HandleServerOffline(id);
+        EndServer(id); // the active binding stays as it was: the server of this controller is expected back
     if (message.GetMessageType() == "PROTOCOL_COMMAND")
         RunProtocolCommand(id, message, ret);
 }
@@ -70,16 +70,6 @@ void korvel_digitalaudio::HandleServerOnline(std::uint32_t id, const IBindMessag
     AudioServer_Create(id, flags::IsWord(message.GetParam("ALLOW_MULT_INPUT"), kv::TRUE_STRING));
     if (!address.empty() && NetworkInterfaces::isLocalIPv4(address))
         m_activeServerBinding = id;
-}
-
-// The active binding stays as it was: the server of this controller is expected back.
-void korvel_digitalaudio::HandleServerOffline(std::uint32_t id) {
-    const auto found = m_servers.find(id);
-    if (found == m_servers.end())
-        return;
-    auto server = std::move(found->second);
-    m_servers.erase(found);
-    RetireServer(std::move(server));
 }
 
 void korvel_digitalaudio::RunProtocolCommand(std::uint32_t id, const IBindMessage& message, ICmdReturn* ret) {

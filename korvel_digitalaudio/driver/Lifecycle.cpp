@@ -123,10 +123,9 @@ korvel_digitalaudio::~korvel_digitalaudio() {
         std::uint32_t timerId = entry.first;
         kv::GuardEntry("Destroy timers", [&] { KillTimer(timerId); });
     }
-    for (auto& entry : std::exchange(m_servers, {})) {
-        const std::unique_ptr<AudioServer> server =
-            std::move(entry.second); // ends with its link, whose timer stops
-        kv::GuardEntry("Destroy servers", [&] { server->Retire(); });
+    while (!m_servers.empty()) {
+        kv::GuardEntry("Destroy servers", [&] { EndServer(m_servers.begin()->first); });
+        m_retiredServers.clear(); // with its link, whose timer stops, before the next one ends
     }
     m_rhapsody.reset();
     m_goneServers.clear();

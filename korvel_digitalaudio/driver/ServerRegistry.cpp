@@ -21,10 +21,15 @@ AudioServer* korvel_digitalaudio::GetServer(std::uint32_t bindingId) const {
     return found == m_servers.end() ? nullptr : found->second.get();
 }
 
-// Takes a server out of use; it is freed when the outermost entry has ended.
-void korvel_digitalaudio::RetireServer(std::unique_ptr<AudioServer> server) {
-    AudioServer& retired = *m_retiredServers.emplace_back(std::move(server));
-    retired.Retire();
+// Nothing happens for an unknown binding.
+void korvel_digitalaudio::EndServer(std::uint32_t bindingId) {
+    const auto found = m_servers.find(bindingId);
+    if (found == m_servers.end())
+        return;
+    auto ended = std::move(found->second);
+    m_servers.erase(found);
+    AudioServer& server = *m_retiredServers.emplace_back(std::move(ended));
+    server.Retire();
 }
 
 // Only while nothing up the stack can hold a server. One that left queues behind is kept with them.

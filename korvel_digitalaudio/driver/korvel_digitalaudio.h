@@ -79,7 +79,7 @@ public:
     static IDriver* Create(IInstanceManager& instances);
     ~korvel_digitalaudio() override;
 
-    // IDriver (Entries.cpp)
+    // IDriver (Entries.cpp; commands, requests and conditions in Commands.cpp)
     std::int32_t Initialize(std::uint32_t id, KVXML::INode& config, KVXML::INode* persist) override;
     std::int32_t BoundCall(std::uint32_t id, BindingType type, const std::string& text,
                            const IBindMessage& message, ICmdReturn* ret) override;
@@ -150,7 +150,6 @@ private:
     void HandleBoundCall(std::uint32_t id, const IBindMessage& message, ICmdReturn* ret);
     void HandleData(std::uint32_t id, const std::string& line);
     void HandleServerOnline(std::uint32_t id, const IBindMessage& message);
-    void HandleServerOffline(std::uint32_t id);
     void RunProtocolCommand(std::uint32_t id, const IBindMessage& message, ICmdReturn* ret);
 
     // ServerRegistry.cpp
@@ -177,7 +176,8 @@ private:
     template <class Action>
     void ForEachQueue(Action action);
     static AudioQueue* NextQueue(const AudioServer& server, std::uint32_t queueId);
-    void RetireServer(std::unique_ptr<AudioServer> server);
+    // Takes a server out of use, which is freed when the outermost entry has ended.
+    void EndServer(std::uint32_t bindingId);
     void ReleaseRetiredServers();
     std::vector<std::uint32_t> GetMp3Devices(std::uint32_t deviceId);
 

@@ -2,7 +2,7 @@
 #include "driver/korvel_digitalaudio.h"
 
 namespace {
-// The variable is rebuilt by way of this room, whose history is not shown.
+// This room's history is looked up, but not shown.
 constexpr std::uint32_t kProbedRoom = 1;
 } // namespace
 
