@@ -101,7 +101,7 @@ class House:
         lines = []
         for device in (7, 100002, 5):
             if dice.random() < 0.8:
-                lines.append(words("mp3devices", device, dice.choice(("5", "5,6", "", "6,7,5"))))
+                lines.append(words("mp3devices", device, dice.choice(("5", "5,6", "", "6,7,5", "none"))))
         for device in (5, 6):
             if dice.random() < 0.5:
                 lines.append(f"reply {device} GET_MOUNT_PATH usb{device}")

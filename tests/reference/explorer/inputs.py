@@ -96,6 +96,7 @@ class Inputs:
             (self.persist, 0.3),
             (self.restart, 0.5),
             (self.valid, 0.2),
+            (self.location, 0.4),
             (self.use_many_playlists, 0.3),
             (self.come_to_rest, 0.5),
             (self.call_inside, self.dice.choice((0, 0, 0, 4)) if self._inside else 0),
@@ -294,6 +295,12 @@ class Inputs:
         lines += self.wire.data(binding, f"* addmed EOM={stream}") * self.values.pick(1, 2, 4)
         lines += self.values.pick([], self.command(), [words("command", "PLAY", ROOM_ID=self.values.room())])
         return lines + [words("advance", delay * 60000 + self.values.pick(99, 100, 101))]
+
+    def location(self):
+        kind = self.values.pick("SONG", "SONG", "BROADCAST_AUDIO", "ALBUM", "ALBUM_MP3", "ALBUM_CD", "PLAYLIST", "QUEUE", None)
+        ids = self.values.pick(self.house.songs, self.house.stations, self.house.albums)
+        media = self.values.pick(self.house.some_ids(self.dice, ids), None)
+        return [words("location", self.values.room(), kind=kind, media=media, location=self.values.pick(None, "/x"))]
 
     def valid(self):
         return [words("valid", self.values.pick(6, 6, 15, 0), self.values.pick(15, 15, 6, 4294967295))]

@@ -86,6 +86,8 @@ class Session:
     def stop(self):
         driver, self._driver = self.driver(), None
         self.enter(driver.destroy)
+        for timer_id in self.world.timers.callback_ids():
+            self.world.recorder.fault(f"timer {timer_id} outlives the driver that it calls back")
         self.world.timers.clear()
         self.world.live.drop_answers()
 

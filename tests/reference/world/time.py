@@ -48,6 +48,10 @@ class TimerQueue:
     def clear(self):
         self._timers.clear()
 
+    def callback_ids(self):
+        """Of the timers that call back into anything but the driver's own entry, in ascending order."""
+        return sorted(timer_id for timer_id, timer in self._timers.items() if timer[3] is not None)
+
     def take_due(self, until):
         """(id, due, callback) of the first expiry: the earliest, of several at one time the lowest id."""
         if not self._timers:
