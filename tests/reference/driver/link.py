@@ -15,7 +15,8 @@ class Link:
         self.references = 1
         self.counter = 0
         self.lines = []
-        self.timer = 0
+        self.timer = 0  # of the line that is outstanding
+        self.is_outstanding = False
 
     def add_ref(self):
         self.references += 1
@@ -36,21 +37,31 @@ class Link:
         self.send_to_server()
 
     def send_to_server(self):
-        if self.timer != 0 or not self.lines:
+        """A line counts as outstanding before it is handed over: its answer may come inside the call."""
+        if self.is_outstanding or not self.lines:
             return
-        self.core.send_bind_message(self.binding, self.lines.pop(0))
-        self.timer = self.core.start_timer(ACKNOWLEDGEMENT_MS, 1, self)
+        line = self.lines.pop(0)
+        self.is_outstanding = True
+        self.timer = 0
+        self.core.send_bind_message(self.binding, line)
+        if self.is_outstanding and self.timer == 0:
+            self.timer = self.core.start_timer(ACKNOWLEDGEMENT_MS, 1, self)
+            if self.timer == 0:
+                self.is_outstanding = False  # no timer: nothing would ever end the wait
 
     def kill_ack_timer(self):
-        if self.timer == 0:
+        if not self.is_outstanding:
             return
-        self.core.cancel_timer(self.timer)
-        self.timer = 0
+        timer, self.timer = self.timer, 0
+        self.is_outstanding = False
+        if timer != 0:
+            self.core.cancel_timer(timer)
         self.send_to_server()
 
     def on_timer_expired(self, timer_id):
         if timer_id == self.timer:
             self.timer = 0
+            self.is_outstanding = False
         else:
             self.core.assert_write(LINK_SOURCE, 74)
         self.send_to_server()
