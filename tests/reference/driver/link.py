@@ -52,10 +52,10 @@ class Link:
     def kill_ack_timer(self):
         if not self.is_outstanding:
             return
-        timer, self.timer = self.timer, 0
+        if self.timer != 0:
+            self.core.cancel_timer(self.timer)
+        self.timer = 0
         self.is_outstanding = False
-        if timer != 0:
-            self.core.cancel_timer(timer)
         self.send_to_server()
 
     def on_timer_expired(self, timer_id):

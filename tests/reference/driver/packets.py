@@ -127,8 +127,15 @@ class PacketQueue:
         self.stream_id = NONE
         self.link = link
         self.packets = []
+        self.is_closed = False
+
+    def close(self):
+        self.is_closed = True
+        self.clear()
 
     def add(self, packet, skip_waiting=False):
+        if self.is_closed:
+            return
         self.packets.append(packet)
         self.flush(skip_waiting)
 

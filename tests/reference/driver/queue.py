@@ -20,6 +20,7 @@ class AudioQueue(
         self.link = link
         self.queue_id = queue_id
         self.packets = PacketQueue(link)
+        self.is_closed = False
         self.init_songs()
         self.init_navigation()
         self.init_playback()
@@ -28,9 +29,11 @@ class AudioQueue(
         link.add_ref()
 
     def close(self):
-        """Its end, told to whoever registered."""
+        """Its end, told to whoever registered. Whatever is still under way in it sends nothing more."""
         self.change_queue_state(STOP)
         self.notify_queue_deletion()
+        self.is_closed = True
+        self.packets.close()
         for client in self.rooms.values():
             client.close()
         self.rooms = {}

@@ -53,6 +53,8 @@ class QueueDocuments:
         return info
 
     def update_info_variable(self):
+        if self.is_closed:
+            return
         self.core.set_variable(1007, self.get_info().to_text())
         self.core.set_variable(1005, self.get_info_132().to_text())
 

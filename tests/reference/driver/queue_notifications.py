@@ -18,7 +18,7 @@ class QueueNotifications:
 
     def new_event(self, name):
         """None when nobody is registered, or when the core cannot make it."""
-        if self.notification_device == 0:
+        if self.notification_device == 0 or self.is_closed:
             return None
         event = self.core.create_message(name)
         if event is not None:
@@ -74,6 +74,8 @@ class QueueNotifications:
         return True
 
     def update_room_media_variable(self, media, track, force):
+        if self.is_closed:
+            return
         info = self.media_info(media, track).to_text()
         message = self.core.create_message("UPDATE_MEDIA_INFO")
         if message is not None:

@@ -35,7 +35,7 @@ class QueuePlayback:
         old, old_time = self.state, self.state_time
         self.state = new
         self.state_time = self.core.time()
-        if self.notification_device == 0:
+        if self.notification_device == 0 or self.is_closed:
             return
         message = self.core.create_message("QUEUE_STATE_CHANGED")
         if message is None:
@@ -123,6 +123,8 @@ class QueuePlayback:
 
     def add_song_to_stream(self, media):
         self.can_pause = True
+        if self.is_closed:
+            return
         packet = packets.create_add_media(self.core, media, self.is_radio)
         if packet is not None:
             if self.packets.remove_added_media():
@@ -170,7 +172,7 @@ class QueuePlayback:
 
     def handle_room_command(self, name, room_text):
         """Whether the registered device deals with a room's command itself."""
-        if self.notification_device == 0:
+        if self.notification_device == 0 or self.is_closed:
             return False
         message = self.core.create_message(name)
         if message is None:

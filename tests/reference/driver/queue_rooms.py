@@ -34,7 +34,8 @@ class QueueRooms:
         client = self.rooms[room]
         if not self.is_same_client_in_queue(room) and client.ip != "":
             self.packets.add(packets.remove_client(client.ip, client.port))
-        self.rooms.pop(room).close()
+        if room in self.rooms:  # not taken out inside the call
+            self.rooms.pop(room).close()
         if self.rooms and room == self.owner:
             self.owner = min(self.rooms)
 

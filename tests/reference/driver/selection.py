@@ -37,6 +37,8 @@ class Selection:
                 kind = "QUEUE"
             self.route(wish, kind, binding, result)
         self.confirm(wish, kind)
+        if result.handled and self.queue_from_id(result.queue) is None:
+            result.handled = False
 
     def route(self, wish, kind, binding, result):
         if wish.ip == "" or wish.room == 0 or wish.port == 0:
@@ -52,9 +54,11 @@ class Selection:
         if wish.input != "" and not server.allow_multiple_inputs:
             self.deselect_if_different_input(server, wish.room, wish.input)
         queue, input_name = self.choose_queue(wish, kind, server, in_use)
-        if queue is None:
+        if queue is None or queue.is_closed:
             return
         self.attach(wish, queue)
+        if queue.is_closed:
+            return
         self.pass_on_analog_source(wish, queue)
         if wish.queue == 0:
             self.fill_record(result, queue, unrequested=True)

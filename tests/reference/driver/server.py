@@ -199,6 +199,8 @@ class AudioServer:
         played = False
         if not queue.is_radio:
             played = queue.play_next_song(True, True)
+            if queue.is_closed:
+                return True
         if played:
             self.driver.interrupt_clear_timer(queue)
         elif self.clear_playlist:
