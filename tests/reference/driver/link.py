@@ -17,6 +17,7 @@ class Link:
         self.lines = []
         self.timer = 0  # of the line that is outstanding
         self.is_outstanding = False
+        self.is_sending = False
 
     def add_ref(self):
         self.references += 1
@@ -38,16 +39,18 @@ class Link:
 
     def send_to_server(self):
         """A line counts as outstanding before it is handed over: its answer may come inside the call."""
-        if self.is_outstanding or not self.lines:
+        if self.is_sending:
             return
-        line = self.lines.pop(0)
-        self.is_outstanding = True
-        self.timer = 0
-        self.core.send_bind_message(self.binding, line)
-        if self.is_outstanding and self.timer == 0:
-            self.timer = self.core.start_timer(ACKNOWLEDGEMENT_MS, 1, self)
-            if self.timer == 0:
-                self.is_outstanding = False  # no timer: nothing would ever end the wait
+        while self.lines and not self.is_outstanding:
+            self.is_sending = True
+            self.is_outstanding = True
+            self.timer = 0
+            self.core.send_bind_message(self.binding, self.lines.pop(0))
+            if self.is_outstanding:
+                self.timer = self.core.start_timer(ACKNOWLEDGEMENT_MS, 1, self)
+                if self.timer == 0:
+                    self.is_outstanding = False  # no timer: nothing would ever end the wait
+            self.is_sending = False
 
     def kill_ack_timer(self):
         if not self.is_outstanding:
