@@ -103,10 +103,9 @@ class Registry:
     def remove_server(self, binding):
         if binding not in self.servers:
             return
-        server = self.servers[binding]
+        server = self.servers.pop(binding)
         if server.close():
             self.left_links.append(server.link)
-        del self.servers[binding]
 
     # Finding servers and queues.
 

@@ -124,6 +124,7 @@ class Selection:
             if present is not None and present is not queue:
                 if not present.waiting_for_add_response and present.stream_id != NONE:
                     self.remove_room(wish.room, server, present)
+                    queue = server.queue_by_id(wish.queue)
         if queue is None:
             queue = server.queue_by_room(wish.room)
         input_name = wish.input

@@ -53,11 +53,10 @@ class AudioServer:
     def remove_audio_queue(self, queue_id):
         if queue_id not in self.queues:
             return
-        queue = self.queues[queue_id]
+        queue = self.queues.pop(queue_id)
         if queue.rooms:
             self.core.assert_write(SERVER_SOURCE, 368)
         queue.close()
-        del self.queues[queue_id]
 
     def queue_by_id(self, queue_id):
         return self.queues.get(queue_id)
@@ -187,7 +186,8 @@ class AudioServer:
         if message is None:
             return
         for room in sorted(queue.rooms):
-            self.core.send_message(room, message)
+            if room in queue.rooms:  # not gone inside an earlier call
+                self.core.send_message(room, message)
 
     def on_end_of_media(self, packet):
         queue = self.queue_by_stream(packet.stream())
