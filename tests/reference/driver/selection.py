@@ -192,7 +192,9 @@ class Selection:
             queue.play_next_song(True, False)
 
     def lose_room(self, room, queue):
-        self.remove_room(room, self.server_of_queue(queue.queue_id), queue)
+        server = self.server_of_queue(queue.queue_id)
+        if server is not None:  # else it went inside a call
+            self.remove_room(room, server, queue)
 
     def play_queue(self, wish, server, queue, input_name, result):
         if input_name != "":
