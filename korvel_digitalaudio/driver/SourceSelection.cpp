@@ -58,8 +58,9 @@ void SourceSelection::JoinAnnouncement() {
             ->AddClientToAnnouncement(m_room, m_location.endpointAddress, m_location.endpointPort);
 }
 
-// Library media plays on this controller's own server, if there is one; a local input plays where it is, in a
-// queue of its own.
+// Library media plays on this controller's own server; a local input plays where it is, in a queue of its own.
+// Before the own server has come online the binding is 0 for library media that named another one: no server
+// has it, so that the selection is confirmed and nothing else, and nobody has to be told why.
 bool SourceSelection::FindBinding() {
     const std::uint32_t active = m_driver.m_activeServerBinding;
     m_binding = m_input.bindingId;
