@@ -162,6 +162,19 @@ TEST_F(QueuePlayback, StoppingRewindsToTheFirstSong) {
     EXPECT_EQ(queue->GetNextSongIndex(), 0u);
 }
 
+// Not the first place of the order that plays.
+TEST_F(QueuePlayback, StoppingPinsTheFirstItemWhereTheShuffledOrderHasIt) {
+    GiveStream();
+    queue->SetIsInternetRadio(true);
+    for (const std::uint32_t station : {1u, 2u, 3u})
+        queue->AddSong(Radio(station), false, false);
+    Random("0 0"); // 2 1 3, then 3 1 2
+    queue->SetShuffle(true);
+    queue->SetQueueState(PLAY);
+    queue->SetQueueState(STOP);
+    EXPECT_EQ(queue->GetNextSongIndex(), 1u);
+}
+
 TEST_F(QueuePlayback, EndingClearsTheSecondaryInfoAndDescribesTheCurrentMediaOnce) {
     GiveStream();
     queue->SetIsInternetRadio(true);

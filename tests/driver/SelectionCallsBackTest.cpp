@@ -108,6 +108,18 @@ TEST_F(SelectionCallsBack, TheQueueMayGoWhileTheRoomTakesItsDevice) {
     EXPECT_FALSE(HasStart(lines, "< selected"));
 }
 
+TEST_F(SelectionCallsBack, TheRoomIsInTheQueueWhenItTakesTheDevice) {
+    Analog room;
+    m_core.OfferToDevice<IAnalogSource>(8, room);
+    m_core.Run(Input("7", "line", "source=600"));
+    room.onCall = [&] { m_core.Session().Execute("test InSession ROOM_ID=8"); };
+    const Lines lines =
+        m_core.Run("select 8 queue=10000 kind=QUEUE source=700 ip=10.0.0.8 port=6200 channel=1");
+    EXPECT_EQ(room.taken, 1);
+    EXPECT_TRUE(Has(lines, "< result true"));
+    EXPECT_FALSE(Has(lines, "< result false"));
+}
+
 TEST_F(SelectionCallsBack, AnInputIsNotInUseWhenItsQueueWentMeanwhile) {
     Analog room;
     m_core.OfferToDevice<IAnalogSource>(7, room);
@@ -141,6 +153,25 @@ TEST_F(SelectionCallsBack, TheRecordNamesNoQueueThatWentWithTheConfirmation) {
     const Lines again =
         m_core.Run("select 7 queue=10001 kind=QUEUE ip=10.0.0.7 port=6200 channel=1 target=7");
     EXPECT_TRUE(HasStart(again, "< selected queue=10001"));
+}
+
+// Another one than the server that the selection is for.
+TEST_F(SelectionCallsBack, TheLastRoomTakesTheQueueWithItOnTheServerThatHasIt) {
+    m_core.Run(Input("7", "far", "binding=3001"));
+    Run("select 9 queue=10000 kind=SONGS ip=10.0.0.7 port=6200 channel=1 target=9", "FireEvent 1", "off 7");
+    EXPECT_EQ(m_core.Run("command GET_QUEUE_STATUS"), Lines{"< return <queues></queues>"});
+}
+
+TEST_F(SelectionCallsBack, ARecordIsShownThoughTheRestFailed) {
+    AddSong();
+    m_core.SetHook([](const ServiceCall& call) {
+        if (call.name == "SendBindMessage")
+            throw std::runtime_error("no binding");
+    });
+    const Lines lines = m_core.Run(kSelect);
+    EXPECT_TRUE(HasStart(lines, "< log 3 Exception in OnAVSelected"));
+    EXPECT_TRUE(HasStart(lines, "< selected queue=10000"));
+    EXPECT_FALSE(HasStart(lines, "< message 7 MEDIA_SELECTED"));
 }
 
 // The name of a queue's room is asked for while its status is put together.
