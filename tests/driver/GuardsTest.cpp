@@ -49,6 +49,33 @@ TEST(Guards, TheUndisturbedSessionHasNoFault) {
     EXPECT_EQ(Only(lines, "< fault"), std::vector<std::string>{});
 }
 
+// What the core and the driver say in the session without the line `left`, timers that expire included.
+std::vector<std::string> PlayWithout(std::size_t left) {
+    const auto session = LongSession();
+    TestCore core;
+    std::vector<std::string> all;
+    for (std::size_t i = 0; i < session.size(); ++i) {
+        if (i == left)
+            continue;
+        const auto lines = core.Run(session[i]);
+        all.insert(all.end(), lines.begin(), lines.end());
+    }
+    return all;
+}
+
+// A line that does nothing would disturb nothing, and no other test would tell.
+TEST(Guards, EveryLineOfTheSessionMatters) {
+    const auto session = LongSession();
+    const auto whole = PlayWithout(session.size());
+    for (std::size_t i = 0; i < session.size(); ++i) {
+        if (session[i].starts_with("start"))
+            continue; // nothing goes without it
+        if (session[i] == "create")
+            continue; // gives the driver that runs, and changes nothing
+        EXPECT_TRUE(PlayWithout(i) != whole) << session[i];
+    }
+}
+
 TEST(Guards, AServiceThatFailsOnceStopsNothingButTheEntry) {
     std::set<std::string> entries;
     for (const Place& place : AllPlaces()) {
