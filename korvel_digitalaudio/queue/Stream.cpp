@@ -1,10 +1,7 @@
 #include <algorithm>
 
 #include "queue/AudioQueue.h"
-
-namespace {
-constexpr const char* kCannotPause = "NO-PAUSE";
-} // namespace
+#include "server/link/Protocol.h"
 
 void AudioQueue::CreateStream() {
     m_waitingForAddResponse = true;
@@ -30,7 +27,7 @@ void AudioQueue::UpdateCaps(const std::string& caps) {
     std::size_t start = 0;
     while (start <= caps.size()) {
         const std::size_t end = std::min(caps.find(',', start), caps.size());
-        if (caps.compare(start, end - start, kCannotPause) == 0)
+        if (caps.compare(start, end - start, protocol::kNoPause) == 0)
             m_canPause = false;
         start = end + 1;
     }

@@ -157,19 +157,19 @@ void AudioServer::OnStreamCreated(std::uint32_t streamId, bool& changed) {
 void AudioServer::OnStreamReport(const ASPacket& packet) {
     AudioQueue* queue = GetAudioQueueFromStream(packet.GetStreamULONG());
     std::string text = packet.GetResultData();
-    if (TakePrefix(text, "streamInfo:")) {
+    if (TakePrefix(text, protocol::kStreamInfo)) {
         if (!queue)
             return;
         queue->UpdateCurrentSongMetaData(text);
         queue->UpdateRoomMediaVariable(queue->GetCurrentMedia(), nullptr, false);
-    } else if (TakePrefix(text, "streamStatus:")) {
+    } else if (TakePrefix(text, protocol::kStreamStatus)) {
         if (queue)
             queue->UpdateStreamStatus(text);
-    } else if (TakePrefix(text, "streamCaps:")) {
+    } else if (TakePrefix(text, protocol::kStreamCaps)) {
         if (queue)
             queue->UpdateCaps(text);
     } else {
-        TakePrefix(text, "ERROR:");
+        TakePrefix(text, protocol::kStreamError);
         SendErrorToUI("Stream Error: " + text);
     }
 }

@@ -26,6 +26,13 @@ inline constexpr const char* kBad = "BAD";
 inline constexpr const char* kEndOfMedia = "EOM";
 inline constexpr const char* kStreamReport = "STREAM";
 
+// What the text of a stream's report begins with.
+inline constexpr const char* kStreamInfo = "streamInfo:";
+inline constexpr const char* kStreamStatus = "streamStatus:";
+inline constexpr const char* kStreamCaps = "streamCaps:";
+inline constexpr const char* kStreamError = "ERROR:";
+inline constexpr const char* kNoPause = "NO-PAUSE"; // among the capabilities: the stream cannot be paused
+
 inline constexpr const char* kEvent = "*"; // stands in place of the number of an unsolicited line
 inline constexpr const char* kLineEnd = "\r\n";
 
