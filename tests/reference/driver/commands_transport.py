@@ -15,7 +15,7 @@ class TransportCommands:
         if room_text == "":
             return
         queue = self.queue_from_room(to_ulong(room_text))
-        if queue is None or queue.handle_room_command(name, room_text):
+        if queue is None or queue.handle_room_command(name, room_text) or queue.is_closed:
             return
         if action(queue) is not False:
             self.update_queue_status_variable()

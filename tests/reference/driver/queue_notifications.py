@@ -83,7 +83,8 @@ class QueueNotifications:
             if force:
                 message.add("FORCE", "BOOLEAN", "true")
             for room in sorted(self.rooms):
-                self.core.send_message(room, message)
+                if room in self.rooms:  # not gone inside an earlier call
+                    self.core.send_message(room, message)
         self.notify_media_changed(info)
 
     def media_info(self, media, track):

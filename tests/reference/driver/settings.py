@@ -95,9 +95,9 @@ class Settings:
 
     def interrupt_clear_timer(self, queue):
         for timer_id in sorted(self.clear_timers):
-            if self.clear_timers[timer_id] is queue:
-                self.core.kill_timer(timer_id)
+            if self.clear_timers.get(timer_id) is queue:  # not interrupted inside an earlier call
                 del self.clear_timers[timer_id]
+                self.core.kill_timer(timer_id)
 
     def timer_expired(self, timer_id):
         queue = self.clear_timers.get(timer_id)
