@@ -94,10 +94,10 @@ class Settings:
         self.clear_timers.setdefault(self.core.add_timer(interval, ONCE), queue)
 
     def interrupt_clear_timer(self, queue):
-        for timer_id in sorted(self.clear_timers):
-            if self.clear_timers.get(timer_id) is queue:  # not interrupted inside an earlier call
-                del self.clear_timers[timer_id]
-                self.core.kill_timer(timer_id)
+        ended = [timer_id for timer_id in sorted(self.clear_timers) if self.clear_timers[timer_id] is queue]
+        for timer_id in ended:
+            self.clear_timers.pop(timer_id, None)  # a call inside an earlier one may have interrupted it as well
+            self.core.kill_timer(timer_id)
 
     def timer_expired(self, timer_id):
         queue = self.clear_timers.get(timer_id)

@@ -15,19 +15,18 @@ LENGTHS = (60, 150, 300, 300, 500)
 class Drawn:
     """A session's inputs, and the block of lines that each gave."""
 
-    def __init__(self, seed, number, inside):
+    def __init__(self, seed, number):
         self.dice = random.Random(f"{seed}:{number}")
         self.inputs = []
         self.blocks = []
         self._session = Session()
         self._knowledge = Knowledge()
         self._runs = False
-        self._inside = inside
 
     def draw(self):
         house = House(self.dice)
         values = Values(self.dice, house, self._knowledge)
-        inputs = Inputs(values, lambda: self._runs and self._session.world.has_rhapsody_client, self._inside)
+        inputs = Inputs(values, lambda: self._runs and self._session.world.has_rhapsody_client)
         length = self.dice.choice(LENGTHS)
         self._play(house.declare(self.dice, self._knowledge))
         while len(self.inputs) < length:

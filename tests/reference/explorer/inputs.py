@@ -43,6 +43,8 @@ OUTPUTS = (
     "room-service",
     "selected",
 )
+# Of them, those that only a driver gives whose client of the streaming service is there.
+SERVICE_OUTPUTS = ("rhapsody", "rhapsody", "rhapsody", "send", "message", "event")
 PERSISTED = (
     "<korvel_digital_audio></korvel_digital_audio>",
     "<x/>",
@@ -62,17 +64,15 @@ def weighted(dice, table):
 
 
 class Inputs:
-    """`may_answer_service` says whether the streaming service has a client to answer to, `inside` whether the core calls
-    back inside the driver's calls."""
+    """`may_answer_service` says whether the streaming service has a client to answer to."""
 
-    def __init__(self, values, may_answer_service, inside):
+    def __init__(self, values, may_answer_service):
         self.values = values
         self.dice = values.dice
         self.house = values.house
         self.knowledge = values.knowledge
         self.wire = Wire(values)
         self._may_answer_service = may_answer_service
-        self._inside = inside
         # A session does more of this and less of that.
         self._table = [(draw, weight * self.dice.choice((0.2, 1, 1, 1, 3))) for draw, weight in self._kinds()]
         self._commands = [(name, weight * self.dice.choice((0.2, 1, 1, 3)), draw) for name, weight, draw in COMMANDS]
@@ -99,7 +99,7 @@ class Inputs:
             (self.location, 0.4),
             (self.use_many_playlists, 0.3),
             (self.come_to_rest, 0.5),
-            (self.call_inside, self.dice.choice((0, 0, 0, 4)) if self._inside else 0),
+            (self.call_inside, self.dice.choice((0, 0, 4))),
         )
 
     def draw(self):
@@ -278,7 +278,12 @@ class Inputs:
 
     def call_inside(self):
         """The core calls back inside one of the driver's next calls."""
-        draw = self.values.pick(self.command, self.command, self.leave, self.select, self.fulfil_wish, self.wire.event)
+        draws = (self.command, self.leave, self.select, self.fulfil_wish, self.wire.event, self.wire.answer)
+        if self.values.chance(0.1):
+            draws = (self.announce, self.request, self.binding, self.persist, self.change_world)
+        elif self.values.chance(0.1):
+            return [words("inside", self.dice.choice(SERVICE_OUTPUTS)) + " " + line for line in self.service()[:1]]
+        draw = self.dice.choice(draws)
         return [words("inside", self.dice.choice(OUTPUTS)) + " " + line for line in draw()[:1]]
 
     def use_many_playlists(self):
