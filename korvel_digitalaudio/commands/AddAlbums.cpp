@@ -26,8 +26,8 @@ void korvel_digitalaudio::OnAddAlbumMp3(const ICmdMessage& message, ICmdReturn* 
         return;
     bool playNext = flags::Read(message, "PLAY_NEXT", false);
     const auto queue = OpenQueueForMedia(message.GetNumber("ROOM_ID"), [&](AudioQueue& opened) {
-        if (commands::PlaysOneStream(
-                opened)) { // emptied before the room joins, unlike for the other commands
+        // Emptied before the room joins, unlike for the other commands.
+        if (commands::PlaysOneStream(opened)) {
             opened.ClearSongs();
             playNext = true;
         }
@@ -88,7 +88,7 @@ std::vector<AudioMedia> korvel_digitalaudio::SongsOfArtistOrGenre(const ICmdMess
         LogDebugMessage("OnQueueAll", ": Very strange - the 'genre' parameter is present, but it is empty.");
     const std::vector<std::uint32_t> devices = GetMp3Devices(roomId);
     if (!hasArtist && !hasGenre) {
-        LogMessage(log_levels::kConfiguration, "Unable to add. Must have a valid artist and/or genre.");
+        LogMessage(log_levels::kOutside, "Unable to add. Must have a valid artist and/or genre.");
         return {};
     }
     IMediaManager* mediaManager = GetMediaManager();
@@ -119,7 +119,8 @@ AudioQueue* korvel_digitalaudio::QueueSongVector(std::uint32_t roomId, const std
     if (startsNow) {
         if (!queue->IsShuffleSet())
             queue->SetNextSong(AudioMedia::CreateTypeDigital(songs.front().mediaId));
-        if (queue.IsNew()) // the other commands start only a queue that was there before; this one a new one
+        // The other commands start only a queue that was there before; this one a new one.
+        if (queue.IsNew())
             queue->PlayNextSong(true, false);
     }
     if (playNext)

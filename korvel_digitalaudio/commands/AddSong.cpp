@@ -15,8 +15,8 @@ void korvel_digitalaudio::OnAddSong(const ICmdMessage& message, ICmdReturn* ret)
     commands::EnterModeOf(item.media, *queue, flags);
 
     queue->AddSong(item.media, false, flags.playNext);
-    InterruptClearTimer(
-        queue.Get()); // only now: no other command lets the timer run until the media is there
+    // Only now: no other command lets the timer run until the media is there.
+    InterruptClearTimer(queue.Get());
     if (flags.playNow && queue->GetQueueState() != PLAY)
         commands::GoToItem(queue, item.media);
     if (flags.playNext)

@@ -14,8 +14,8 @@ namespace commands {
 // and the service's channel.
 enum class Sources { kSongs, kSongsAndChannels };
 
-// An item as it was named. One of a source that the command does not know has that type and no id; what becomes
-// of it is up to the command.
+// An item as it was named. One of a source that the command does not know has that type and no id; what
+// becomes of it is up to the command.
 struct NamedItem {
     AudioMedia media;
     bool known = false;

@@ -44,8 +44,7 @@ void korvel_digitalaudio::ClearRestingQueue(AudioQueue& queue) {
     if (state == PLAY || state == PAUSE) {
         LogMessage(log_levels::kLink,
                    "Clear timer fired but queue is in play or pause state - should be at STOP or END state.  "
-                   "Probable "
-                   "cause is media added and timer not cleared!");
+                   "Probable cause is media added and timer not cleared!");
         return;
     }
     if (KernelX::GetSystemType() != kSystemTypeKeepsQueues)

@@ -1,4 +1,5 @@
 // The entries from the core, each inside the guard; those of commands are in Commands.cpp.
+#include "basics/LogLevels.h"
 #include "driver/SourceSelection.h"
 #include "driver/korvel_digitalaudio.h"
 
@@ -77,8 +78,9 @@ void korvel_digitalaudio::OnTimerExpired(std::uint32_t timerId, std::int32_t) {
 }
 
 void korvel_digitalaudio::RC_ErrorHandler(RC_Error code) {
-    Enter("RC_ErrorHandler",
-          [&] { LogXMessage(7, "Error " + std::to_string(code) + " from rhapsody call"); });
+    Enter("RC_ErrorHandler", [&] {
+        LogXMessage(log_levels::kOutside, "Error " + std::to_string(code) + " from rhapsody call");
+    });
 }
 
 void korvel_digitalaudio::RC_Completed(std::vector<DataPlaylistLite>& playlists) {

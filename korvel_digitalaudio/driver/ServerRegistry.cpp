@@ -99,11 +99,10 @@ std::int32_t korvel_digitalaudio::AudioServer_CreateQueue(std::uint32_t roomId, 
     const bool onActive = server && server->GetBindingId() == activeBinding;
     if (server) {
         *queue = server->GetAudioQueueFromRoom(roomId);
-        if (onActive && *queue && (*queue)->GetInputFile().empty())
+        if (onActive && (*queue)->GetInputFile().empty())
             return 0;
         // Media cannot be added to a queue that plays a local input, nor to one on another server.
-        if (*queue)
-            RoomClient_Remove(roomId, server, queue);
+        RoomClient_Remove(roomId, server, queue);
     }
     // Looked up again: what was sent while the room left may have ended the server.
     server = onActive ? GetServer(activeBinding) : AudioServer_Create(m_activeServerBinding, false);

@@ -42,7 +42,7 @@ void SourceSelection::Run() {
     }
     if (m_location.locationKind != "GENERIC_MEDIA") {
         if (!FindBinding()) {
-            m_driver.LogMessage(log_levels::kConfiguration, "Default binding for audio server is invalid");
+            m_driver.LogMessage(log_levels::kOutside, "Default binding for audio server is invalid");
             return;
         }
         if (SelectQueue())
@@ -58,9 +58,9 @@ void SourceSelection::JoinAnnouncement() {
             ->AddClientToAnnouncement(m_room, m_location.endpointAddress, m_location.endpointPort);
 }
 
-// Library media plays on this controller's own server; a local input plays where it is, in a queue of its own.
-// Before the own server has come online the binding is 0 for library media that named another one: no server
-// has it, so that the selection is confirmed and nothing else, and nobody has to be told why.
+// Library media plays on this controller's own server; a local input plays where it is, in a queue of its
+// own. Before the own server has come online the binding is 0 for library media that named another one: no
+// server has it, so that the selection is confirmed and nothing else, and nobody has to be told why.
 bool SourceSelection::FindBinding() {
     const std::uint32_t active = m_driver.m_activeServerBinding;
     m_binding = m_input.bindingId;
@@ -126,8 +126,7 @@ void SourceSelection::LeaveOtherServer() {
     if (!current || current->GetBindingId() == m_binding)
         return;
     AudioQueue* queue = current->GetAudioQueueFromRoom(m_room);
-    if (queue)
-        m_driver.RoomClient_Remove(m_room, current, &queue);
+    m_driver.RoomClient_Remove(m_room, current, &queue);
 }
 
 // Decides whether the queue that already plays to the room's endpoint goes on doing so.

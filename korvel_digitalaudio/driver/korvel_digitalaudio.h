@@ -35,7 +35,8 @@ enum DigitalAudioPlayPref : std::int32_t {};
 // (queue/) -> ASPacketSendQueue -> ServerUtility (server/link/) -> the binding.
 //
 // Every entry from the core runs inside Enter(), which lets no exception out and, when the outermost entry
-// ends, frees the queues and servers that were removed meanwhile.
+// ends, frees the queues and servers that were removed meanwhile. The timer of a send link, which frees none,
+// has a guard of its own.
 class korvel_digitalaudio final : public KVBaseDriver,
                                   public AudioServerWatcher,
                                   public RhapsodyCallbackBase,

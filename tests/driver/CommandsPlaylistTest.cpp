@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "HookedServices.h"
+#include "Outputs.h"
 #include "platform/XmlHelper.h"
 
 namespace {
@@ -102,7 +103,7 @@ TEST(CommandsPlaylistWithoutADatabase, LoadingStillShowsTheHistory) {
     core.Instances().Offer<IDriverHost>(none);
     core.Run({"start", "online 3000 127.0.0.1"});
     const auto lines = core.Run("command ADD_PLAYLIST ROOM_ID=7 MEDIA_ID=5");
-    EXPECT_TRUE(Has(lines, "< set 1002 <histories></histories>"));
+    EXPECT_TRUE(Has(lines, outputs::Set(variables::kRoomHistory, "<histories></histories>")));
     EXPECT_TRUE(Has(lines, "< return <queueid>10000</queueid>"));
     EXPECT_EQ(core.Run("command GET_ROOM_HISTORY ROOM_ID=7"),
               Asked{R"(< return <history>\n <room>7</room>\n</history>\n)"});

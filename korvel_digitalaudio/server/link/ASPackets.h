@@ -1,5 +1,5 @@
-// The commands that the driver gives an audio server, each of which knows its own text, and the queue in which those of
-// a stream wait for it.
+// The commands that the driver gives an audio server, each of which knows its own text, and the queue in which
+// those of a stream wait for it.
 #pragma once
 
 #include <cstddef>
