@@ -54,9 +54,17 @@ void Core::StartDriver() {
     const auto settings = KVXML::CreateXmlNode("config");
     const auto persist = m_stateFile.Load();
     const std::int32_t result = m_driver.Initialize(kDriverDeviceId, *settings, persist.get());
-    if (result < 0)
+    if (result < 0) {
+        EndDriver();
         throw PluginError("the driver of " + m_config.plugin + " cannot run: its initialisation returned " +
                           std::to_string(result));
+    }
+}
+
+void Core::EndDriver() {
+    m_driver.Enter("its end", [this] { m_plugin.reset(); });
+    m_driver.Detach();
+    m_timers.CancelAll();
 }
 
 Core::~Core() {
@@ -90,9 +98,7 @@ void Core::Stop() {
     m_library.CancelScan();
     m_state.SaveNow();
     m_bindings.Stop();
-    m_driver.Enter("its end", [this] { m_plugin.reset(); });
-    m_driver.Detach();
-    m_timers.CancelAll();
+    EndDriver();
 }
 
 nlohmann::json Core::Status() const {

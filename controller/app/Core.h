@@ -51,6 +51,7 @@ public:
 private:
     void OfferServices();
     void StartDriver();
+    void EndDriver();
 
     const Config m_config;
     const Log& m_log;
