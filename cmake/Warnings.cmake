@@ -8,14 +8,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 
 # Sanitizers must be the same in the plug-in and in every program that loads it.
-if(KORVEL_SANITIZE)
+if(KORVEL_SANITIZE OR KORVEL_FUZZ)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
-endif()
-
-# What the fuzzer learns from is in the code that it attacks.
-if(KORVEL_FUZZ)
-    set(KORVEL_FUZZ_FLAGS -fsanitize=address,undefined,fuzzer-no-link)
-    add_compile_options(${KORVEL_FUZZ_FLAGS} -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
-    add_link_options(${KORVEL_FUZZ_FLAGS})
 endif()

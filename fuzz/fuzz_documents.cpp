@@ -1,8 +1,12 @@
 // Documents from outside: the media of commands, the persisted element, and the reader and printer of trees.
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
 
-#include "FuzzCore.h"
+#include "TestCore.h"
+#include "platform/CmdMessage.h"
+#include "platform/Xml.h"
+#include "replay/Words.h"
 
 namespace {
 
@@ -11,31 +15,29 @@ void CheckPrinter(const kv::auto_com<KVXML::IDocument>& document) {
     const auto reprint = [](const std::string& text) {
         const auto again = KVXML::CreateXmlDocument(text);
         if (!again) {
-            std::cerr << "cannot be read back: " << text << std::endl;
+            std::cerr << "broken rule: cannot be read back: " << text << std::endl;
             std::abort();
         }
         return again->GetRoot()->ToText();
     };
     const std::string once = reprint(document->GetRoot()->ToText());
     if (reprint(once) != once) {
-        std::cerr << "reads back as another: " << once << std::endl;
+        std::cerr << "broken rule: reads back as another: " << once << std::endl;
         std::abort();
     }
 }
 
-void RunCommands(fuzz::FuzzCore& core, const std::string& media) {
-    core.Bound(3000, "SERVER_ONLINE", "127.0.0.1");
-    core.Command("ADD_SONG_LIST", {{"ROOM_ID", "INT", "7"}, {"MEDIA", "STRING", media}});
-    core.Select(7, 10000, "QUEUE");
-    core.Bound(3000, "DATA_RECEIVED", "1 addstr stream=1\r\n");
-    core.Command("EDIT_QUEUE", {{"ROOM_ID", "INT", "7"}, {"MEDIA", "STRING", media}});
-    core.Command("ADD_ALBUM_LIST", {{"ROOM_ID", "INT", "8"}, {"MEDIA", "STRING", media}});
-    core.Command("SHUFFLE", {{"ROOM_ID", "INT", "7"}, {"SHUFFLE", "INT", "1"}});
-    core.Command("ADD_SONG_LIST",
-                 {{"ROOM_ID", "INT", "7"}, {"MEDIA", "STRING", media}, {"PLAY_NEXT", "INT", "1"}});
-    core.Command("EDIT_QUEUE", {{"ROOM_ID", "INT", "7"}, {"MEDIA", "STRING", media}});
-    core.Command("SKIP_FWD", {{"ROOM_ID", "INT", "7"}});
-    core.Command("GET_QUEUE_STATUSV2", {});
+void RunCommands(TestCore& core, const std::string& document) {
+    const std::string media = " MEDIA=" + korvel::replay::FormatValue(document);
+    for (const std::string& line :
+         {std::string("online 3000 127.0.0.1"), "command ADD_SONG_LIST ROOM_ID=7" + media,
+          std::string("select 7 queue=10000 kind=QUEUE ip=10.0.0.7 port=6200"),
+          std::string(R"(data 3000 "1 addstr stream=1\r\n")"), "command EDIT_QUEUE ROOM_ID=7" + media,
+          "command ADD_ALBUM_LIST ROOM_ID=8" + media, std::string("command SHUFFLE ROOM_ID=7 SHUFFLE=1"),
+          "command ADD_SONG_LIST ROOM_ID=7 PLAY_NEXT=1" + media, "command EDIT_QUEUE ROOM_ID=7" + media,
+          std::string("command SKIP_FWD ROOM_ID=7"), std::string("command GET_QUEUE_STATUSV2"),
+          std::string("persist")})
+        core.Session().Execute(line);
 }
 
 } // namespace
@@ -47,12 +49,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         CheckPrinter(document);
         kv::CmdMessageFromXml(*document->GetRoot());
     }
-    FuzzedDataProvider noData(nullptr, 0);
-    fuzz::FuzzCore core(noData, {});
+    TestCore core;
+    for (const char* song :
+         {"song 1 location=/media/a.flac", "song 2 location=/media/b.flac", "album 4 songs=1,2"})
+        core.Session().Execute(song);
     const auto root = document ? document->GetRoot() : nullptr;
-    if (!core.Start(root.get()))
-        return 0;
+    core.Session().Start(root.get());
     RunCommands(core, text);
-    const auto persisted = core.Driver()->GetPersistState(0);
     return 0;
 }
