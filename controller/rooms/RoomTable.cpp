@@ -84,7 +84,8 @@ std::map<std::string, std::string> ParseMediaInfo(const std::string& xml) {
     for (std::size_t i = 0; root && i < root->GetChildCount(); ++i) {
         const KVXML::INode& child = root->GetChild(i);
         const bool encoded = child.GetName() == "img" || child.GetName() == "genre";
-        values[child.GetName()] = encoded ? DecodeBase64(child.GetText()) : child.GetText();
+        const std::string text(child.GetText());
+        values[std::string(child.GetName())] = encoded ? DecodeBase64(text) : text;
     }
     return values;
 }

@@ -53,7 +53,7 @@ std::vector<AudioMedia> korvel_digitalaudio::TakeSongList(const KVXML::INode& ro
         const KVXML::INode& element = root.GetChild(i);
         auto item = commands::ReadItem(element, commands::Sources::kSongsAndChannels);
         if (item.media.type == kPlaylistSource) {
-            RequestRhapsodyPlaylist(element.GetAttribute("ID"), roomId);
+            RequestRhapsodyPlaylist(std::string(element.GetAttribute("ID")), roomId);
         } else if (!item.known) {
             kv::AssertWrite(asserts::kDriverPath, asserts::kSongListSource, kv::StackTrace());
             continue;

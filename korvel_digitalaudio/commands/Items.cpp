@@ -4,7 +4,7 @@
 
 namespace commands {
 
-NamedItem ReadItem(std::int32_t source, const std::string& id, Sources sources) {
+NamedItem ReadItem(std::int32_t source, std::string_view id, Sources sources) {
     NamedItem item{.media = AudioMedia(), .known = true};
     item.media.type = source;
     if (source == MEDIA_DIGITAL)

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "platform/CmdMessage.h"
 #include "platform/Xml.h"
@@ -22,7 +22,7 @@ struct NamedItem {
 };
 
 // The item of that source (an AudioMediaType) and id.
-NamedItem ReadItem(std::int32_t source, const std::string& id, Sources sources);
+NamedItem ReadItem(std::int32_t source, std::string_view id, Sources sources);
 
 // The item that MEDIA_ID and SOURCE of a command name; without SOURCE it is a song.
 NamedItem ReadItem(const ICmdMessage& message, Sources sources);

@@ -310,6 +310,10 @@ private:
     kv::auto_com<KVXML::INode> OnGetQueueInfo(const ICmdMessage& message);
     kv::auto_com<KVXML::INode> GetQueueStatusVariable();
     kv::auto_com<KVXML::INode> GetQueueStatusVariable132();
+    using Assembly = kv::auto_com<KVXML::IAssembly>;
+    // Sets a variable to the text of an element that `fill` fills. The element is kept for the next time.
+    void PublishAssembly(std::uint32_t variable, const char* name, Assembly& kept,
+                         const std::function<void(KVXML::INode&)>& fill);
     void UpdateQueueStatusVariable();
 
     // status/RoomMap.cpp
@@ -334,6 +338,7 @@ private:
     RoomHistories m_roomHistories;
     std::map<std::uint32_t, bool> m_roomShuffle;
     std::map<std::uint32_t, bool> m_roomRepeat;
+    Assembly m_shownStatus, m_shownStatus132, m_shownRoomMap; // as they were published last
     std::unique_ptr<KVRhapsodyClient::RhapsodyClient> m_rhapsody;
     bool m_clearPlaylist = s_DefClearPlaylistFlag;
     std::uint16_t m_clearDelayMinutes = s_DefClearPlaylistDelayMinutes;

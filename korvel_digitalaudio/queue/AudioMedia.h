@@ -50,8 +50,14 @@ struct AudioMedia {
     // The metadata is left out: it changes while a stream plays, and the item must still be found in its
     // list.
     bool operator==(const AudioMedia& other) const {
-        return externalId == other.externalId && mediaId == other.mediaId && type == other.type &&
-               extra == other.extra;
+        return mediaId == other.mediaId && type == other.type && extra == other.extra &&
+               externalId == other.externalId;
+    }
+
+    // What documents show as the source: the type, which is a signed number as commands can bring in any. On
+    // an internet radio queue every item is a stream.
+    std::int32_t ShownSource(bool internetRadio) const {
+        return internetRadio ? std::int32_t{MEDIA_INTERNET_RADIO} : type;
     }
 };
 

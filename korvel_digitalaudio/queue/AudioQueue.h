@@ -14,6 +14,7 @@
 #include "platform/Xml.h"
 #include "platform/rhapsody/RhapsodyClient.h"
 #include "queue/AudioMedia.h"
+#include "queue/MediaList.h"
 #include "queue/Memo.h"
 #include "server/link/ASPackets.h"
 #include "server/link/RoomClient.h"
@@ -46,7 +47,7 @@ class RoomHistories;
 class AudioQueue {
 public:
     static constexpr std::uint32_t NO_SONG_INDEX = 4095;
-    using RoomClientMap = std::map<std::uint32_t, std::unique_ptr<RoomClient>>;
+    using RoomClientMap = std::map<std::uint32_t, std::unique_ptr<const RoomClient>>;
 
     // AudioQueue.cpp
 
@@ -89,10 +90,9 @@ public:
     void SetNextSong(const AudioMedia& item);
     // Makes the audio server drop what it plays; the list stays.
     void RemoveCurrentSong();
-    AudioMedia& GetCurrentMedia();
+    const AudioMedia& GetCurrentMedia() const;
     bool IsSongListEmpty() const { return m_songs->empty(); }
-    // Counts as a change of the list.
-    std::vector<AudioMedia>& GetSongList() { return m_songs.Change(); }
+    const std::vector<AudioMedia>& GetSongList() const { return *m_songs; }
     // A local input that the queue plays instead of songs; "" for none.
     std::string GetInputFile() const { return m_inputFile; }
     void SetInputFile(const std::string& path) { m_inputFile = path; }
@@ -169,7 +169,7 @@ public:
     bool IsSameClientInQueue(std::uint32_t roomId) const;
     bool ContainsRoom(std::uint32_t roomId) const { return m_rooms->count(roomId) != 0; }
     // Owned by the queue; null when the room is not in it.
-    RoomClient* GetRoomClient(std::uint32_t roomId) const;
+    const RoomClient* GetRoomClient(std::uint32_t roomId) const;
     const RoomClientMap& GetRoomClientMap() const { return *m_rooms; }
     // The rooms in ascending order.
     std::vector<std::uint32_t> GetRoomIds() const;
@@ -226,16 +226,16 @@ private:
         std::string artist, album, title, genre, imageUrl;
     };
 
-    // What the status elements show beside the queue's id.
+    // What the status elements show beside the queue's id: values, and the revisions of larger ones.
     struct Status {
         std::string name;
         QueueState state = STOP;
-        AudioMedia current = {}, next = {};
         bool internetRadio = false;
         std::uint32_t index = NO_SONG_INDEX;
-        std::uint32_t rooms = 0; // revision
+        std::uint32_t current = 0, songs = 0, shuffled = 0, rooms = 0; // revisions
+        const AudioMedia* next = nullptr;                              // in one of the lists
 
-        bool operator==(const Status& other) const;
+        bool operator==(const Status&) const = default;
     };
     struct Status132 {
         std::string name;
@@ -246,13 +246,22 @@ private:
 
         bool operator==(const Status132&) const = default;
     };
+    // What the place of the current media in the song list follows from: revisions.
+    struct Place {
+        bool current = false; // else of the empty item
+        std::uint32_t media = 0, songs = 0;
+
+        bool operator==(const Place&) const = default;
+    };
 
     bool IsSingleStream() const { return m_mode != Mode::kSongs; }
     // A channel queue keeps its one item until it is cleared.
     bool IsListLocked() const { return !m_songs->empty() && IsRhapsodyChannel(); }
-    const std::vector<AudioMedia>& ActiveList() const { return m_shuffle ? m_shuffled : *m_songs; }
+    const std::vector<AudioMedia>& ActiveList() const { return m_shuffle ? *m_shuffled : *m_songs; }
     // Throws std::out_of_range past the end.
     static const AudioMedia& ItemAt(const std::vector<AudioMedia>& list, std::uint32_t index);
+    // The item that PeekNextSong() copies, in its list; null for none.
+    const AudioMedia* FindNextSong();
     AudioMedia MoveTo(std::uint32_t index);
     void MoveToFront(std::size_t position);
     void StopAndRewind();
@@ -262,16 +271,20 @@ private:
     void ForgetMode(Mode mode);
     void AddPacket(std::unique_ptr<ASPacketBase> packet, bool skipWaiting = false);
     std::string OwnerName() const;
-    kv::auto_com<KVXML::INode> StatusRoot(const std::string& name, QueueState state) const;
-    std::uint32_t PublishedIndex(const AudioMedia& current);
-    void SetStatusMediaAttributes(KVXML::INode& element, const AudioMedia& media) const;
-    std::string PublishedSource(const AudioMedia& media) const;
+    template <class Content>
+    std::string PrintInfo(Content&& songs) const;
+    template <class Content>
+    std::string PrintStatus(const std::string& name, QueueState state, Content&& content) const;
+    void PrintRooms(KVXML::Printer& printer) const;
+    std::string InfoText() const;
+    std::string InfoTextVersion132() const;
+    std::uint32_t PublishedIndex(bool ofCurrent);
     kv::auto_com<ICmdMessage> CreateEvent(const char* name) const;
     void SendEvent(const ICmdMessage& message) const;
-    kv::auto_com<KVXML::INode> BuildMediaInfo(const AudioMedia& media, const DataTrackFull* track);
-    void DescribeDigital(KVXML::INode& info, const AudioMedia& media) const;
-    void DescribeRhapsody(KVXML::INode& info, const AudioMedia& media, const DataTrackFull* track);
-    void DescribeInternetRadio(KVXML::INode& info, const AudioMedia& media) const;
+    std::string PrintMediaInfo(const AudioMedia& media, const DataTrackFull* track);
+    void DescribeDigital(KVXML::Printer& info, const AudioMedia& media) const;
+    void DescribeRhapsody(KVXML::Printer& info, const AudioMedia& media, const DataTrackFull* track);
+    void DescribeInternetRadio(KVXML::Printer& info, const AudioMedia& media) const;
 
     IDriverHelperV2& m_driverHelper;
     IInstanceManager& m_instances;
@@ -285,11 +298,11 @@ private:
     IVariableService* m_variables;
     bool m_closed = false;
 
-    Revised<std::vector<AudioMedia>> m_songs;
-    std::vector<AudioMedia> m_shuffled;
+    MediaList m_songs;
+    Revised<std::vector<AudioMedia>> m_shuffled;
     std::uint32_t m_currentIndex = NO_SONG_INDEX;
     std::uint32_t m_nextIndex = NO_SONG_INDEX; // a one-shot pin: what the next move takes
-    AudioMedia m_currentMedia;
+    Revised<AudioMedia> m_currentMedia;
     std::string m_inputFile;
 
     bool m_shuffle = false;
@@ -321,6 +334,7 @@ private:
     using Element = kv::auto_com<KVXML::INode>;
     Memo<Status, Element> m_status;
     Memo<Status132, Element> m_status132;
-    Memo<const KVXML::INode*, Element> m_roomMap; // by the status in it, which it keeps alive
-    Memo<std::pair<std::uint32_t, AudioMedia>, std::uint32_t> m_position; // by list revision and media
+    Memo<Element, Element> m_roomMap;                             // by the status in it
+    Memo<std::pair<std::uint32_t, bool>, std::string> m_songText; // by the current media's revision and mode
+    Memo<Place, std::uint32_t> m_place;
 };

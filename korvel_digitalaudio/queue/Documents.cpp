@@ -1,206 +1,198 @@
 #include <algorithm>
 #include <stdexcept>
-#include <tuple>
 #include <utility>
 
 #include "basics/Asserts.h"
 #include "basics/Ids.h"
 #include "basics/Variables.h"
-#include "platform/XmlHelper.h"
 #include "queue/AudioQueue.h"
 
-using KVXML::INode;
-using NodePtr = kv::auto_com<INode>;
+using KVXML::Printer;
+using NodePtr = kv::auto_com<KVXML::INode>;
 
 namespace {
 
-std::uint32_t PositionIn(const std::vector<AudioMedia>& list, const AudioMedia& media) {
-    return static_cast<std::uint32_t>(std::find(list.begin(), list.end(), media) - list.begin());
+// A queue that has ended shows as stopped.
+void PrintState(Printer& printer, QueueState state) {
+    switch (state) {
+        case STOP:
+        case END:
+            printer.Value("state", "Stop");
+            break;
+        case PAUSE:
+            printer.Value("state", "Pause");
+            break;
+        case PLAY:
+            printer.Value("state", "Play");
+            break;
+    }
 }
 
-// The queue's id and owner, which the info documents begin with; the owner is a number here.
-NodePtr InfoRoot(std::uint32_t queueId, std::uint32_t owner) {
-    auto root = KVXML::CreateXmlNode("info");
-    XmlHelper::toXml(queueId, *root, "id");
-    XmlHelper::toXml(owner, *root, "name");
-    return root;
+void PrintStatusMedia(Printer& printer, const char* name, const AudioMedia& media, bool internetRadio) {
+    printer.Element(name, [&] {
+        switch (media.type) {
+            case MEDIA_RHAPSODY_CHANNEL:
+                printer.Attribute("id", media.metaData);
+                printer.Attribute("station_id", media.externalId);
+                break;
+            case MEDIA_INTERNET_RADIO:
+                printer.Attribute("id", media.metaData);
+                break;
+            case MEDIA_RHAPSODY_TRACK:
+                printer.Attribute("id", media.externalId);
+                break;
+            default:
+                printer.Attribute("id", media.mediaId);
+        }
+        printer.Attribute("source", media.ShownSource(internetRadio));
+    });
 }
 
 } // namespace
 
+void AudioQueue::PrintRooms(Printer& printer) const {
+    printer.Element("rooms", [&] {
+        for (const auto& room : *m_rooms)
+            printer.Value("id", room.first);
+    });
+}
+
 NodePtr AudioQueue::GetSessionData() const {
-    auto rooms = KVXML::CreateXmlNode("rooms");
-    for (const auto& room : *m_rooms)
-        XmlHelper::toXml(room.first, *rooms, "id");
-    return rooms;
+    Printer printer;
+    PrintRooms(printer);
+    return KVXML::CreatePrintedNode(printer.Take());
 }
 
-// A type code is a signed number, and commands can bring in any.
-std::string AudioQueue::PublishedSource(const AudioMedia& media) const {
-    return std::to_string(IsInternetRadio() ? std::int32_t{MEDIA_INTERNET_RADIO} : media.type);
+// The owner is a number here.
+template <class Content>
+std::string AudioQueue::PrintInfo(Content&& songs) const {
+    Printer printer;
+    printer.Element("info", [&] {
+        printer.Value("id", m_queueId);
+        printer.Value("name", m_owner);
+        printer.Element("songs", [&] { songs(printer); });
+    });
+    return printer.Take();
 }
 
-NodePtr AudioQueue::GetInfoVariable() const {
-    auto root = InfoRoot(m_queueId, m_owner);
-    auto songs = XmlHelper::AddChild(*root, "songs");
-    for (const AudioMedia& media : *m_songs) {
-        auto song = XmlHelper::AddChild(*songs, "song");
-        switch (media.type) {
-            case MEDIA_DIGITAL:
-                song->SetAttribute("id", media.mediaId);
-                break;
-            case MEDIA_RHAPSODY_TRACK:
-                song->SetAttribute("id", media.externalId);
-                break;
-            case MEDIA_RHAPSODY_CHANNEL:
-                song->SetAttribute("id", media.metaData);
-                song->SetAttribute("station_id", media.externalId);
-                break;
-            case MEDIA_RESERVED:
-            case MEDIA_INTERNET_RADIO:
-                break;
-            default:
-                kv::AssertWrite(asserts::kQueuePath, asserts::kInfoMediaType, kv::StackTrace());
-        }
-        song->SetAttribute("source", PublishedSource(media));
-    }
-    return root;
+std::string AudioQueue::InfoText() const {
+    for (std::size_t i = 0; i < m_songs.CountUnlisted(); ++i)
+        kv::AssertWrite(asserts::kQueuePath, asserts::kInfoMediaType, kv::StackTrace());
+    return PrintInfo([&](Printer& songs) { songs.Finished(m_songs.GetText(IsInternetRadio())); });
 }
 
 // Readers of this older document take the list from elsewhere: its "songs" stays empty.
+std::string AudioQueue::InfoTextVersion132() const {
+    for (std::size_t i = 0; i < m_songs.CountUnlisted(); ++i)
+        kv::AssertWrite(asserts::kQueuePath, asserts::kInfo132MediaType, kv::StackTrace());
+    return PrintInfo([](Printer&) {});
+}
+
+NodePtr AudioQueue::GetInfoVariable() const {
+    return KVXML::CreatePrintedNode(InfoText());
+}
+
 NodePtr AudioQueue::GetInfoVariableVersion132() const {
-    auto root = InfoRoot(m_queueId, m_owner);
-    XmlHelper::AddChild(*root, "songs");
-    for (const AudioMedia& media : *m_songs) {
-        if (media.type < MEDIA_DIGITAL || media.type > MEDIA_INTERNET_RADIO)
-            kv::AssertWrite(asserts::kQueuePath, asserts::kInfo132MediaType, kv::StackTrace());
-    }
-    return root;
+    return KVXML::CreatePrintedNode(InfoTextVersion132());
 }
 
 void AudioQueue::UpdateInfoVariable() {
     if (m_closed || !m_variables)
         return;
-    const auto publish = [&](std::uint32_t variable, const INode& document) {
-        m_variables->SetVariable(kDriverDeviceId, kDriverDeviceId, variable, document.ToText(), true);
+    const auto publish = [&](std::uint32_t variable, const std::string& document) {
+        m_variables->SetVariable(kDriverDeviceId, kDriverDeviceId, variable, document, true);
     };
-    publish(variables::kQueueInfoV2, *GetInfoVariable());
-    publish(variables::kQueueInfo, *GetInfoVariableVersion132());
+    publish(variables::kQueueInfoV2, InfoText());
+    publish(variables::kQueueInfo, InfoTextVersion132());
 }
 
 std::string AudioQueue::OwnerName() const {
     return m_messaging ? m_messaging->GetDeviceName(m_owner) : "";
 }
 
-// What both status documents begin with. A queue that has ended shows as stopped.
-NodePtr AudioQueue::StatusRoot(const std::string& name, QueueState state) const {
-    auto root = KVXML::CreateXmlNode("queue");
-    XmlHelper::toXml(m_queueId, *root, "id");
-    XmlHelper::toXml(name, *root, "name");
-    switch (state) {
-        case STOP:
-        case END:
-            XmlHelper::toXml("Stop", *root, "state");
-            break;
-        case PAUSE:
-            XmlHelper::toXml("Pause", *root, "state");
-            break;
-        case PLAY:
-            XmlHelper::toXml("Play", *root, "state");
-            break;
-    }
-    return root;
-}
-
-void AudioQueue::SetStatusMediaAttributes(INode& element, const AudioMedia& media) const {
-    switch (media.type) {
-        case MEDIA_RHAPSODY_CHANNEL:
-            element.SetAttribute("id", media.metaData);
-            element.SetAttribute("station_id", media.externalId);
-            break;
-        case MEDIA_INTERNET_RADIO:
-            element.SetAttribute("id", media.metaData);
-            break;
-        case MEDIA_RHAPSODY_TRACK:
-            element.SetAttribute("id", media.externalId);
-            break;
-        default:
-            element.SetAttribute("id", media.mediaId);
-    }
-    element.SetAttribute("source", PublishedSource(media));
-}
-
 // Counts in the order in which songs were added, also while shuffle is on.
-std::uint32_t AudioQueue::PublishedIndex(const AudioMedia& current) {
+std::uint32_t AudioQueue::PublishedIndex(bool ofCurrent) {
     if (!m_shuffle)
         return m_currentIndex;
-    return m_position.Get({m_songs.GetRevision(), current},
-                          [&](const auto&) { return PositionIn(*m_songs, current); });
+    return m_place.Get({ofCurrent, m_currentMedia.GetRevision(), m_songs.GetRevision()}, [&](const Place&) {
+        const AudioMedia media = ofCurrent ? *m_currentMedia : AudioMedia();
+        return static_cast<std::uint32_t>(std::find(m_songs->begin(), m_songs->end(), media) -
+                                          m_songs->begin());
+    });
 }
 
-bool AudioQueue::Status::operator==(const Status& other) const {
-    // The equality of media leaves the metadata out, which shows.
-    const auto values = [](const Status& status) {
-        return std::tie(status.name, status.state, status.current, status.current.metaData, status.next,
-                        status.next.metaData, status.internetRadio, status.index, status.rooms);
-    };
-    return values(*this) == values(other);
+template <class Content>
+std::string AudioQueue::PrintStatus(const std::string& name, QueueState state, Content&& content) const {
+    Printer printer;
+    printer.Element("queue", [&] {
+        printer.Value("id", m_queueId);
+        printer.Value("name", name);
+        PrintState(printer, state);
+        content(printer);
+        PrintRooms(printer);
+    });
+    return printer.Take();
 }
 
 NodePtr AudioQueue::GetStatusData() {
-    // In this order: looking what comes next may shuffle the list.
-    Status status{.name = OwnerName(), .state = m_state, .current = m_currentMedia};
+    // In this order: the question for the name may come back into the queue, and looking what comes next may
+    // shuffle the list and go on in it.
+    Status status{.name = OwnerName(), .state = m_state, .internetRadio = IsInternetRadio()};
+    status.current = m_currentMedia.GetRevision();
+    const std::string& song = m_songText.Get({status.current, status.internetRadio}, [&](const auto&) {
+        Printer printer;
+        PrintStatusMedia(printer, "song", *m_currentMedia, status.internetRadio);
+        return printer.Take();
+    });
     try {
-        status.next = PeekNextSong();
+        status.next = FindNextSong();
     } catch (const std::out_of_range&) {
         // A pin past the end of the list: there is no telling what comes next, and the other queues must
         // still show.
     }
-    status.internetRadio = IsInternetRadio();
-    status.index = PublishedIndex(m_currentIndex == NO_SONG_INDEX ? AudioMedia() : m_currentMedia);
+    status.index = PublishedIndex(m_currentIndex != NO_SONG_INDEX);
+    status.songs = m_songs.GetRevision();
+    status.shuffled = m_shuffled.GetRevision();
     status.rooms = m_rooms.GetRevision();
-    return m_status.Get(std::move(status), [&](const Status& shown) {
-        auto root = StatusRoot(shown.name, shown.state);
-        SetStatusMediaAttributes(*XmlHelper::AddChild(*root, "song"), shown.current);
-        SetStatusMediaAttributes(*XmlHelper::AddChild(*root, "next"), shown.next);
-        XmlHelper::toXml(shown.index, *root, "index");
-        root->AppendChild(*GetSessionData());
-        root->Finish();
-        return root;
+    return m_status.Get(status, [&](const Status& shown) {
+        return KVXML::CreatePrintedNode(PrintStatus(shown.name, shown.state, [&](Printer& printer) {
+            printer.Finished(song);
+            PrintStatusMedia(printer, "next", shown.next ? *shown.next : AudioMedia(), shown.internetRadio);
+            printer.Value("index", shown.index);
+        }));
     });
 }
 
 NodePtr AudioQueue::GetStatusDataVersion132() {
     Status132 status{.name = OwnerName(), .state = m_state};
-    const bool outside = m_currentMedia.type == MEDIA_RHAPSODY_TRACK ||
-                         m_currentMedia.type == MEDIA_RHAPSODY_CHANNEL ||
-                         m_currentMedia.type == MEDIA_INTERNET_RADIO;
-    status.item = outside ? kNoDatabaseId : m_currentMedia.mediaId;
-    status.index = m_currentIndex == NO_SONG_INDEX ? NO_SONG_INDEX : PublishedIndex(m_currentMedia);
+    const bool outside = m_currentMedia->type == MEDIA_RHAPSODY_TRACK ||
+                         m_currentMedia->type == MEDIA_RHAPSODY_CHANNEL ||
+                         m_currentMedia->type == MEDIA_INTERNET_RADIO;
+    status.item = outside ? kNoDatabaseId : m_currentMedia->mediaId;
+    status.index = m_currentIndex == NO_SONG_INDEX ? NO_SONG_INDEX : PublishedIndex(true);
     status.rooms = m_rooms.GetRevision();
-    return m_status132.Get(std::move(status), [&](const Status132& shown) {
-        auto root = StatusRoot(shown.name, shown.state);
-        XmlHelper::toXml(shown.item, *root, "item");
-        XmlHelper::toXml(shown.index, *root, "index");
-        root->AppendChild(*GetSessionData());
-        root->Finish();
-        return root;
+    return m_status132.Get(status, [&](const Status132& shown) {
+        return KVXML::CreatePrintedNode(PrintStatus(shown.name, shown.state, [&](Printer& printer) {
+            printer.Value("item", shown.item);
+            printer.Value("index", shown.index);
+        }));
     });
 }
 
 NodePtr AudioQueue::GetRoomMapData() {
-    const NodePtr status = GetStatusData();
-    return m_roomMap.Get(status.get(), [&](const INode*) {
-        auto info = KVXML::CreateXmlNode("audioQueueInfo");
-        info->AppendChild(*status);
-        for (const auto& [roomId, client] : *m_rooms) {
-            auto room = XmlHelper::AddChild(*info, "roomInfo");
-            room->SetAttribute("roomId", roomId);
-            room->SetAttribute("ip", client->GetIpAddress());
-            room->SetAttribute("port", client->GetIpPort());
-            room->SetAttribute("channel", client->GetChannel());
-        }
-        info->Finish();
-        return info;
+    return m_roomMap.Get(GetStatusData(), [&](const NodePtr& status) {
+        Printer printer;
+        printer.Element("audioQueueInfo", [&] {
+            printer.Finished(*status);
+            for (const auto& [roomId, client] : *m_rooms) {
+                printer.Element("roomInfo", [&, id = roomId, &endpoint = *client] {
+                    printer.Attribute("roomId", id);
+                    printer.Attribute("ip", endpoint.GetIpAddress());
+                    printer.Attribute("port", endpoint.GetIpPort());
+                    printer.Attribute("channel", endpoint.GetChannel());
+                });
+            }
+        });
+        return KVXML::CreatePrintedNode(printer.Take());
     });
 }

@@ -30,10 +30,10 @@ class Memo {
 public:
     // `make` is called with the arguments when they have changed.
     template <class Make>
-    const Result& Get(Arguments arguments, Make make) {
+    const Result& Get(const Arguments& arguments, Make make) {
         if (!m_last || !(m_last->first == arguments)) {
             Result result = make(arguments);
-            m_last.emplace(std::move(arguments), std::move(result));
+            m_last.emplace(arguments, std::move(result));
         }
         return m_last->second;
     }

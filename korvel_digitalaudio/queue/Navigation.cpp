@@ -40,13 +40,18 @@ std::uint32_t AudioQueue::GetNextSongIndex() {
     return 0;
 }
 
-AudioMedia AudioQueue::PeekNextSong() {
+const AudioMedia* AudioQueue::FindNextSong() {
     if (m_songs->empty())
-        return {};
+        return nullptr;
     if (IsSingleStream())
-        return m_songs->front();
+        return &m_songs->front();
     const std::uint32_t index = GetNextSongIndex();
-    return index == NO_SONG_INDEX ? AudioMedia() : ItemAt(ActiveList(), index);
+    return index == NO_SONG_INDEX ? nullptr : &ItemAt(ActiveList(), index);
+}
+
+AudioMedia AudioQueue::PeekNextSong() {
+    const AudioMedia* next = FindNextSong();
+    return next ? *next : AudioMedia();
 }
 
 AudioMedia AudioQueue::GetNextSong() {
@@ -62,16 +67,16 @@ AudioMedia AudioQueue::MoveTo(std::uint32_t index) {
     m_nextIndex = NO_SONG_INDEX;
     if (index == NO_SONG_INDEX)
         return {};
-    m_currentMedia = ItemAt(ActiveList(), index);
-    return m_currentMedia;
+    m_currentMedia.Change() = ItemAt(ActiveList(), index);
+    return *m_currentMedia;
 }
 
 AudioMedia AudioQueue::GetFirstSong() {
     if (m_songs->empty())
         return {};
     if (IsSingleStream()) {
-        m_currentMedia = m_songs->front();
-        return m_currentMedia;
+        m_currentMedia.Change() = m_songs->front();
+        return *m_currentMedia;
     }
     m_lastNavigation = MonotonicMilliseconds();
     return MoveTo(0);

@@ -77,8 +77,8 @@ bool AudioQueue::UpdateSecondaryInfo(bool merge, const std::string* artist, cons
 bool AudioQueue::UpdateCurrentSongMetaData(const std::string& text) {
     if (m_songs->empty())
         return false;
-    m_currentMedia.metaData = text;
-    m_songs.Change().front().metaData = text;
+    m_currentMedia.Change().metaData = text;
+    m_songs.SetMetaData(text);
     m_secondaryInfo.title = text;
     return true;
 }

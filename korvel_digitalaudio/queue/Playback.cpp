@@ -160,7 +160,7 @@ bool AudioQueue::PlayChannel() {
     if (!m_songs->empty()) {
         ChangeQueueState(PLAY);
         if (!m_songs->empty()) // unless the announcement was answered by clearing the queue
-            m_songs.Change().front().metaData.clear();
+            m_songs.SetMetaData("");
     }
     AddSongToStream(channel);
     return true;

@@ -57,7 +57,7 @@ bool AudioQueue::IsSameClientInQueue(std::uint32_t roomId) const {
     return false;
 }
 
-RoomClient* AudioQueue::GetRoomClient(std::uint32_t roomId) const {
+const RoomClient* AudioQueue::GetRoomClient(std::uint32_t roomId) const {
     const auto found = m_rooms->find(roomId);
     return found == m_rooms->end() ? nullptr : found->second.get();
 }

@@ -17,7 +17,7 @@ void AudioQueue::AddSong(const AudioMedia& item, bool updateInfo, bool toFront) 
     // `item` may be one of the list that grows.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const AudioMedia added = item;
-    m_songs.Change().push_back(added);
+    m_songs.Add(added);
     if (m_songs->size() == 1)
         SetNextSong(added);
     if (m_shuffle) {
@@ -34,17 +34,16 @@ void AudioQueue::AddSong(const AudioMedia& item, bool updateInfo, bool toFront) 
 void AudioQueue::AddSongList(const std::vector<AudioMedia>& items, bool toFront) {
     if (items.empty() || IsListLocked())
         return;
-    // `items` may be the list that grows.
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
-    const std::vector<AudioMedia> added = items;
-    const std::size_t pick = RandomPick(added.size());
-    for (const AudioMedia& item : added) {
-        m_songs.Change().push_back(item);
-        UpdatePositionForSongAdded(item);
+    const std::size_t count = items.size(); // `items` may be the list that grows
+    const std::size_t pick = RandomPick(count);
+    m_songs.Reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        m_songs.Add(items[i]);
+        UpdatePositionForSongAdded(items[i]);
     }
     if (m_shuffle) {
         if (toFront)
-            ShuffleQueue(pick < added.size() ? added[pick] : AudioMedia());
+            ShuffleQueue(pick < count ? items[pick] : AudioMedia());
         else
             ShuffleQueue();
     }
@@ -59,7 +58,7 @@ void AudioQueue::AddSongList(const std::vector<std::uint32_t>& mediaIds) {
     items.reserve(mediaIds.size());
     for (const std::uint32_t mediaId : mediaIds)
         items.push_back(AudioMedia::CreateTypeDigital(mediaId));
-    AddSongList(items, m_currentMedia.type != MEDIA_NONE);
+    AddSongList(items, m_currentMedia->type != MEDIA_NONE);
 }
 
 void AudioQueue::UpdatePositionForSongAdded(const AudioMedia&) {
@@ -69,10 +68,7 @@ void AudioQueue::UpdatePositionForSongAdded(const AudioMedia&) {
 
 // The current index stays, even where it now points at another item: what plays goes on playing.
 void AudioQueue::RemoveSong(const AudioMedia& item) {
-    // `item` may be one of those that go.
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
-    const AudioMedia removed = item;
-    std::erase(m_songs.Change(), removed);
+    m_songs.Remove(item);
     m_nextIndex = NO_SONG_INDEX;
     if (m_shuffle)
         ShuffleQueue();
@@ -89,19 +85,16 @@ void AudioQueue::RemoveSong(const AudioMedia& item) {
 bool AudioQueue::ReplaceSongList(const std::vector<AudioMedia>& items) {
     if (IsListLocked())
         return false;
-    // `items` may be the list that is replaced.
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
-    const std::vector<AudioMedia> replacement = items;
-    const auto current = std::find(replacement.begin(), replacement.end(), m_currentMedia);
-    const bool found = current != replacement.end();
-    m_currentIndex = found ? static_cast<std::uint32_t>(current - replacement.begin()) : NO_SONG_INDEX;
+    m_songs.Replace(items);
+    m_shuffled.Change().clear();
+    const auto current = std::find(m_songs->begin(), m_songs->end(), *m_currentMedia);
+    const bool found = current != m_songs->end();
+    m_currentIndex = found ? static_cast<std::uint32_t>(current - m_songs->begin()) : NO_SONG_INDEX;
     m_nextIndex = NO_SONG_INDEX;
-    m_shuffled.clear();
-    m_songs.Change() = replacement;
     if (m_shuffle) { // a number is drawn for an empty list, too
-        const std::size_t pick = RandomPick(replacement.size());
-        if (!replacement.empty())
-            ShuffleQueue(replacement[std::min(pick, replacement.size() - 1)]);
+        const std::size_t pick = RandomPick(m_songs->size());
+        if (!m_songs->empty())
+            ShuffleQueue((*m_songs)[std::min(pick, m_songs->size() - 1)]);
     }
     UpdateInfoVariable();
     return !found || (m_state != PAUSE && m_state != PLAY);
@@ -111,9 +104,9 @@ void AudioQueue::ClearSongs() {
     if (IsInternetRadio())
         RemoveCurrentSong();
     m_mode = Mode::kSongs;
-    m_currentMedia.type = MEDIA_NONE;
-    m_songs.Change().clear();
-    m_shuffled.clear();
+    m_currentMedia.Change().type = MEDIA_NONE;
+    m_songs.Replace({});
+    m_shuffled.Change().clear();
     m_currentIndex = NO_SONG_INDEX;
     m_nextIndex = NO_SONG_INDEX;
     UpdateInfoVariable();
@@ -137,6 +130,6 @@ void AudioQueue::RemoveCurrentSong() {
     AddPacket(std::make_unique<ASRemoveMediaPacket>());
 }
 
-AudioMedia& AudioQueue::GetCurrentMedia() {
-    return IsSingleStream() && !m_songs->empty() ? m_songs.Change().front() : m_currentMedia;
+const AudioMedia& AudioQueue::GetCurrentMedia() const {
+    return IsSingleStream() && !m_songs->empty() ? m_songs->front() : *m_currentMedia;
 }

@@ -104,12 +104,12 @@ AudioQueue* AudioServer::GetNextAudioQueue(std::uint32_t queueId) const {
     return next == m_queues.end() ? nullptr : next->second.get();
 }
 
-std::vector<std::uint32_t> AudioServer::GetQueueIds() const {
-    std::vector<std::uint32_t> ids;
-    ids.reserve(m_queues.size());
+std::vector<AudioQueue*> AudioServer::GetQueues() const {
+    std::vector<AudioQueue*> queues;
+    queues.reserve(m_queues.size());
     for (const auto& entry : m_queues)
-        ids.push_back(entry.first);
-    return ids;
+        queues.push_back(entry.second.get());
+    return queues;
 }
 
 bool AudioServer::IsClientInUse(const std::string& ip, std::uint32_t channel, std::uint32_t port,
@@ -126,19 +126,17 @@ AudioQueue* AudioServer::GetInUseClientQueue(const std::string& ip, std::uint32_
 }
 
 void AudioServer::GetStatusVariable(KVXML::INode& parent) const {
-    for (const std::uint32_t queueId : GetQueueIds()) {
-        AudioQueue* queue = GetAudioQueue(queueId);
-        const auto status = queue ? queue->GetStatusData() : nullptr;
-        if (status && IsListed(*queue, queueId)) // unless it ended while its name was looked up
+    for (AudioQueue* queue : GetQueues()) {
+        const auto status = queue->IsClosed() ? nullptr : queue->GetStatusData();
+        if (status && !queue->IsClosed()) // unless it ended while its name was looked up
             parent.AppendChild(*status);
     }
 }
 
 void AudioServer::GetStatusVariable132(KVXML::INode& parent) const {
-    for (const std::uint32_t queueId : GetQueueIds()) {
-        AudioQueue* queue = GetAudioQueue(queueId);
-        const auto status = queue ? queue->GetStatusDataVersion132() : nullptr;
-        if (status && IsListed(*queue, queueId))
+    for (AudioQueue* queue : GetQueues()) {
+        const auto status = queue->IsClosed() ? nullptr : queue->GetStatusDataVersion132();
+        if (status && !queue->IsClosed())
             parent.AppendChild(*status);
     }
 }

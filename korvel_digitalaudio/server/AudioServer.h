@@ -64,7 +64,8 @@ public:
     AudioQueue* GetPendingQueue() const;
     // The queue after `queueId`, the first one for 0; null at the end or for an unknown id.
     AudioQueue* GetNextAudioQueue(std::uint32_t queueId) const;
-    std::vector<std::uint32_t> GetQueueIds() const;
+    // In ascending queue id. They are there until ReleaseRemovedQueues(), but may be closed meanwhile.
+    std::vector<AudioQueue*> GetQueues() const;
     // `*found` is the queue that plays to this endpoint, or null.
     bool IsClientInUse(const std::string& ip, std::uint32_t channel, std::uint32_t port,
                        AudioQueue** found) const;

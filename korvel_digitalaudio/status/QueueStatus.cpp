@@ -17,9 +17,25 @@ NodePtr korvel_digitalaudio::GetQueueStatusVariable132() {
     return root;
 }
 
+void korvel_digitalaudio::PublishAssembly(std::uint32_t variable, const char* name, Assembly& kept,
+                                          const std::function<void(KVXML::INode&)>& fill) {
+    // Taken out while it is in use: what is asked for on the way may come back here.
+    Assembly root = std::exchange(kept, nullptr);
+    if (!root)
+        root = KVXML::CreateAssembly(name);
+    root->Restart();
+    fill(*root);
+    ChangeMyVariable(variable, root->ToText());
+    kept = root;
+}
+
 void korvel_digitalaudio::UpdateQueueStatusVariable() {
-    ChangeMyVariable(variables::kQueueStatusV2, GetQueueStatusVariable()->ToText());
-    ChangeMyVariable(variables::kQueueStatus, GetQueueStatusVariable132()->ToText());
+    PublishAssembly(variables::kQueueStatusV2, "queues", m_shownStatus, [this](KVXML::INode& root) {
+        ForEachServer([&](const AudioServer& server) { server.GetStatusVariable(root); });
+    });
+    PublishAssembly(variables::kQueueStatus, "queues", m_shownStatus132, [this](KVXML::INode& root) {
+        ForEachServer([&](const AudioServer& server) { server.GetStatusVariable132(root); });
+    });
     UpdateRoomMapInfoVar();
 }
 

@@ -41,19 +41,17 @@ void AppendAnnouncement(INode& root, const Announcement& announcement) {
 } // namespace
 
 void korvel_digitalaudio::UpdateRoomMapInfoVar() {
-    const auto root = KVXML::CreateXmlNode("info");
-    ForEachServer([&](const AudioServer& server) {
-        for (const std::uint32_t queueId : server.GetQueueIds()) {
-            AudioQueue* queue = server.GetAudioQueue(queueId);
-            const auto info = queue ? queue->GetRoomMapData() : nullptr;
-            if (info &&
-                server.GetAudioQueue(queueId) == queue) // unless it ended while its name was looked up
-                root->AppendChild(*info);
-        }
-        const Announcement* announcement = server.GetAnnouncement();
-        if (announcement && GetServer(server.GetBindingId()) == &server &&
-            !announcement->GetAddresses().empty())
-            AppendAnnouncement(*root, *announcement);
+    PublishAssembly(variables::kRoomMapInfo, "info", m_shownRoomMap, [this](INode& root) {
+        ForEachServer([&](const AudioServer& server) {
+            for (AudioQueue* queue : server.GetQueues()) {
+                const auto info = queue->IsClosed() ? nullptr : queue->GetRoomMapData();
+                if (info && !queue->IsClosed()) // unless it ended while its name was looked up
+                    root.AppendChild(*info);
+            }
+            const Announcement* announcement = server.GetAnnouncement();
+            if (announcement && GetServer(server.GetBindingId()) == &server &&
+                !announcement->GetAddresses().empty())
+                AppendAnnouncement(root, *announcement);
+        });
     });
-    ChangeMyVariable(variables::kRoomMapInfo, root->ToText());
 }

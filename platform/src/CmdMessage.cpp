@@ -78,14 +78,15 @@ auto_com<KVXML::INode> CmdMessageToXml(const ICmdMessage& message) {
 }
 
 auto_com<ICmdMessage> CmdMessageFromXml(const KVXML::INode& element) {
-    const std::string name = element.GetAttribute("name");
+    const std::string name(element.GetAttribute("name"));
     if (element.GetName() != "command" || name.empty() || element.GetChildCount() > kMaxCommandParams)
         return nullptr;
     auto message = CreateCmdMessage(name);
     for (std::size_t i = 0; i < element.GetChildCount(); ++i) {
         const KVXML::INode& child = element.GetChild(i);
         if (child.GetName() == "param")
-            message->AddParam(child.GetAttribute("name"), child.GetAttribute("type"), child.GetText());
+            message->AddParam(std::string(child.GetAttribute("name")),
+                              std::string(child.GetAttribute("type")), std::string(child.GetText()));
     }
     return message;
 }

@@ -1,84 +1,49 @@
 #include "platform/Xml.h"
 
-#include <memory>
-#include <pugixml.hpp>
+#include <array>
+#include <limits>
 #include <utility>
 #include <vector>
+
+#include "platform/src/XmlText.h"
 
 namespace KVXML {
 
 namespace {
 
-// Appends `text` with what would not read back as itself as references. In attributes that includes quotes
-// and every control character; in text, line feeds and tabs stand as they are. A zero byte is left out: no
-// document can carry one, and readers would take it for the end of the text.
-void AppendEscaped(std::string& out, const std::string& text, bool attribute) {
-    std::size_t plain = 0; // from here to the present character all stand for themselves
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        const auto byte = static_cast<unsigned char>(c);
-        const bool reference = c == '&' || c == '<' || c == '>' || (c == '"' && attribute) ||
-                               (byte < 32 && (attribute || (c != '\n' && c != '\t')));
-        if (!reference)
-            continue;
-        out.append(text, plain, i - plain);
-        plain = i + 1;
-        if (c == '&')
-            out += "&amp;";
-        else if (c == '<')
-            out += "&lt;";
-        else if (c == '>')
-            out += "&gt;";
-        else if (c == '"')
-            out += "&quot;";
-        else if (byte != 0)
-            out.append("&#").append(std::to_string(byte)).append(";");
-    }
-    out.append(text, plain);
-}
-
 class Node final : public kv::RefCounted<INode> {
 public:
-    Node(const std::string& name, const std::string& text) : m_name(name), m_text(text) {}
+    Node(std::string_view name, std::string_view text) : m_name(name), m_text(text) {}
 
-    const std::string& GetName() const override { return m_name; }
-    void SetName(const std::string& name) override { m_name = name; }
-    const std::string& GetText() const override { return m_text; }
-    void SetText(const std::string& text) override { m_text = text; }
+    std::string_view GetName() const override { return m_name; }
+    void SetName(std::string_view name) override { m_name = name; }
+    std::string_view GetText() const override { return m_text; }
+    void SetText(std::string_view text) override { m_text = text; }
 
-    void SetAttribute(const std::string& name, const std::string& value) override {
+    void SetAttribute(std::string_view name, std::string_view value) override {
         for (auto& [key, old] : m_attributes) {
             if (key == name) {
                 old = value;
                 return;
             }
         }
-        if (m_attributes.empty())
-            m_attributes.reserve(kUsualAttributes);
         m_attributes.emplace_back(name, value);
     }
-    void SetAttribute(const std::string& name, std::uint32_t value) override {
-        SetAttribute(name, std::to_string(value));
+    void SetAttribute(std::string_view name, std::uint32_t value) override {
+        SetAttribute(name, std::string_view(std::to_string(value)));
     }
-    std::string GetAttribute(const std::string& name) const override {
-        for (const auto& [key, value] : m_attributes) {
-            if (key == name)
-                return value;
-        }
-        return "";
+    std::string_view GetAttribute(std::string_view name) const override {
+        const Attribute* found = FindAttribute(Attributes(), name);
+        return found ? found->second : std::string_view();
     }
-    bool HasAttribute(const std::string& name) const override {
-        for (const auto& attribute : m_attributes) {
-            if (attribute.first == name)
-                return true;
-        }
-        return false;
+    bool HasAttribute(std::string_view name) const override {
+        return FindAttribute(Attributes(), name) != nullptr;
     }
 
     void AppendChild(INode& child) override { m_children.push_back(kv::auto_com<INode>::retain(&child)); }
     std::size_t GetChildCount() const override { return m_children.size(); }
     INode& GetChild(std::size_t index) const override { return *m_children.at(index); }
-    INode* FindChild(const std::string& name) const override {
+    INode* FindChild(std::string_view name) const override {
         for (const auto& child : m_children) {
             if (child->GetName() == name)
                 return child.get();
@@ -86,123 +51,96 @@ public:
         return nullptr;
     }
 
-    void Finish() override { m_finished = std::make_unique<const std::string>(Node::ToText()); }
-
-    std::string ToText() const override {
-        std::string out;
-        Node::AppendText(out);
-        return out;
-    }
     void AppendText(std::string& out) const override {
-        if (m_finished) {
-            out += *m_finished;
-            return;
-        }
-        out.append(1, '<').append(m_name);
-        for (const auto& [name, value] : m_attributes) {
-            out.append(1, ' ').append(name).append("=\"");
-            AppendEscaped(out, value, true);
-            out += '"';
-        }
-        out += '>';
+        AppendStartTag(out, m_name, Attributes());
         AppendEscaped(out, m_text, false);
         for (const auto& child : m_children)
             child->AppendText(out);
-        out.append("</").append(m_name).append(1, '>');
+        AppendEndTag(out, m_name);
     }
 
 private:
-    static constexpr std::size_t kUsualAttributes = 2;
+    using Attribute = std::pair<std::string, std::string>;
+    std::span<const Attribute> Attributes() const { return m_attributes; }
 
     std::string m_name;
     std::string m_text;
-    std::vector<std::pair<std::string, std::string>> m_attributes;
+    std::vector<Attribute> m_attributes;
     std::vector<kv::auto_com<INode>> m_children;
-    std::unique_ptr<const std::string> m_finished; // the element's text, once it is finished
 };
 
-class Document final : public kv::RefCounted<IDocument> {
+class PrintedNode final : public FinishedNode<kv::RefCounted<INode>> {
 public:
-    explicit Document(kv::auto_com<INode> root) : m_root(std::move(root)) {}
-    kv::auto_com<INode> GetRoot() const override { return m_root; }
+    explicit PrintedNode(std::string text) : m_text(std::move(text)) {}
+
+    std::string_view GetName() const override { return Tree().GetName(); }
+    std::string_view GetText() const override { return Tree().GetText(); }
+    std::string_view GetAttribute(std::string_view name) const override { return Tree().GetAttribute(name); }
+    bool HasAttribute(std::string_view name) const override { return Tree().HasAttribute(name); }
+    std::size_t GetChildCount() const override { return Tree().GetChildCount(); }
+    INode& GetChild(std::size_t index) const override { return Tree().GetChild(index); }
+    INode* FindChild(std::string_view name) const override { return Tree().FindChild(name); }
+    void AppendText(std::string& out) const override { out += m_text; }
 
 private:
-    kv::auto_com<INode> m_root;
-};
-
-bool IsText(const pugi::xml_node& node) {
-    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
-
-// Copies a parsed tree within the limits of a document.
-class TreeBuilder {
-public:
-    // Null when a limit is passed.
-    kv::auto_com<INode> Build(const pugi::xml_node& element, std::size_t depthLeft) {
-        if (depthLeft == 0 || m_elementsLeft == 0)
-            return nullptr;
-        --m_elementsLeft;
-        auto node = CreateXmlNode(element.name());
-        std::size_t attributes = 0;
-        for (const auto& attribute : element.attributes()) {
-            if (++attributes > kMaxElementAttributes)
-                return nullptr;
-            node->SetAttribute(attribute.name(), attribute.value());
+    const INode& Tree() const {
+        if (!m_tree) {
+            constexpr std::size_t kAny = std::numeric_limits<std::size_t>::max();
+            const auto document = ReadDocument(m_text, {kAny, kAny, kAny});
+            m_tree = document ? document->GetRoot() : CreateXmlNode();
         }
-        std::string text;
-        for (const auto& child : element.children()) {
-            if (IsText(child)) {
-                text += child.value();
-            } else if (child.type() == pugi::node_element) {
-                const auto built = Build(child, depthLeft - 1);
-                if (!built)
-                    return nullptr;
-                node->AppendChild(*built);
-            }
-        }
-        node->SetText(text);
-        return node;
+        return *m_tree;
     }
 
-private:
-    std::size_t m_elementsLeft = kMaxDocumentElements;
+    const std::string m_text;
+    mutable kv::auto_com<INode> m_tree; // read when somebody looks into it
 };
 
-// The root element; null when there is none, or more than one, or text beside it.
-pugi::xml_node FindRoot(const pugi::xml_document& parsed) {
-    pugi::xml_node root;
-    for (const auto& node : parsed.children()) {
-        if (IsText(node) || (root && node.type() == pugi::node_element))
-            return {};
-        if (node.type() == pugi::node_element)
-            root = node;
-    }
-    return root;
-}
+constexpr unsigned char kInAttributes = 1;
+constexpr unsigned char kInTexts = 2;
+
+// Where a character must be written as a reference, or left out.
+constexpr std::array<unsigned char, 256> kReferences = [] {
+    std::array<unsigned char, 256> where{};
+    for (unsigned char c = 0; c < 32; ++c)
+        where[c] = c == '\n' || c == '\t' ? kInAttributes : kInAttributes | kInTexts;
+    for (const unsigned char c : {'&', '<', '>'})
+        where[c] = kInAttributes | kInTexts;
+    where['"'] = kInAttributes;
+    return where;
+}();
 
 } // namespace
 
-kv::auto_com<INode> CreateXmlNode(const std::string& name, const std::string& text) {
+void AppendEscaped(std::string& out, std::string_view text, bool attribute) {
+    const unsigned char here = attribute ? kInAttributes : kInTexts;
+    std::size_t plain = 0; // from here to the present character all stand for themselves
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if ((kReferences[byte] & here) == 0)
+            continue;
+        out.append(text, plain, i - plain);
+        plain = i + 1;
+        if (byte == '&')
+            out += "&amp;";
+        else if (byte == '<')
+            out += "&lt;";
+        else if (byte == '>')
+            out += "&gt;";
+        else if (byte == '"')
+            out += "&quot;";
+        else if (byte != 0)
+            out.append("&#").append(std::to_string(byte)).append(1, ';');
+    }
+    out.append(text, plain);
+}
+
+kv::auto_com<INode> CreateXmlNode(std::string_view name, std::string_view text) {
     return kv::auto_com<INode>::adopt(new Node(name, text));
 }
 
-kv::auto_com<IDocument> CreateXmlDocument(const std::string& text) {
-    if (text.size() > kMaxDocumentLength)
-        return nullptr;
-    // A text of blanks alone is a value like any other, but not when it only indents children. Text beside
-    // the root is read so that it can be refused.
-    constexpr unsigned int kOptions =
-        pugi::parse_default | pugi::parse_ws_pcdata_single | pugi::parse_fragment;
-    pugi::xml_document parsed;
-    if (!parsed.load_buffer(text.data(), text.size(), kOptions, pugi::encoding_utf8))
-        return nullptr;
-    const auto element = FindRoot(parsed);
-    if (!element)
-        return nullptr;
-    auto root = TreeBuilder().Build(element, kMaxDocumentDepth);
-    if (!root)
-        return nullptr;
-    return kv::auto_com<IDocument>::adopt(new Document(std::move(root)));
+kv::auto_com<INode> CreatePrintedNode(std::string text) {
+    return kv::auto_com<INode>::adopt(new PrintedNode(std::move(text)));
 }
 
 } // namespace KVXML

@@ -6,36 +6,36 @@
 
 using KVXML::INode;
 
-kv::auto_com<INode> XmlHelper::AddChild(INode& parent, const std::string& tag, const std::string& text) {
+kv::auto_com<INode> XmlHelper::AddChild(INode& parent, std::string_view tag, std::string_view text) {
     auto child = KVXML::CreateXmlNode(tag, text);
     parent.AppendChild(*child);
     return child;
 }
 
-void XmlHelper::toXml(std::uint32_t value, INode& parent, const std::string& tag) {
+void XmlHelper::toXml(std::uint32_t value, INode& parent, std::string_view tag) {
     AddChild(parent, tag, std::to_string(value));
 }
 
-void XmlHelper::toXml(bool value, INode& parent, const std::string& tag) {
+void XmlHelper::toXml(bool value, INode& parent, std::string_view tag) {
     AddChild(parent, tag, kv::ToString(value));
 }
 
-void XmlHelper::toXml(const std::string& value, INode& parent, const std::string& tag) {
+void XmlHelper::toXml(std::string_view value, INode& parent, std::string_view tag) {
     AddChild(parent, tag, value);
 }
 
-void XmlHelper::toXml(const char* value, INode& parent, const std::string& tag) {
+void XmlHelper::toXml(const char* value, INode& parent, std::string_view tag) {
     AddChild(parent, tag, value);
 }
 
-bool XmlHelper::fromXml(const INode& parent, const std::string& tag, std::uint32_t& value) {
+bool XmlHelper::fromXml(const INode& parent, std::string_view tag, std::uint32_t& value) {
     const INode* child = parent.FindChild(tag);
     if (child)
         value = kv::ToULong(child->GetText());
     return child != nullptr;
 }
 
-bool XmlHelper::fromXml(const INode& parent, const std::string& tag, std::string& value) {
+bool XmlHelper::fromXml(const INode& parent, std::string_view tag, std::string& value) {
     const INode* child = parent.FindChild(tag);
     if (child)
         value = child->GetText();
@@ -47,11 +47,9 @@ void XmlHelper::fromXml(const INode& parent, std::vector<std::uint32_t>& values)
         values.push_back(kv::ToULong(parent.GetChild(i).GetText()));
 }
 
-bool XmlHelper::GetBool(const INode& node, const std::string& name) {
-    std::string value;
-    if (node.HasAttribute(name))
-        value = node.GetAttribute(name);
-    else
+bool XmlHelper::GetBool(const INode& node, std::string_view name) {
+    std::string value(node.GetAttribute(name));
+    if (!node.HasAttribute(name))
         fromXml(node, name, value);
     return boost::algorithm::to_lower_copy(value) == kv::TRUE_STRING;
 }

@@ -92,7 +92,7 @@ TEST_F(Server, AnIdThatIsInUseGivesAQueueThatNoSearchFinds) {
     ASSERT_NE(other, nullptr);
     EXPECT_NE(other, &known);
     EXPECT_EQ(m_server.GetAudioQueue(10u), &known);
-    EXPECT_EQ(m_server.GetQueueIds(), std::vector<std::uint32_t>{10});
+    EXPECT_EQ(m_server.GetQueues(), std::vector<AudioQueue*>{m_server.GetAudioQueue(10)});
 }
 
 TEST_F(Server, RemovingAQueueWithRoomsIsNotedAsAnError) {

@@ -19,8 +19,10 @@ protected:
     static std::string InfoOf(const std::string& songs) {
         return "<info><id>12</id><name>34</name><songs>" + songs + "</songs></info>";
     }
-    std::string Index() { return queue->GetStatusData()->FindChild("index")->GetText(); }
-    std::string Index132() { return queue->GetStatusDataVersion132()->FindChild("index")->GetText(); }
+    std::string Index() { return std::string(queue->GetStatusData()->FindChild("index")->GetText()); }
+    std::string Index132() {
+        return std::string(queue->GetStatusDataVersion132()->FindChild("index")->GetText());
+    }
     // Makes the item current without a stream.
     void MakeCurrent(const AudioMedia& media) {
         NewQueue();
@@ -189,13 +191,14 @@ TEST_F(QueueDocuments, IndexCountsInTheSongListWhileShuffled) {
     EXPECT_EQ(Index132(), "2");
 }
 
-TEST_F(QueueDocuments, IndexOfASongThatLeftTheShuffledListIsItsLength) {
-    queue->AddSongList(Songs({1, 2}), false);
-    queue->GetNextSong();
+// A pin past the end leaves the queue at an index without a song.
+TEST_F(QueueDocuments, IndexOfWhatIsNotInAShuffledListIsItsLength) {
+    queue->AddSongList(Songs({1, 2, 3}), false);
     queue->SetShuffle(true);
-    queue->GetSongList() = Songs({8, 9, 10});
+    queue->SetNextSong(std::uint32_t{9});
+    EXPECT_THROW(queue->GetNextSong(), std::out_of_range);
     EXPECT_EQ(Index132(), "3");
-    EXPECT_EQ(queue->GetStatusData()->FindChild("index")->GetText(), "3");
+    EXPECT_EQ(Index(), "3");
 }
 
 TEST_F(QueueDocuments, IndexWithNothingCurrentDependsOnShuffleInThePlainFormOnly) {

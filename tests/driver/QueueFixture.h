@@ -119,8 +119,7 @@ protected:
 
     // The current index, read where reading it moves nothing; only with shuffle off.
     std::uint32_t CurrentIndex() {
-        return static_cast<std::uint32_t>(
-            std::stoul(queue->GetStatusDataVersion132()->FindChild("index")->GetText()));
+        return kv::ToULong(queue->GetStatusDataVersion132()->FindChild("index")->GetText());
     }
     // The active list from its first item on; leaves the last one current.
     std::vector<std::uint32_t> WalkActiveList() {

@@ -17,7 +17,9 @@ protected:
         }
         Calls("");
     }
-    std::string PublishedIndex() { return queue->GetStatusData()->FindChild("index")->GetText(); }
+    std::string PublishedIndex() {
+        return std::string(queue->GetStatusData()->FindChild("index")->GetText());
+    }
 };
 
 TEST_F(QueueShuffle, OrderFollowsTheRandomNumbers) {

@@ -368,10 +368,8 @@ TEST_F(QueueSongList, ItemsOfTheListItselfCanBeRemovedAddedAndPinned) {
     queue->AddSongList(Songs({1, 2, 1, 2}), false);
     queue->RemoveSong(queue->GetSongList()[1]);
     EXPECT_EQ(ListedIds(), (Ids{1, 1}));
-    queue->GetSongList().shrink_to_fit();
     queue->AddSong(queue->GetSongList().front(), false, true);
     EXPECT_EQ(ListedIds(), (Ids{1, 1, 1}));
-    queue->GetSongList().shrink_to_fit();
     queue->AddSongList(queue->GetSongList(), true);
     EXPECT_EQ(ListedIds(), (Ids{1, 1, 1, 1, 1, 1}));
     queue->SetShuffle(true);
@@ -455,7 +453,7 @@ TEST_F(QueueSongList, ClearingLeavesNothingCurrentOrPinned) {
     EXPECT_EQ(CurrentIndex(), kNone);
     EXPECT_EQ(queue->GetCurrentMedia().type, MEDIA_NONE);
     EXPECT_EQ(queue->GetCurrentMedia().mediaId, 1u); // the type alone marks it empty
-    queue->GetSongList() = Songs({1, 2});
+    queue->ReplaceSongList(Songs({1, 2}));
     EXPECT_EQ(queue->GetNextSongIndex(), kNone);
 }
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "platform/Xml.h"
 
 namespace {
@@ -128,21 +130,51 @@ TEST(XmlNode, ASubtreeCanHaveSeveralParents) {
     }
 }
 
-TEST(XmlNode, AFinishedElementPrintsTheSameText) {
-    const auto song = CreateXmlNode("song", "Blue & <Green>");
-    song->SetAttribute("id", 7u);
-    const auto songs = CreateXmlNode("songs");
-    songs->AppendChild(*song);
-    const std::string text = songs->ToText();
-    songs->Finish();
-    EXPECT_EQ(songs->ToText(), text);
-    song->Finish();
-    songs->Finish();
+TEST(XmlNode, APrintedElementIsItsText) {
+    const std::string text = "<songs><song id=\"7\">Blue &amp; &lt;Green&gt;</song><song></song></songs>";
+    const auto songs = KVXML::CreatePrintedNode(text);
     EXPECT_EQ(songs->ToText(), text);
     const auto list = CreateXmlNode("list");
     list->AppendChild(*songs);
     EXPECT_EQ(list->ToText(), "<list>" + text + "</list>");
+}
+
+TEST(XmlNode, APrintedElementCanBeLookedInto) {
+    const auto songs =
+        KVXML::CreatePrintedNode("<songs n=\"2\">two<song id=\"7\">Blue</song><song></song></songs>");
+    EXPECT_EQ(songs->GetName(), "songs");
+    EXPECT_EQ(songs->GetText(), "two");
+    EXPECT_EQ(songs->GetAttribute("n"), "2");
+    EXPECT_TRUE(songs->HasAttribute("n"));
+    EXPECT_FALSE(songs->HasAttribute("m"));
+    EXPECT_EQ(songs->GetChildCount(), 2u);
+    EXPECT_EQ(songs->GetChild(0).GetText(), "Blue");
     EXPECT_EQ(songs->FindChild("song")->GetAttribute("id"), "7");
+    EXPECT_EQ(songs->FindChild("sung"), nullptr);
+}
+
+TEST(XmlNode, APrintedElementPastTheLimitsOfADocumentCanBeLookedInto) {
+    const std::size_t depth = 2 * KVXML::kMaxDocumentDepth;
+    std::string text;
+    for (std::size_t i = 0; i < depth; ++i)
+        text = "<a>" + text + "</a>";
+    const auto printed = KVXML::CreatePrintedNode(text);
+    std::size_t found = 1;
+    for (const KVXML::INode* node = printed.get(); (node = node->FindChild("a")); ++found) {
+    }
+    EXPECT_EQ(found, depth);
+}
+
+TEST(XmlNode, AFinishedElementRefusesChanges) {
+    const auto document = KVXML::CreateXmlDocument("<a b='1'><c/></a>");
+    for (const auto& finished : {document->GetRoot(), KVXML::CreatePrintedNode("<a b=\"1\"><c></c></a>")}) {
+        EXPECT_THROW(finished->SetName("d"), std::logic_error);
+        EXPECT_THROW(finished->SetText("d"), std::logic_error);
+        EXPECT_THROW(finished->SetAttribute("b", "d"), std::logic_error);
+        EXPECT_THROW(finished->SetAttribute("b", 2u), std::logic_error);
+        EXPECT_THROW(finished->AppendChild(*CreateXmlNode("d")), std::logic_error);
+        EXPECT_EQ(finished->ToText(), "<a b=\"1\"><c></c></a>");
+    }
 }
 
 TEST(XmlNode, AChildOutlivesItsParent) {

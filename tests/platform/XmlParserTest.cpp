@@ -47,11 +47,47 @@ TEST(XmlParser, TheRootOutlivesTheDocument) {
     EXPECT_EQ(root->ToText(), "<a><b></b></a>");
 }
 
+TEST(XmlParser, AnElementOutlivesTheDocument) {
+    auto root = CreateXmlDocument("<a><b><c>text</c></b></a>")->GetRoot();
+    const auto kept = kv::auto_com<KVXML::INode>::retain(&root->GetChild(0).GetChild(0));
+    root.reset();
+    EXPECT_EQ(kept->ToText(), "<c>text</c>");
+}
+
+TEST(XmlParser, ChildrenAreFoundByPlaceAndName) {
+    const auto root = CreateXmlDocument("<a><b><x/><y/></b><c/><b n='2'/></a>")->GetRoot();
+    ASSERT_EQ(root->GetChildCount(), 3u);
+    EXPECT_EQ(root->GetChild(2).GetAttribute("n"), "2");
+    EXPECT_EQ(root->FindChild("b"), &root->GetChild(0));
+    EXPECT_EQ(root->GetChild(0).GetChild(1).GetName(), "y");
+    EXPECT_EQ(root->FindChild("y"), nullptr);
+    EXPECT_THROW(root->GetChild(3), std::out_of_range);
+}
+
 TEST(XmlParser, ReadsReferences) {
     const auto root =
         CreateXmlDocument("<a b='&lt;&gt;&amp;&quot;&apos;'>&#65;&#x42;&#xfc;&amp;lt;</a>")->GetRoot();
     EXPECT_EQ(root->GetAttribute("b"), "<>&\"'");
     EXPECT_EQ(root->GetText(), "ABü&lt;");
+}
+
+TEST(XmlParser, LeavesWhatIsNoReference) {
+    const std::string odd = "&;&amp&#;&#x;&#12&#xg;&a;&ap;& ;&&lt;";
+    EXPECT_EQ(CreateXmlDocument("<a b='" + odd + "'>" + odd + "</a>")->GetRoot()->GetText(),
+              "&;&amp&#;&#x;&#12&#xg;&a;&ap;& ;&<");
+}
+
+TEST(XmlParser, ReadsEveryCodeAsUtf8) {
+    EXPECT_EQ(Reprint("<a>&#x7f;&#x80;&#x7ff;&#x800;&#xFFFF;&#x10000;&#x10FFFF;</a>"),
+              "<a>\x7f\u0080\u07ff\u0800\uffff\U00010000\U0010ffff</a>");
+}
+
+TEST(XmlParser, AValueEndsAtAZeroReference) {
+    EXPECT_EQ(Reprint("<a b='1&#0;2'>x&#0;y<c/>z</a>"), "<a b=\"1\">xz<c></c></a>");
+}
+
+TEST(XmlParser, ATextEndsAtAZeroByte) {
+    EXPECT_EQ(Reprint("<a/>\0<b"s), "<a></a>");
 }
 
 TEST(XmlParser, ReadsBackWhatIsPrinted) {
@@ -78,6 +114,22 @@ TEST(XmlParser, JoinsTheTextsOfAnElement) {
 
 TEST(XmlParser, ReadsCdataAsText) {
     EXPECT_EQ(Reprint("<a>1<![CDATA[<b>&amp;]]>2</a>"), "<a>1&lt;b&gt;&amp;amp;2</a>");
+}
+
+TEST(XmlParser, BlanksAreAValueWhereThereIsNoOther) {
+    EXPECT_EQ(Reprint("<a> </a>"), "<a> </a>");
+    EXPECT_EQ(Reprint("<a> <!-- c --> </a>"), "<a> </a>");
+    EXPECT_EQ(Reprint("<a> <![CDATA[]]> </a>"), "<a></a>");
+}
+
+TEST(XmlParser, LineEndsInValuesReadAsBlanks) {
+    EXPECT_EQ(CreateXmlDocument("<a b='1\r\n2\r3\n4\t5'/>")->GetRoot()->GetAttribute("b"), "1 2 3 4 5");
+    EXPECT_EQ(Reprint("<a><![CDATA[1\r\n2\r3]]></a>"), "<a>1\n2\n3</a>");
+}
+
+TEST(XmlParser, ReadsOverWhatADocumentTypeHolds) {
+    EXPECT_EQ(Reprint("<!DOCTYPE a [ <!-- ' --> \"q>\" '>' <![ x <![ ]]> ]]> <!E <!F > > <?p > ?> ]><a/>"),
+              "<a></a>");
 }
 
 TEST(XmlParser, SkipsWhatIsNoContent) {
@@ -122,6 +174,13 @@ INSTANTIATE_TEST_SUITE_P(CutOff, BrokenDocument,
                          testing::Values("<", "<a", "<a b", "<a b=", "<a b=\"", "<a b=\"1\"", "<a>",
                                          "<a>text", "<a></", "<a></a", "<a><![CDATA[x", "<!-- c", "<?xml",
                                          "<a><b></b>"));
+INSTANTIATE_TEST_SUITE_P(OddMarkup, BrokenDocument,
+                         testing::Values("<!doctype a><a/>", "<a><!DOCTYPE a></a>", "<!DOCTYPE a <b> <a/>",
+                                         "<!DOCTYPE a \"><a/>", "<!DOCTYPE a <!-- ><a/>",
+                                         "<!DOCTYPE a <?x ><a/>", "<!DOCTYPE a <![ ]><a/>",
+                                         "<!DOCTYPE a <!- ><a/>", "<?1?><a/>", "<?x><a/>", "<!x><a/>",
+                                         "<a><![cdata[x]]></a>", "<a / >", "<a / b='1'>", "<a></a x>",
+                                         "<a b='1>", "<a b='1' c></a>", "<a b ='1' = ></a>"));
 INSTANTIATE_TEST_SUITE_P(NotWellFormed, BrokenDocument,
                          testing::Values("<a><b></a></b>", "<a b=1/>", "<a b/>", "<1/>", "< a/>",
                                          "<a b='1'c='2'/>", "<a>x\0y</a>"s));

@@ -85,6 +85,8 @@ public:
     T* operator->() const { return m_object; }
     T& operator*() const { return *m_object; }
     explicit operator bool() const { return m_object != nullptr; }
+    // The same object.
+    bool operator==(const auto_com& other) const { return m_object == other.m_object; }
 
 private:
     T* m_object = nullptr;

@@ -1,0 +1,93 @@
+// Printing elements straight into a text, for documents that are made often and that others read.
+#pragma once
+
+#include <charconv>
+#include <concepts>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/Xml.h"
+
+namespace KVXML {
+
+// Prints one element after the other, as INode::ToText() prints them:
+//
+//     printer.Element("queue", [&] {
+//         printer.Attribute("id", 7u);
+//         printer.Value("name", "Attic");
+//     });                                 <queue id="7"><name>Attic</name></queue>
+//
+// An element's attributes come before everything else in it. They are printed as they come: who gives a name
+// twice prints it twice.
+class Printer {
+public:
+    // Calls `content`, which prints what is in the element.
+    template <std::invocable Content>
+    void Element(std::string_view name, Content&& content) {
+        EndStartTag();
+        m_text.append(1, '<').append(name);
+        m_inStartTag = true;
+        content();
+        EndStartTag();
+        m_text.append("</").append(name).append(1, '>');
+    }
+
+    // An element that holds a text alone; numbers in decimal.
+    void Value(std::string_view name, std::string_view text) {
+        Element(name, [&] { Text(text); });
+    }
+    template <std::integral Number>
+    void Value(std::string_view name, Number number) {
+        Element(name, [&] { Finished(Digits(number)); });
+    }
+
+    void Attribute(std::string_view name, std::string_view value);
+    template <std::integral Number>
+    void Attribute(std::string_view name, Number value) {
+        m_text.append(1, ' ').append(name).append("=\"").append(Digits(value)).append(1, '"');
+    }
+
+    // Character data.
+    void Text(std::string_view text);
+
+    // What is printed already.
+    void Finished(std::string_view elements) {
+        EndStartTag();
+        m_text += elements;
+    }
+    void Finished(const INode& element) {
+        EndStartTag();
+        element.AppendText(m_text);
+    }
+
+    // What was printed so far. The printer is empty after Take().
+    const std::string& GetText() const { return m_text; }
+    std::string Take() { return std::exchange(m_text, {}); }
+
+private:
+    // A number's digits, which stand as long as the expression that they are used in.
+    template <std::integral Number>
+    class Digits {
+    public:
+        explicit Digits(Number number)
+            : m_end(std::to_chars(m_digits, m_digits + sizeof m_digits, number).ptr) {}
+        operator std::string_view() const { return {m_digits, m_end}; } // NOLINT(google-explicit-constructor)
+
+    private:
+        char m_digits[std::numeric_limits<Number>::digits10 + 2];
+        const char* m_end;
+    };
+
+    void EndStartTag() {
+        if (m_inStartTag)
+            m_text += '>';
+        m_inStartTag = false;
+    }
+
+    std::string m_text;
+    bool m_inStartTag = false;
+};
+
+} // namespace KVXML

@@ -1,0 +1,18 @@
+#include "platform/XmlPrinter.h"
+
+#include "platform/src/XmlText.h"
+
+namespace KVXML {
+
+void Printer::Attribute(std::string_view name, std::string_view value) {
+    m_text.append(1, ' ').append(name).append("=\"");
+    AppendEscaped(m_text, value, true);
+    m_text += '"';
+}
+
+void Printer::Text(std::string_view text) {
+    EndStartTag();
+    AppendEscaped(m_text, text, false);
+}
+
+} // namespace KVXML
