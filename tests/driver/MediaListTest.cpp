@@ -71,7 +71,8 @@ TEST(MediaList, KeepsItsTextInStep) {
     std::mt19937 random(1);
     MediaList list;
     for (int i = 0; i < 5000; ++i) {
-        const AudioMedia item = Item(static_cast<std::int32_t>(random() % 6), random() % 20);
+        const AudioMedia item =
+            Item(static_cast<std::int32_t>(random() % 6), static_cast<std::uint32_t>(random() % 20));
         switch (random() % 12) {
             case 0:
                 list.Remove(item);

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "TestCore.h"
+#include "platform/Text.h"
 #include "queue/AudioQueue.h"
 
 using Lines = std::vector<std::string>;
