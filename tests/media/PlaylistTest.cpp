@@ -4,6 +4,7 @@
 #include "Songs.h"
 #include "StatementCount.h"
 #include "media/MediaDatabase.h"
+#include "platform/Text.h"
 
 bool operator==(const MediaItem& a, const MediaItem& b) {
     return a.type == b.type && a.externalId == b.externalId && a.mediaId == b.mediaId && a.extra == b.extra;
@@ -154,8 +155,7 @@ TEST_F(Playlists, AreRenamedBySongs) {
     ASSERT_EQ(database.AddMedia(kDevice, Description("New"), "", "", 1, id), 0);
     const KVXML::INode* list = songs->FindChild("songs");
     for (std::size_t i = 0; i < list->GetChildCount(); ++i) {
-        const auto songId =
-            static_cast<std::uint32_t>(std::stoul(list->GetChild(i).FindChild("id")->GetText()));
+        const std::uint32_t songId = kv::ToULong(list->GetChild(i).FindChild("id")->GetText());
         EXPECT_EQ(database.AddSongToPlaylist(id, songId, static_cast<std::uint32_t>(i)), 0);
     }
     EXPECT_EQ(Ids(id), (IdList{3, 1}));
