@@ -17,12 +17,14 @@ def _reference(match):
 
 
 def _escape(what, text):
-    """Most texts are numbers or words, which stand for themselves."""
-    return text if text.isalnum() else what.sub(_reference, text)
+    """Most texts are empty, numbers or words, which stand for themselves."""
+    return text if not text or text.isalnum() else what.sub(_reference, text)
 
 
 class Node:
     """One element: a name, a text, attributes in the order set, children in the order added."""
+
+    __slots__ = ("name", "text", "attributes", "children")
 
     def __init__(self, name="", text=""):
         self.name = name
@@ -62,18 +64,13 @@ class Node:
         return "" if child is None else child.text
 
     def to_text(self):
-        pieces = []
-        self._print(pieces)
-        return "".join(pieces)
-
-    def _print(self, pieces):
-        pieces.append("<" + self.name)
+        head = self.name
         for name, value in self.attributes.items():
-            pieces.append(' %s="%s"' % (name, _escape(_ESCAPED_IN_ATTRIBUTE, value)))
-        pieces.append(">" + _escape(_ESCAPED_IN_TEXT, self.text))
-        for child in self.children:
-            child._print(pieces)
-        pieces.append("</" + self.name + ">")
+            head += f' {name}="{_escape(_ESCAPED_IN_ATTRIBUTE, value)}"'
+        body = _escape(_ESCAPED_IN_TEXT, self.text)
+        if self.children:
+            body += "".join([child.to_text() for child in self.children])
+        return f"<{head}>{body}</{self.name}>"
 
 
 MAX_LENGTH = 16 << 20

@@ -8,6 +8,8 @@ Python text here is one byte.
 import re
 
 _BARE = re.compile(r'[^ "\\\x00-\x1f\x7f]+')
+_BARE_WORD = re.compile(r'[ \t]*([^ "\\\x00-\x1f\x7f]+)(?=[ \t]|\Z)')
+_UNQUOTED = re.compile(r'[^"\\]+')
 _ESCAPED = re.compile(r"[\\\x00-\x1f\x7f]")
 _ESCAPED_VALUE = re.compile(r'["\\\x00-\x1f\x7f]')
 _NAMED = {"\\": "\\\\", "\r": "\\r", "\n": "\\n", "\t": "\\t", '"': '\\"'}
@@ -80,9 +82,10 @@ def _take_quoted(text, at):
     while at < len(text) and text[at] != '"':
         if text[at] == "\\":
             char, at = _take_escape(text, at)
+            out.append(char)
         else:
-            char, at = text[at], at + 1
-        out.append(char)
+            out.append(_UNQUOTED.match(text, at).group())
+            at += len(out[-1])
     if at == len(text):
         raise FormatError("a quote is not closed")
     at += 1
@@ -93,6 +96,8 @@ def _take_quoted(text, at):
 
 def take_word(text):
     """(word, place of its first "=" outside of quotes or -1, rest) of a text that holds more than blanks."""
+    if bare := _BARE_WORD.match(text):
+        return bare[1], bare[1].find("="), text[bare.end() :]
     text = trim_start(text)
     if text[0] == '"':
         word, at = _take_quoted(text, 0)
