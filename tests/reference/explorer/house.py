@@ -56,6 +56,8 @@ class House:
         for service, chance in (("RhapsodyClient", 0.05), ("AnnouncementNotifier", 0.05)):
             if dice.random() < chance:
                 lines.append(words("without", service))
+        if dice.random() < 0.06:
+            lines.append(words("fail", dice.choice(("CreatePlaylist", "AddMedia", "AddSongToPlaylist", "SongLocation"))))
         for service in ("StringX", "KVMessage"):
             if dice.random() < 0.02:
                 lines.append(words("without", service))
@@ -74,7 +76,7 @@ class House:
             location=dice.choice(LOCATIONS).format(song),
             device=dice.choice((None, 5, 6, 7)),
             title=dice.choice(TITLES),
-            artist=dice.choice(ARTISTS),
+            artist=dice.choice(ARTISTS + ("",)),
             album=dice.choice(ALBUMS),
             img=dice.choice((None, f"cover/{song}")),
             genre=dice.choice(GENRES),

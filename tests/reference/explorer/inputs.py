@@ -2,6 +2,7 @@
 
 from explorer.commands import COMMANDS, CONDITIONS, REQUESTS, odd_params
 from explorer.house import ADDRESSES, INPUTS, ROOMS, SERVERS, words
+from explorer.scenes import Scenes, SCENES
 from explorer.wire import Wire
 from world.system import OPERATIONS
 from world.words import format_pair, format_value
@@ -72,6 +73,7 @@ class Inputs:
         self.house = values.house
         self.knowledge = values.knowledge
         self.wire = Wire(values)
+        self.scenes = Scenes(values, self.wire, self.command, self.selection)
         self._may_answer_service = may_answer_service
         # A session does more of this and less of that.
         self._table = [(draw, weight * self.dice.choice((0.2, 1, 1, 1, 3))) for draw, weight in self._kinds()]
@@ -97,8 +99,7 @@ class Inputs:
             (self.restart, 0.5),
             (self.valid, 0.2),
             (self.location, 0.4),
-            (self.use_many_playlists, 0.3),
-            (self.come_to_rest, 0.5),
+            (self.play_scene, 3),
             (self.call_inside, self.dice.choice((0, 0, 4))),
         )
 
@@ -125,6 +126,7 @@ class Inputs:
     def command(self):
         name, _, draw = weighted(self.dice, self._commands)
         if self.values.chance(0.03):
+            name = "" if self.values.chance(0.05) else name
             return self._message("protocol", self.values.pick(4000, 3000, 5), name, params=draw(self.values))
         return self._message("command", name, params=draw(self.values))
 
@@ -140,6 +142,8 @@ class Inputs:
         room = self.values.room()
         kind = weighted(self.dice, KINDS)[0]
         queue = self.knowledge.queue_of(room) if self.values.chance(0.5) else self.values.queue()
+        if self.values.chance(0.1):
+            queue = 0
         pairs = {"queue": queue or None, "kind": kind or None}
         if kind in ("SONGS", "ALBUM", "SONG") or self.values.chance(0.1):
             pairs["media"] = self.house.some_ids(self.dice, self.house.songs + [999])
@@ -150,9 +154,9 @@ class Inputs:
         if self.values.chance(0.15):
             pairs["input"] = self.dice.choice(INPUTS)
             pairs["source"] = self.values.pick(5, 6, 100002, None)
-        return [self._selection(room, pairs)]
+        return [self.selection(room, pairs)]
 
-    def _selection(self, room, pairs):
+    def selection(self, room, pairs):
         address, port, channel = self.house.homes.get(room, ("10.0.0.99", 6200, 1))
         if self.values.chance(0.06):
             address, port, channel = self.dice.choice(sorted(self.house.homes.values()))
@@ -177,7 +181,7 @@ class Inputs:
         room, queue = wishes.pop(0 if self.values.chance(0.8) else self.dice.randrange(len(wishes)))
         if queue is None:
             return [words("deselect", room)]
-        return [self._selection(room, {"queue": queue, "kind": "QUEUE"})]
+        return [self.selection(room, {"queue": queue, "kind": "QUEUE"})]
 
     def advance(self):
         milliseconds = self.dice.choice(TIMES) if self.values.chance(0.8) else self.dice.randrange(200000)
@@ -224,6 +228,8 @@ class Inputs:
         if kind < 0.6:
             return [words("offline", self.values.pick(*SERVERS, *SERVERS, 3005))]
         newest = self.values.pick(*range(3000, 3006), 3499, 3500, 3501, 3502, 3503, 3998, 3999)
+        if self.values.chance(0.5):
+            newest = self.values.pick(*self.knowledge.newest_bindings())
         return [words(self.values.pick("bound", "bound", "unbound"), newest)]
 
     def change_world(self):
@@ -276,6 +282,9 @@ class Inputs:
             return ["create"]
         return ["persist", "stop"]
 
+    def play_scene(self):
+        return weighted(self.dice, SCENES)[0](self.scenes)
+
     def call_inside(self):
         """The core calls back inside one of the driver's next calls."""
         draws = (self.command, self.leave, self.select, self.fulfil_wish, self.wire.event, self.wire.answer)
@@ -285,21 +294,6 @@ class Inputs:
             return [words("inside", self.dice.choice(SERVICE_OUTPUTS)) + " " + line for line in self.service()[:1]]
         draw = self.dice.choice(draws)
         return [words("inside", self.dice.choice(OUTPUTS)) + " " + line for line in draw()[:1]]
-
-    def use_many_playlists(self):
-        """More than a room's history keeps."""
-        room = self.values.room()
-        return [words("command", "ADD_PLAYLIST", ROOM_ID=room, MEDIA_ID=playlist) for playlist in self.house.playlists]
-
-    def come_to_rest(self):
-        """A queue's end, the time after which it is cleared, and sometimes somebody who plays it again before."""
-        delay = self.values.pick(0, 1, 1)
-        lines = [words("command", "SET_PLAYLIST_CLEAR_FLAG", FLAG_VALUE="true")]
-        lines.append(words("command", "SET_PLAYLIST_CLEAR_DELAY", DELAY_VALUE=delay))
-        binding, stream = self.wire.stream()
-        lines += self.wire.data(binding, f"* addmed EOM={stream}") * self.values.pick(1, 2, 4)
-        lines += self.values.pick([], self.command(), [words("command", "PLAY", ROOM_ID=self.values.room())])
-        return lines + [words("advance", delay * 60000 + self.values.pick(99, 100, 101))]
 
     def location(self):
         kind = self.values.pick("SONG", "SONG", "BROADCAST_AUDIO", "ALBUM", "ALBUM_MP3", "ALBUM_CD", "PLAYLIST", "QUEUE", None)

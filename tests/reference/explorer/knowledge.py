@@ -11,6 +11,7 @@ _SENT = re.compile(r'< send (\d+) "(\d+) (\w+) ?(\d*)')
 _STREAM = re.compile(r"= data (\d+) \"\d+ addstr stream=(\d+)")
 _MESSAGE = re.compile(r"< message (\d+) (\w+)(.*)")
 _QUEUE_ID = re.compile(r"queueid:INT=(\d+)")
+_BINDING = re.compile(r"< binding (\d+) \d+ \w+ (\".*?\")")
 _PERSIST = re.compile(r"< persist (.*)")
 # Streams that are remembered.
 _MAX_STREAMS = 12
@@ -32,6 +33,7 @@ class Knowledge:
         self.streams = []  # [(binding, stream)], the newest last
         self.wishes = []  # [(room, queue or None)]: rooms that were asked to select or to let go
         self.last_stream = 0
+        self.bindings = {}  # family: the newest binding that the driver offered
 
     def new_stream(self):
         self.last_stream += 1
@@ -49,6 +51,8 @@ class Knowledge:
                 self._read_live(line)
             elif match := _ANSWERED.match(line):
                 self._add_queue(int(match[1]))
+            elif match := _BINDING.match(line):
+                self.bindings[match[2]] = int(match[1])
             elif match := _PERSIST.match(line):
                 self.persisted = match[1]
 
@@ -90,6 +94,9 @@ class Knowledge:
         elif match[2] == "SELECT_AUDIO_DEVICE" and (queue := _QUEUE_ID.search(match[3])):
             self.wishes.append((room, int(queue[1])))
         self.wishes = self.wishes[-12:]
+
+    def newest_bindings(self):
+        return list(self.bindings.values()) or [3000, 3501]
 
     def queue_of(self, room):
         for queue, rooms in self.queues.items():

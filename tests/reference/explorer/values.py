@@ -121,6 +121,7 @@ class Values:
         return self.pick(
             "<OTHER>1</OTHER>",
             "<SONG/>",
+            f'<SONG SOURCE="{self.pick("1", "2", "3", "4")}"/>',
             '<SONG ID="1"/>',
             f'<SONG SOURCE="{self.pick("0", "5", "x", "-1")}" ID="1"/>',
             "<MEDIA_ID/>",
