@@ -161,7 +161,7 @@ private:
     AudioServer* AudioServer_GetServerFromRoom(std::uint32_t roomId) const;
     AudioQueue* AudioServer_GetQueueFromRoom(std::uint32_t roomId) const;
     AudioQueue* AudioServer_GetQueueFromId(std::uint32_t queueId) const;
-    // False once a call to the core has ended the queue or left it behind, which frees it with the outermost
+    // False once a call to the core has ended the queue or left it behind. It is freed after the outermost
     // entry at the earliest.
     bool IsThere(const AudioQueue& queue) const;
     // 0 on success, -1 when the room can have no queue.
@@ -328,8 +328,7 @@ private:
     [[maybe_unused]] IUINotifier* m_instanceA = nullptr;
     [[maybe_unused]] IDeviceMessaging* m_instanceB = nullptr;
     std::uint32_t m_activeServerBinding = 0; // the server on this controller; 0 until it has come online
-    // From the start: a queue of id 0 would keep a walk over queues going round, 0 standing for its
-    // beginning.
+    // Never 0, which stands for the beginning of a walk over queues.
     std::uint32_t m_nextQueueId = kFirstQueueId;
     kv::auto_com<IStringX> m_stringX;
     kv::auto_com<IKVMessage> m_message;

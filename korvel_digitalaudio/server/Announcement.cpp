@@ -42,7 +42,8 @@ void Announcement::Play(const std::string& path) {
 bool Announcement::OnDataIn(const ASPacket& packet, bool& changed) {
     const std::uint32_t stream = packet.GetStreamULONG();
     if (m_streamId == protocol::kNoStream) {
-        // Taken without an acknowledgement: the next line goes out when the link's timer runs out.
+        // No acknowledgement: that is the event which the server sends before this answer. A server that sends
+        // none keeps the next line waiting for the link's timer.
         if (!m_waitingForStream || packet.GetCommand() != protocol::kAddAnnouncement)
             return false;
         SetStreamID(stream);

@@ -43,7 +43,7 @@ void AudioServer::OnDataIn(const ASPacket& packet, bool& changed) {
 
     const std::string result = packet.GetResult();
     const std::string command = packet.GetCommand();
-    // An acceptance is also told with the command as the result of an announcement request.
+    // The event "* SYS addann=S", which comes with the answer to "addann", is an acceptance, too.
     if (result == protocol::kOk || result == protocol::kAddAnnouncement) {
         OnAccepted(packet);
     } else if (result == protocol::kNo || result == protocol::kBad) {

@@ -78,7 +78,7 @@ private:
     QueueState m_state;
 };
 
-// What a client is told by: the address and the port that a room's endpoint listens on.
+// Names a client by the address and the port that a room's endpoint listens on.
 class ASClientPacketBase : public ASStreamPacketBase {
 public:
     ASClientPacketBase(std::string ipAddress, std::uint32_t port)
