@@ -38,3 +38,8 @@ class AudioQueue(
             client.close()
         self.rooms = {}
         self.link.release()
+
+    def leave_behind(self):
+        """Its server has gone: it says nothing any more, not even that it ended. Its rooms stay."""
+        self.is_closed = True
+        self.packets.close()

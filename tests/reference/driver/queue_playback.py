@@ -118,7 +118,8 @@ class QueuePlayback:
     def end_of_queue(self):
         self.change_queue_state(END)
         for room in sorted(self.rooms):
-            self.core.queue_ended(CORE_CODE, u32(room + ROOM_CODE))
+            if not self.is_closed:
+                self.core.queue_ended(CORE_CODE, u32(room + ROOM_CODE))
         self.packets.add(packets.end_of_stream())
 
     def add_song_to_stream(self, media):

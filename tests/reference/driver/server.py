@@ -28,6 +28,8 @@ class AudioServer:
         """Its queues are left behind with the link that they hold; returns them."""
         left_behind = self.sorted_queues()
         self.queues = {}
+        for queue in left_behind:
+            queue.leave_behind()
         if self.announcement is not None:
             self.announcement.clean_up()
         self.link.release()
