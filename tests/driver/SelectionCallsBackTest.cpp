@@ -124,6 +124,15 @@ TEST_F(SelectionCallsBack, TheRoomIsInTheQueueWhenItTakesTheDevice) {
     EXPECT_FALSE(Has(lines, "< result false"));
 }
 
+TEST_F(SelectionCallsBack, ARoomTakesNoDeviceOfAQueueThatWent) {
+    Analog room;
+    m_core.OfferToDevice<IAnalogSource>(8, room);
+    m_core.Run(Input("7", "line", "source=600"));
+    Run("select 8 queue=10000 kind=QUEUE source=700 ip=10.0.0.8 port=6200 channel=1 target=8", "FireEvent 1",
+        "offline 3000");
+    EXPECT_EQ(room.taken, 0);
+}
+
 TEST_F(SelectionCallsBack, AnInputIsNotInUseWhenItsQueueWentMeanwhile) {
     Analog room;
     m_core.OfferToDevice<IAnalogSource>(7, room);
