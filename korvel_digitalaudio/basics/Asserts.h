@@ -10,6 +10,7 @@ inline constexpr const char* kDriverPath = "korvel_digitalaudio/kvw/korvel_digit
 inline constexpr const char* kQueuePath = "korvel_digitalaudio/kvw/AudioQueue";
 inline constexpr const char* kServerPath = "korvel_digitalaudio/kvw/AudioServer";
 inline constexpr const char* kServerUtilityPath = "korvel_digitalaudio/kvw/ServerUtility";
+inline constexpr const char* kPacketPath = "korvel_digitalaudio/kvw/ASPacket";
 
 // In kDriverPath.
 inline constexpr int kRoomInfoName = 463;
@@ -40,7 +41,7 @@ inline constexpr int kServerErrorElement = 535;
 // In kServerUtilityPath.
 inline constexpr int kUnknownTimer = 74;
 
-// In korvel_digitalaudio/kvw/ASPacket.
+// In kPacketPath.
 inline constexpr int kNoMediaServices = 212;
 
 } // namespace asserts

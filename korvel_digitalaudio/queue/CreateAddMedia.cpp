@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr const char* kSourcePath = "korvel_digitalaudio/kvw/ASPacket";
 constexpr const char* kMountedPrefix = "/media";
 
 std::string BroadcastText(IMediaManager& mediaManager, const AudioMedia& media) {
@@ -67,7 +66,7 @@ std::unique_ptr<ASPacketBase> ASPacket::CreateAddMedia(IDriverHelper& driverHelp
     auto* mediaManager = kv::GetService<IMediaManager>(instances);
     auto* messaging = kv::GetService<IDeviceMessaging>(instances);
     if (!mediaManager || !messaging) {
-        kv::AssertWrite(kSourcePath, asserts::kNoMediaServices, kv::StackTrace());
+        kv::AssertWrite(asserts::kPacketPath, asserts::kNoMediaServices, kv::StackTrace());
         return nullptr;
     }
     std::string text;

@@ -11,8 +11,9 @@
 // The media of a queue in the order in which they were added: read as it is, changed by its operations alone.
 //
 // The list keeps its items' text for the documents. An item that was added is printed when the text is asked
-// for next, and its text leaves with it. Every text goes when the list is replaced, when a stream tells what
-// it plays, and when the text is asked for in the other mode.
+// for next, and its text leaves with it. Where several equal items leave, the texts behind the first of them go,
+// too. Every text goes when the list is replaced, when a stream tells what it plays, and when the text is
+// asked for in the other mode.
 class MediaList {
 public:
     const std::vector<AudioMedia>& operator*() const { return m_items; }

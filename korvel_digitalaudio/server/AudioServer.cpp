@@ -126,18 +126,23 @@ AudioQueue* AudioServer::GetInUseClientQueue(const std::string& ip, std::uint32_
 }
 
 void AudioServer::GetStatusVariable(KVXML::INode& parent) const {
-    for (AudioQueue* queue : GetQueues()) {
-        const auto status = queue->IsClosed() ? nullptr : queue->GetStatusData();
-        if (status && !queue->IsClosed()) // unless it ended while its name was looked up
-            parent.AppendChild(*status);
-    }
+    AppendOfEach(parent, &AudioQueue::GetStatusData);
 }
 
 void AudioServer::GetStatusVariable132(KVXML::INode& parent) const {
+    AppendOfEach(parent, &AudioQueue::GetStatusDataVersion132);
+}
+
+void AudioServer::GetRoomMapData(KVXML::INode& parent) const {
+    AppendOfEach(parent, &AudioQueue::GetRoomMapData);
+}
+
+// Without the element of a queue that ends while its name is looked up.
+void AudioServer::AppendOfEach(KVXML::INode& parent, QueueElement element) const {
     for (AudioQueue* queue : GetQueues()) {
-        const auto status = queue->IsClosed() ? nullptr : queue->GetStatusDataVersion132();
-        if (status && !queue->IsClosed())
-            parent.AppendChild(*status);
+        const auto made = queue->IsClosed() ? nullptr : (queue->*element)();
+        if (made && !queue->IsClosed())
+            parent.AppendChild(*made);
     }
 }
 

@@ -70,9 +70,10 @@ public:
     bool IsClientInUse(const std::string& ip, std::uint32_t channel, std::uint32_t port,
                        AudioQueue** found) const;
     AudioQueue* GetInUseClientQueue(const std::string& ip, std::uint32_t channel, std::uint32_t port) const;
-    // Append the status element of each queue.
+    // Append the element of each queue: its status, the older one, and the one with its rooms' endpoints.
     void GetStatusVariable(KVXML::INode& parent) const;
     void GetStatusVariable132(KVXML::INode& parent) const;
+    void GetRoomMapData(KVXML::INode& parent) const;
     void toxmlHistory(RoomHistories* histories, KVXML::INode& parent) const;
 
     // The one streaming input that is marked as in use
@@ -102,15 +103,14 @@ private:
     void AbandonQueues();
     template <class Predicate>
     AudioQueue* FindQueue(Predicate matches) const;
+    using QueueElement = kv::auto_com<KVXML::INode> (AudioQueue::*)();
+    void AppendOfEach(KVXML::INode& parent, QueueElement element) const;
     void OnAccepted(const ASPacket& packet);
     void OnRefused(const ASPacket& packet, bool& changed);
     void DropRefusedSong(AudioQueue& queue);
     void OnEndOfMedia(AudioQueue& queue, bool& changed);
     void OnStreamCreated(std::uint32_t streamId, bool& changed);
     void OnStreamReport(const ASPacket& packet);
-    bool IsListed(const AudioQueue& queue, std::uint32_t queueId) const {
-        return GetAudioQueue(queueId) == &queue;
-    }
 
     const std::uint32_t m_bindingId;
     kv::auto_com<ServerUtility> m_link; // before all that sends through it

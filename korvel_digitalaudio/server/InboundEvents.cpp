@@ -110,14 +110,13 @@ void AudioServer::DropRefusedSong(AudioQueue& queue) {
 }
 
 void AudioServer::OnEndOfMedia(AudioQueue& queue, bool& changed) {
-    const std::uint32_t queueId = queue.GetQueueId();
     if (queue.ShouldStopPlayback()) {
         LogXMessage(log_levels::kLink, "Stopping playback due to too many skips or errors.");
         return;
     }
     changed = true;
     const bool playing = !queue.IsInternetRadio() && queue.PlayNextSong(true, true);
-    if (!IsListed(queue, queueId))
+    if (queue.IsClosed())
         return; // the core ended the queue while it moved on
     if (playing) {
         if (m_watcher)

@@ -43,11 +43,7 @@ void AppendAnnouncement(INode& root, const Announcement& announcement) {
 void korvel_digitalaudio::UpdateRoomMapInfoVar() {
     PublishAssembly(variables::kRoomMapInfo, "info", m_shownRoomMap, [this](INode& root) {
         ForEachServer([&](const AudioServer& server) {
-            for (AudioQueue* queue : server.GetQueues()) {
-                const auto info = queue->IsClosed() ? nullptr : queue->GetRoomMapData();
-                if (info && !queue->IsClosed()) // unless it ended while its name was looked up
-                    root.AppendChild(*info);
-            }
+            server.GetRoomMapData(root);
             const Announcement* announcement = server.GetAnnouncement();
             if (announcement && GetServer(server.GetBindingId()) == &server &&
                 !announcement->GetAddresses().empty())
