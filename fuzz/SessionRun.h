@@ -11,8 +11,12 @@
 
 namespace fuzz {
 
-// A broken rule ends the process, with the rule on the standard error: an exception that leaves an entry, a
-// document that cannot be read, a driver that is gone and still registered.
+// May this line of output never come? True for a fault, as when an exception leaves an entry or a timer outlives
+// the driver, and for a document that cannot be read.
+bool BreaksARule(const std::string& line);
+
+// A broken rule ends the process, with the line on the standard error; so does a driver that is gone and still
+// registered.
 class SessionRun {
 public:
     SessionRun();
@@ -54,11 +58,11 @@ private:
     void OnCall(const ServiceCall& call);
     void Disturb(const std::string& what);
 
+    AnalogRoom m_analogRoom{m_core}; // outlives the core that offers it
     TestCore m_core;
-    AnalogRoom m_analogRoom{m_core};
     const Step* m_step = nullptr;
     std::uint32_t m_calls = 0;
-    bool m_inTimers = false; // within a call of the timer manager, in which no timer expires
+    bool m_inTimers = false; // within a call of the timer manager
 };
 
 } // namespace fuzz

@@ -125,12 +125,13 @@ void Session::DeliverAnswers() {
     }
 }
 
+// The driver's own timers reach nobody while it is made or destroyed.
 void Session::Expire(const TimerQueue::Expiry& expiry) {
     Enter([&] {
         if (expiry.callback)
             expiry.callback->OnTimerExpired(expiry.id, 0);
-        else
-            GetDriver().OnTimerExpired(expiry.id, 0);
+        else if (m_driver)
+            m_driver->OnTimerExpired(expiry.id, 0);
     });
 }
 

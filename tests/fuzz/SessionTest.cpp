@@ -67,7 +67,26 @@ TEST_F(SessionRun, WithinADisturbanceCallsCountOn) {
 TEST_F(SessionRun, ALineThatCannotBeRunDoesNothing) {
     EXPECT_EQ(run.Play({"no such line", {}}), Lines{});
     EXPECT_EQ(run.Play({"advance 4294967295", {}}), Lines{});
+    EXPECT_EQ(run.Play({"advance  \"4294967295\"", {}}), Lines{});
     EXPECT_FALSE(HasStart(run.Play({"command GET_SETTINGS", {{1, "stop"}}}), "< vmremove"));
+    EXPECT_FALSE(HasStart(run.Play({"command GET_SETTINGS", {{1, "stop\t"}}}), "< vmremove"));
+}
+
+TEST_F(SessionRun, TimeMayPassWhileTheDriverIsDestroyed) {
+    EXPECT_TRUE(HasStart(run.Play({"stop", {{1, "advance 60000"}}}), "< vmremove"));
+    run.Play({"start", {}});
+}
+
+TEST(SessionRules, AreBrokenByFaultsAndUnreadableDocuments) {
+    EXPECT_TRUE(fuzz::BreaksARule("< fault timer 3 outlives the driver that it calls back"));
+    EXPECT_FALSE(fuzz::BreaksARule("< fault no driver was created"));
+    for (const std::string start : {"< set 1006 ", "< ui ", "< ui-device 7 ", "< reply ", "< persist "}) {
+        EXPECT_TRUE(fuzz::BreaksARule(start + "<a><b></a>")) << start;
+        EXPECT_FALSE(fuzz::BreaksARule(start + "<a b=\"\\\\\"></a>")) << start;
+    }
+    EXPECT_FALSE(fuzz::BreaksARule("< set 1008 7"));
+    EXPECT_FALSE(fuzz::BreaksARule("< reply none"));
+    EXPECT_FALSE(fuzz::BreaksARule("< log 3 <"));
 }
 
 } // namespace
