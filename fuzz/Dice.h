@@ -19,6 +19,8 @@ public:
     const auto& Of(const List& list) {
         return *std::next(std::begin(list), static_cast<std::ptrdiff_t>(Below(std::size(list))));
     }
+    template <class List>
+    const auto& Of(const List&& list) = delete; // what it gave would be gone
 
 private:
     std::minstd_rand m_engine;

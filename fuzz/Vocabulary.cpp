@@ -28,10 +28,10 @@ const Pool kDocuments{"<MEDIA><MEDIA_ID>1</MEDIA_ID><MEDIA_ID>2</MEDIA_ID><MEDIA
                       "<albums><id>4</id><id>6</id></albums>",
                       "http://radio/1",
                       "<broken"};
-const Pool kFlags{"0", "1", "true", "FALSE", ""};
+const Pool kFlags{"1", "0", "true", "FALSE", ""};
 const Pool kNumbers{"0",    "1",     "2",         "3",          "5",          "60",
                     "4095", "65535", "268435440", "2147483648", "4294967295", "-1"};
-const Pool kTexts{"", "Ann", "Ben", "Blue", "Saved", "a <&> \"b\""};
+const Pool kTexts{"Ann", "", "Ben", "Blue", "Saved", "a <&> \"b\""};
 const Pool kDevices{"300", "500", "7", "8", "100002", "0"};
 
 const std::map<std::string_view, Pool> kParameters{
@@ -72,8 +72,8 @@ const std::map<std::string_view, Pool> kParameters{
 const std::map<std::string_view, Pool> kFields{
     {"queue", kQueues},
     {"kind",
-     {"QUEUE", "SONG", "SONGS", "ALBUM", "PLAYLIST", "BROADCAST_AUDIO", "ANNOUNCEMENT", "ALBUM_MP3",
-      "DIGITAL_MEDIA", ""}},
+     {"QUEUE", "SONG", "SONGS", "ALBUM", "PLAYLIST", "BROADCAST_AUDIO", "ANNOUNCEMENT",
+      "ANNOUNCEMENT_COMPLETE", "ALBUM_MP3", "DIGITAL_MEDIA", ""}},
     {"source", kDevices},
     {"binding", {"3000", "3001", "3002", "3500", "3501", "4000", "0"}},
     {"ip", {"10.0.0.7", "10.0.0.8", "10.0.0.9", "127.0.0.1", ""}},
@@ -88,13 +88,18 @@ const std::map<std::string_view, Pool> kFields{
     {"songs", kMediaLists},
     {"ALLOW_MULT_INPUT", kFlags},
 
-    {"time", {"0", "1", "1000", "5000", "10000", "60000", "300000"}},
+    {"time", {"5000", "0", "1", "1000", "10000", "60000", "300000"}},
     {"message", {"PLAY", "PAUSE", "STOP", "SKIP_FWD", "SKIP_REV", "GET_MOUNT_PATH"}},
     {"reply", {"<r handled=\"true\"/>", "<r handled=\"0\"/>", "<path>/media</path>", "usb", "<broken", ""}},
     {"error", {"0", "4", "10", "13", "30", "-1"}},
     {"failure", {"CreatePlaylist", "AddMedia", "AddSongToPlaylist", "SongLocation", "CreateMessage"}},
     {"number", {"0", "1", "2", "3", "2147483647"}},
     {"record", {"1", "2", "3", "4", "5", "6"}},
+    {"class", {"6", "15", "0"}},
+    {"service", {"RhapsodyClient", "StringX", "KVMessage", "AnnouncementNotifier"}},
+    {"output",
+     {"send 3000", "set 1006", "set 1009", "ui", "event", "message 7 DESELECT_AUDIO_PATH",
+      "message 8 SELECT_AUDIO_DEVICE"}},
 };
 
 constexpr std::array kEntryPatterns{
@@ -106,6 +111,9 @@ constexpr std::array kEntryPatterns{
     "input={input} "
     "source={source} target={target} location-kind={location-kind}",
     "select {ROOM_ID} kind=ANNOUNCEMENT ip={ip} port=6200",
+    "location {ROOM_ID} kind={kind} media={media} binding={binding} input={input} source={source} "
+    "target={target} location-kind={location-kind} location={location}",
+    "valid {class} {class}",
     "deselect {ROOM_ID}",
     "off {ROOM_ID}",
     "online {binding} {ip} ALLOW_MULT_INPUT={ALLOW_MULT_INPUT}",
@@ -127,6 +135,7 @@ constexpr std::array kEntryPatterns{
     "rhapsody track",
     "rhapsody error {error}",
     "persist",
+    "create",
     "protocol {binding} GET_SETTINGS",
 };
 
@@ -144,10 +153,23 @@ constexpr std::array kWorldPatterns{
     "room {ROOM_ID} ip={ip} port={port} channel={channel}",
     "fail {failure}",
     "random {number} {number} {number}",
+    "clock {time}",
+    "local {ip}",
+    "system-type {number}",
+    "without {service}",
+    "inside {output} deselect {ROOM_ID}",
+    "inside {output} offline {binding}",
+    "inside {output} select {ROOM_ID} queue={queue} kind=QUEUE ip={ip} port=6200 target={target}",
+    "inside {output} command STOP ROOM_ID={ROOM_ID}",
 };
 
+// The usual value half of the time.
+const std::string& AnyOf(const Pool& pool, Dice& dice) {
+    return dice.OneIn(2) ? pool.front() : dice.Of(pool);
+}
+
 std::string AnyValueOf(std::string_view name, Dice& dice) {
-    return FormatValue(dice.Of(*PoolOf(name)));
+    return FormatValue(AnyOf(*PoolOf(name), dice));
 }
 
 std::string Fill(std::string_view pattern, Dice& dice) {
@@ -189,11 +211,9 @@ std::string AnyCommand(Dice& dice) {
 }
 
 std::string AnyServerLine(Dice& dice) {
-    constexpr std::array kStreams{1u, 2u, 3u, 4u, 5u, 0u, 4095u};
-    const std::string& line =
-        dice.Of(ServerLines(static_cast<std::uint32_t>(dice.Below(20)), dice.Of(kStreams)));
-    return std::string("data ") + (dice.OneIn(4) ? dice.Of(kFields.at("binding")) : "3000") + " " +
-           FormatValue(line);
+    constexpr std::array kStreams{1u, 1u, 1u, 2u, 2u, 3u, 4u, 5u, 0u, 4095u};
+    const auto lines = ServerLines(static_cast<std::uint32_t>(dice.Below(20)), dice.Of(kStreams));
+    return "data " + AnyValueOf("binding", dice) + " " + FormatValue(dice.Of(lines));
 }
 
 } // namespace

@@ -10,7 +10,8 @@
 
 namespace fuzz {
 
-// The few values that words of one kind have, so that lines meet: rooms, queues, media, flags and so on.
+// The few values that words of one kind have, so that lines meet: rooms, queues, media, flags and so on. The first is
+// the usual one.
 using Pool = std::vector<std::string>;
 
 // The values of a parameter of a command or a field of a line; null for a name that nothing reads.

@@ -6,6 +6,7 @@
 
 #include "TestCore.h"
 #include "Vocabulary.h"
+#include "replay/Verbs.h"
 #include "replay/Words.h"
 
 namespace {
@@ -35,13 +36,24 @@ TEST(Vocabulary, NamesEveryCommand) {
     EXPECT_EQ(info->parameters, (std::vector<std::string>{"ROOM_ID", "QUEUE_ID"}));
 }
 
-// What comes out after a line about a station that plays on stream 1, with the room's command under way.
-std::vector<std::string> PlayToAStation(const std::string& line) {
+const std::vector<std::string> kStationOnStream1{
+    "start",
+    "online 3000 127.0.0.1",
+    "command ADD_IR_STREAM ROOM_ID=7 MEDIA=http://r/1 DEVICE_ID=9",
+    "select 7 queue=10000 kind=QUEUE ip=10.0.0.7 port=6200 target=7",
+    R"(data 3000 "1 addstr stream=1\r\n")",
+};
+const std::vector<std::string> kAwaitedAnnouncement{
+    "start",
+    "online 3000 127.0.0.1",
+    "announce create",
+};
+
+// What comes out after `line` in a situation with a command under way to the audio server.
+std::vector<std::string> PlayIn(const std::vector<std::string>& situation, const std::string& line) {
     TestCore core;
-    core.Run({"start", "online 3000 127.0.0.1",
-              "command ADD_IR_STREAM ROOM_ID=7 MEDIA=http://r/1 DEVICE_ID=9",
-              "select 7 queue=10000 kind=QUEUE ip=10.0.0.7 port=6200 target=7",
-              "data 3000 \"1 addstr stream=1\\r\\n\""});
+    for (const std::string& before : situation)
+        core.Run(before);
     auto lines = line.empty() ? std::vector<std::string>{}
                               : core.Run("data 3000 " + korvel::replay::FormatValue(line));
     for (const char* next : {"command PAUSE ROOM_ID=7", "advance 15000"}) {
@@ -52,27 +64,38 @@ std::vector<std::string> PlayToAStation(const std::string& line) {
 }
 
 TEST(Vocabulary, TheDriverHearsEveryLineOfAnAudioServer) {
-    const auto silence = PlayToAStation("");
+    const auto isHeard = [](const auto& situation, const std::string& line) {
+        return PlayIn(situation, line) != PlayIn(situation, "");
+    };
     for (const std::string& line : fuzz::ServerLines(2, 1))
-        EXPECT_TRUE(PlayToAStation(line) != silence) << line;
+        EXPECT_TRUE(isHeard(kStationOnStream1, line) || isHeard(kAwaitedAnnouncement, line)) << line;
+}
+
+TEST(Vocabulary, SpeaksEveryVerb) {
+    fuzz::Dice dice(1);
+    std::set<std::string> spoken;
+    for (int left = 20000; left > 0; --left) {
+        const std::string line = fuzz::AnyLine(dice);
+        spoken.insert(line.substr(0, line.find(' ')));
+    }
+    using namespace korvel::replay;
+    for (const auto& verbs : {GetWorldVerbs(), GetEntryVerbs(), GetRoutingVerbs(), GetServiceVerbs()}) {
+        for (const Verb& verb : verbs)
+            EXPECT_TRUE(spoken.contains(verb.name)) << verb.name;
+    }
 }
 
 // The session's own end and beginning aside, a made-up line can always be run.
 TEST(Vocabulary, EveryLineCanBeRun) {
     fuzz::Dice dice(1);
-    std::set<std::string> verbs;
     for (int left = 2000; left > 0; --left) {
         const std::string line = fuzz::AnyLine(dice);
-        verbs.insert(line.substr(0, line.find(' ')));
         if (line == "start")
             continue;
         TestCore core;
         core.Run({"start", "online 3000 127.0.0.1"});
         EXPECT_NO_THROW(core.Run(line)) << line;
     }
-    for (const char* verb :
-         {"command", "request", "protocol", "data", "select", "advance", "start", "stop", "song"})
-        EXPECT_TRUE(verbs.contains(verb)) << verb;
 }
 
 } // namespace
