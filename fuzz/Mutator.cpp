@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "SessionText.h"
@@ -19,7 +20,7 @@ using korvel::replay::FormatValue;
 using korvel::replay::Word;
 
 constexpr std::size_t kMaxText = 64;
-constexpr std::size_t kMaxRun = 8;   // lines that are taken away, copied or moved together
+constexpr std::size_t kMaxRun = 8;   // lines that are taken away or copied together
 constexpr std::size_t kMaxCall = 60; // of a service within a line, that is disturbed
 
 using Session = std::vector<Step>;
@@ -28,19 +29,22 @@ std::ptrdiff_t Place(const Session& session, Dice& dice) {
     return static_cast<std::ptrdiff_t>(dice.Below(session.size() + 1));
 }
 
-// A run of lines of a session that is not empty.
-Session AnyRun(const Session& session, Dice& dice) {
+// Where a run of lines begins and ends, in a session that is not empty.
+auto AnyRange(const Session& session, Dice& dice) {
     const std::size_t first = dice.Below(session.size());
     const std::size_t count = 1 + dice.Below(std::min(kMaxRun, session.size() - first));
     const auto begin = session.begin() + static_cast<std::ptrdiff_t>(first);
-    return {begin, begin + static_cast<std::ptrdiff_t>(count)};
+    return std::pair(begin, begin + static_cast<std::ptrdiff_t>(count));
+}
+
+Session AnyRun(const Session& session, Dice& dice) {
+    const auto [begin, end] = AnyRange(session, dice);
+    return {begin, end};
 }
 
 void EraseRun(Session& session, Dice& dice) {
-    const std::size_t first = dice.Below(session.size());
-    const std::size_t count = 1 + dice.Below(std::min(kMaxRun, session.size() - first));
-    const auto begin = session.begin() + static_cast<std::ptrdiff_t>(first);
-    session.erase(begin, begin + static_cast<std::ptrdiff_t>(count));
+    const auto [begin, end] = AnyRange(session, dice);
+    session.erase(begin, end);
 }
 
 // FormatError when the line holds a text that is no row of words.
@@ -105,16 +109,23 @@ void ChangeWord(std::string& line, Dice& dice) {
     line = LineOf(words);
 }
 
+std::uint32_t AnyCall(Dice& dice) {
+    return static_cast<std::uint32_t>(1 + dice.Below(kMaxCall));
+}
+
 void ChangeDisturbances(std::vector<Disturbance>& disturbances, Dice& dice) {
     if (!disturbances.empty() && dice.OneIn(3)) {
         disturbances.erase(disturbances.begin() +
                            static_cast<std::ptrdiff_t>(dice.Below(disturbances.size())));
-    } else if (!disturbances.empty() && dice.OneIn(3)) {
-        disturbances[dice.Below(disturbances.size())].call =
-            static_cast<std::uint32_t>(1 + dice.Below(kMaxCall));
+    } else if (!disturbances.empty() && dice.OneIn(2)) {
+        Disturbance& disturbance = disturbances[dice.Below(disturbances.size())];
+        if (dice.OneIn(2))
+            disturbance.call = AnyCall(dice);
+        else
+            ChangeWord(disturbance.what, dice);
     } else if (disturbances.size() < kMaxDisturbances) {
         const std::string what = dice.OneIn(4) ? kThrow : dice.OneIn(16) ? kThrowOther : AnyEntry(dice);
-        disturbances.push_back({static_cast<std::uint32_t>(1 + dice.Below(kMaxCall)), what});
+        disturbances.push_back({AnyCall(dice), what});
     }
 }
 
@@ -134,7 +145,7 @@ void Change(Session& session, Dice& dice) {
     }
 }
 
-// Cut after a whole line where it is too long.
+// Cut after a whole line where it is too long; `maxSize` is at least 1.
 std::size_t Write(const Session& session, std::uint8_t* data, std::size_t maxSize) {
     std::string text = PrintSession(session);
     if (text.size() > maxSize)
