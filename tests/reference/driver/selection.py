@@ -226,8 +226,9 @@ class Selection:
                 queue.create_stream()
         else:
             self.lose_room(wish.room, queue)
-            self.attach(wish, other)
-            result.queue = other.queue_id
+            if not other.is_closed:
+                self.attach(wish, other)
+                result.queue = other.queue_id
 
     def play_playlist(self, wish, queue, result):
         self.playlist_load(wish.room, wish.media[0] if wish.media else 0, queue, 0)

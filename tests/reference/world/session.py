@@ -8,7 +8,7 @@ from world.arguments import Arguments
 from world.live import MAX_ANSWERS
 from world.system import DRIVER_DEVICE, World
 from world.verbs import VERBS
-from world.words import FormatError, format_value
+from world.words import FormatError, Overrun, format_value
 from driver.frame import create_driver
 from nodes import Node
 
@@ -99,7 +99,7 @@ class Session:
         while (expiry := self.world.timers.take_due(end)) is not None:
             expiries += 1
             if expiries > MAX_EXPIRIES:
-                raise FormatError(f"more than {MAX_EXPIRIES} timers expired")
+                raise Overrun(f"more than {MAX_EXPIRIES} timers expired")
             timer_id, due, callback = expiry
             clock.advance_to(due)
             self.world.recorder.world_input(f"timer {timer_id}")
@@ -133,6 +133,6 @@ class Session:
         while (answer := self.world.live.take_answer()) is not None:
             answers += 1
             if answers > MAX_ANSWERS:
-                raise FormatError(f"more than {MAX_ANSWERS} live answers to one input")
+                raise Overrun(f"more than {MAX_ANSWERS} live answers to one input")
             self.world.recorder.world_input(answer)
             self._dispatch(answer)

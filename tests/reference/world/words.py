@@ -22,6 +22,10 @@ class FormatError(Exception):
     """What is wrong with a transcript line."""
 
 
+class Overrun(FormatError):
+    """What an input would set off is more than a run takes: most likely a loop between the driver and its world."""
+
+
 def _escape(match):
     char = match.group()
     return _NAMED.get(char) or f"\\x{ord(char):02x}"
