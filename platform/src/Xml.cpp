@@ -104,7 +104,7 @@ constexpr std::array<unsigned char, 256> kReferences = [] {
     std::array<unsigned char, 256> where{};
     for (unsigned char c = 0; c < 32; ++c)
         where[c] = c == '\n' || c == '\t' ? kInAttributes : kInAttributes | kInTexts;
-    for (const unsigned char c : {'&', '<', '>'})
+    for (const char8_t c : {u8'&', u8'<', u8'>'})
         where[c] = kInAttributes | kInTexts;
     where['"'] = kInAttributes;
     return where;

@@ -26,9 +26,9 @@ inline constexpr std::array<unsigned char, 256> kKinds = [] {
     add("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_:", kNameStart | kName);
     add("0123456789-.", kName);
     add(" \t\r\n", kBlank);
-    for (const unsigned char c : {'"', '\'', '&', '\t', '\r', '\n', '\0'})
+    for (const char8_t c : {u8'"', u8'\'', u8'&', u8'\t', u8'\r', u8'\n', u8'\0'})
         kinds[c] &= static_cast<unsigned char>(~kInValue);
-    for (const unsigned char c : {'<', '&', '\r', '\0'})
+    for (const char8_t c : {u8'<', u8'&', u8'\r', u8'\0'})
         kinds[c] &= static_cast<unsigned char>(~kInText);
     return kinds;
 }();
