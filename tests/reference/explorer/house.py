@@ -1,5 +1,6 @@
 """The house that a session plays in: its world, declared in the session's first inputs."""
 
+from world.system import OPERATIONS
 from world.words import format_pair, format_value
 
 ROOMS = (1, 2, 7, 8, 9, 10)
@@ -10,6 +11,8 @@ GENRES = ("Jazz", "Folk", "")
 ALBUMS = ("Colours", "Blue \"light\"", "")
 TITLES = ("Blue", "Late night", "A <b> & c", "\xe6\x97\xa5\xe6\x9c\xac", "")
 INPUTS = ("line", "tape", "10.0.0.9:6330")
+# Services and how often a session has to do without them.
+SERVICES = (("RhapsodyClient", 0.08), ("AnnouncementNotifier", 0.08), ("StringX", 0.02), ("KVMessage", 0.02))
 LOCATIONS = ("/media/{}.flac", "/media/usb/{} x.mp3", "music/{}.mp3", "", "/mnt/{}.ogg")
 
 
@@ -53,14 +56,11 @@ class House:
         for playlist in self.playlists[:-1]:
             lines.append(self.playlist(dice, playlist))
         lines += self.devices(dice)
-        for service, chance in (("RhapsodyClient", 0.05), ("AnnouncementNotifier", 0.05)):
+        for service, chance in SERVICES:
             if dice.random() < chance:
                 lines.append(words("without", service))
-        if dice.random() < 0.06:
-            lines.append(words("fail", dice.choice(("CreatePlaylist", "AddMedia", "AddSongToPlaylist", "SongLocation"))))
-        for service in ("StringX", "KVMessage"):
-            if dice.random() < 0.02:
-                lines.append(words("without", service))
+        if dice.random() < 0.1:
+            lines.append(words("fail", dice.choice(OPERATIONS)))
         for binding in SERVERS:
             if dice.random() < 0.6:
                 lines.append(self.live_engine(binding, knowledge))

@@ -162,7 +162,7 @@ class Inputs:
             address, port, channel = self.dice.choice(sorted(self.house.homes.values()))
         if self.values.chance(0.02):
             address, port, channel = self.values.pick(*ADDRESSES, None, "10.0.0.7 x"), self.values.pick(None, 6200), 1
-        if self.values.chance(0.15):
+        if self.values.chance(0.5 if "input" in pairs else 0.15):
             pairs["binding"] = self.values.pick(*SERVERS, *SERVERS, 3500, 3501, 5000, 0)
         if self.values.chance(0.03):
             pairs["location-kind"] = self.values.pick("GENERIC_MEDIA", "x")

@@ -156,6 +156,9 @@ class Values:
         return "<MEDIA>" + "".join(f"<{tag}>{album}</{tag}>" for album in ids) + "</MEDIA>"
 
     def room_list(self):
+        """Rooms with commas; seldom more of them than a command takes."""
+        if self.chance(0.02):
+            return ",".join(str(self.dice.choice(ROOMS)) for _ in range(self.pick(99, 100, 101, 130)))
         pieces = [str(self.room()) for _ in range(self.pick(0, 1, 1, 2, 3))]
         if self.chance(0.08):
             pieces.append(self.pick("", " ", "x", " 8", "4294967295"))
