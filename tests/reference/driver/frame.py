@@ -92,16 +92,21 @@ def create_driver(core):
 
 
 def entry(name, neutral=None):
-    """A way into the driver: an exception ends the entry, not the core."""
+    """A way into the driver: an exception ends the entry, not the core. What is to be freed waits for the outermost one."""
 
     def decorate(body):
         @functools.wraps(body)
         def guarded(self, *arguments):
+            self.entries += 1
             try:
                 return body(self, *arguments)
             except OutOfRange as error:
                 self.core.log(3, "Exception in %s: %s" % (name, error))
                 return neutral
+            finally:
+                self.entries -= 1
+                while self.entries == 0 and self.to_free:
+                    self.to_free.pop(0).free()
 
         return guarded
 
@@ -128,6 +133,8 @@ class Driver(
         self.device_id = 0
         self.has_rhapsody = False
         self.has_utilities = False
+        self.entries = 0  # that the core is in, one inside the other
+        self.to_free = []  # queues that closed: the core may still be in a call of theirs
         self.histories = RoomHistories()
         self.init_settings()
         self.init_registry()

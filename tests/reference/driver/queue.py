@@ -37,6 +37,9 @@ class AudioQueue(
         for client in self.rooms.values():
             client.close()
         self.rooms = {}
+        self.driver.to_free.append(self)
+
+    def free(self):
         self.link.release()
 
     def leave_behind(self):

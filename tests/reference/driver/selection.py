@@ -51,6 +51,8 @@ class Selection:
         in_use = self.server_in_use(wish.ip, wish.channel, wish.port)
         self.leave_other_server(wish, server)
         self.free_endpoint(wish, kind, server, in_use)
+        if self.has_gone(server):
+            return
         if wish.input != "" and not server.allow_multiple_inputs:
             self.deselect_if_different_input(server, wish.room, wish.input)
         queue, input_name = self.choose_queue(wish, kind, server, in_use)
@@ -69,6 +71,10 @@ class Selection:
         elif kind in ("SONGS", "ALBUM", "SONG", "BROADCAST_AUDIO"):
             self.play_media(wish, kind, queue, result)
         self.update_queue_status_variable()
+
+    def has_gone(self, server):
+        """Inside a call that told somebody about a room's removal."""
+        return self.servers.get(server.binding) is not server
 
     def confirm(self, wish, kind):
         message = self.core.create_message("MEDIA_SELECTED")
@@ -134,6 +140,8 @@ class Selection:
             if input_name != "" or self.may_stay(wish, server, queue):
                 return queue, input_name
             self.remove_room(wish.room, server, queue)
+        if self.has_gone(server):
+            return None, input_name
         if wish.queue != 0 and in_use is not None:
             queue = in_use.queue_by_id(wish.queue)
             if queue is not None:
