@@ -1,7 +1,7 @@
 #pragma once
 
+#include <boost/container/flat_map.hpp>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -114,7 +114,8 @@ private:
 
     const std::uint32_t m_bindingId;
     kv::auto_com<ServerUtility> m_link; // before all that sends through it
-    std::map<std::uint32_t, std::unique_ptr<AudioQueue>> m_queues;
+    // Flat, as every document walks over all of them.
+    boost::container::flat_map<std::uint32_t, std::unique_ptr<AudioQueue>> m_queues;
     std::vector<std::unique_ptr<AudioQueue>> m_unlistedQueues;
     std::vector<std::unique_ptr<AudioQueue>> m_removedQueues;
     std::vector<std::unique_ptr<AudioQueue>> m_leftQueues;
