@@ -3,6 +3,7 @@
 #include <boost/container/flat_map.hpp>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -120,7 +121,7 @@ private:
     std::vector<std::unique_ptr<AudioQueue>> m_removedQueues;
     std::vector<std::unique_ptr<AudioQueue>> m_leftQueues;
     std::unique_ptr<Announcement> m_announcement;
-    std::uint32_t m_inUseInputQueueId = 0;
+    std::optional<std::uint32_t> m_inUseInputQueueId;
     std::string m_inUseInputPath;
     IInstanceManager& m_instances;
     IDriverHelperV2& m_driverHelper;
