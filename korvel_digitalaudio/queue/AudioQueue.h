@@ -4,7 +4,6 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -272,7 +271,8 @@ private:
     void ForgetMode(Mode mode);
     void AddPacket(std::unique_ptr<ASPacketBase> packet, bool skipWaiting = false);
     std::string OwnerName() const;
-    std::string PrintInfo(std::string_view songs) const;
+    template <class Content>
+    std::string PrintInfo(Content&& songs) const;
     template <class Content>
     std::string PrintStatus(const std::string& name, QueueState state, Content&& content) const;
     void PrintRooms(KVXML::Printer& printer) const;

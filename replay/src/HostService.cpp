@@ -6,6 +6,8 @@ std::uint32_t TimerService::StartTimer(std::uint32_t milliseconds, std::uint32_t
                                        ITimerManagerCallback* callback) {
     if (!callback || count == 0)
         m_world.recorder.Fault("a timer without a callback, or that never expires");
+    if (m_world.Fails(kFailStartTimer))
+        return 0;
     return Start(milliseconds, count == 0 ? 1 : count, callback);
 }
 
@@ -44,15 +46,33 @@ kv::auto_com<ICmdMessage> HelperService::CreateMessage(const std::string& name) 
 kv::auto_com<IOutboundBindMessage> HelperService::CreateBindMessage(std::uint32_t kind,
                                                                     const std::string& name,
                                                                     const std::string& data) {
+    if (m_world.Fails(kFailCreateBindMessage))
+        return nullptr;
     return kv::CreateOutboundBindMessage(kind, name, data);
 }
 
 void* HelperService::GetDeviceInterface(std::uint32_t deviceId, const std::string& interfaceId) {
+    if (interfaceId == IAnalogSource::kInterfaceId && m_world.analogSources.contains(deviceId))
+        return static_cast<IAnalogSource*>(
+            &m_analogSources.try_emplace(deviceId, m_world, deviceId).first->second);
     const auto devices = m_world.mp3Devices.find(deviceId);
     if (interfaceId != IMp3Storage::kInterfaceId || devices == m_world.mp3Devices.end())
         return nullptr;
     m_storage.devices = devices->second;
     return static_cast<IMp3Storage*>(&m_storage);
+}
+
+void HelperService::AnalogSource::TakeSourceDevice(std::uint32_t deviceId) {
+    m_world.recorder.Output(OutputLine("analog").Number(m_room).Value("TakeSourceDevice").Number(deviceId));
+}
+
+std::vector<std::uint32_t> HelperService::AnalogSource::GetDevicesInAnalogSource() {
+    m_world.recorder.Output(OutputLine("analog").Number(m_room).Value("GetDevicesInAnalogSource"));
+    return m_world.analogSources.at(m_room);
+}
+
+void HelperService::AnalogSource::SelectDevice(std::uint32_t deviceId) {
+    m_world.recorder.Output(OutputLine("analog").Number(m_room).Value("SelectDevice").Number(deviceId));
 }
 
 void HostService::VmAdd(std::uint32_t id, const std::string& name, std::uint32_t type,

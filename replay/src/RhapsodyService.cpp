@@ -35,6 +35,8 @@ private:
 
 std::unique_ptr<KVRhapsodyClient::RhapsodyClient> RhapsodyService::CreateClient(
     KVRhapsodyClient::RhapsodyBranding, ITimerManager&, IRhapsodyCallback* callback) {
+    if (m_world.Fails(kFailCreateClient))
+        return nullptr;
     return std::make_unique<Client>(*this, callback);
 }
 

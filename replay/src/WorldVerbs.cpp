@@ -109,6 +109,13 @@ void Mp3Devices(Session& session, Arguments& arguments) {
         mp3Devices[device] = ParseNumberList(list, "LIST");
 }
 
+void Analog(Session& session, Arguments& arguments) {
+    const std::uint32_t room = arguments.Number("ROOM");
+    const std::string list = arguments.Value("LIST");
+    arguments.ExpectEnd();
+    session.GetWorld().analogSources[room] = ParseNumberList(list, "LIST");
+}
+
 void Reply(Session& session, Arguments& arguments) {
     const std::uint32_t device = arguments.Number("DEVICE");
     const std::string name = arguments.Value("NAME");
@@ -116,24 +123,35 @@ void Reply(Session& session, Arguments& arguments) {
 }
 
 void Without(Session& session, Arguments& arguments) {
-    static constexpr std::array<std::pair<std::string_view, const char*>, 4> kServices{{
-        {"RhapsodyClient", KVRhapsodyClient::IRhapsodyClientFactory::kInterfaceId},
-        {"StringX", IStringX::kInterfaceId},
-        {"KVMessage", IKVMessage::kInterfaceId},
-        {"AnnouncementNotifier", IAnnouncementNotifier::kInterfaceId},
+    struct Service {
+        std::string_view name;
+        const char* id;
+        bool isKept; // by servers and queues from their beginning on
+    };
+    static constexpr std::array<Service, 7> kServices{{
+        {"RhapsodyClient", KVRhapsodyClient::IRhapsodyClientFactory::kInterfaceId, false},
+        {"StringX", IStringX::kInterfaceId, false},
+        {"KVMessage", IKVMessage::kInterfaceId, false},
+        {"AnnouncementNotifier", IAnnouncementNotifier::kInterfaceId, false},
+        {"TimerManager", ITimerManager::kInterfaceId, true},
+        {"RoomService", IRoomService::kInterfaceId, true},
+        {"BindMessageSender", IBindMessageSender::kInterfaceId, true},
     }};
     const std::string name = arguments.Value("NAME");
     arguments.ExpectEnd();
     const auto service = std::find_if(kServices.begin(), kServices.end(),
-                                      [&](const auto& entry) { return entry.first == name; });
+                                      [&](const Service& entry) { return entry.name == name; });
     if (service == kServices.end())
         throw FormatError("no service that can be missing is named " + FormatValue(name));
-    session.GetInstances().RevokeInstance(service->second);
+    if (service->isKept && session.HasDriver())
+        throw FormatError(name + " is missing from the start or not at all");
+    session.GetInstances().RevokeInstance(service->id);
 }
 
 void Fail(Session& session, Arguments& arguments) {
-    static constexpr std::array<std::string_view, 5> kOperations{
-        kFailCreatePlaylist, kFailAddMedia, kFailAddSongToPlaylist, kFailSongLocation, kFailCreateMessage};
+    static constexpr std::array<std::string_view, 8> kOperations{
+        kFailCreatePlaylist, kFailAddMedia,          kFailAddSongToPlaylist, kFailSongLocation,
+        kFailCreateMessage,  kFailCreateBindMessage, kFailStartTimer,        kFailCreateClient};
     const std::string name = arguments.Value("NAME");
     arguments.ExpectEnd();
     if (std::find(kOperations.begin(), kOperations.end(), name) == kOperations.end())
@@ -177,11 +195,17 @@ constexpr Verb kVerbs[] = {
     {"playlist", "ID TITLE [songs=1,2]", "a saved playlist of this driver", Playlist},
     {"mp3devices", "DEVICE LIST", "the storage devices that DEVICE lists; none: it has no storage interface",
      Mp3Devices},
+    {"analog", "ROOM LIST",
+     "the devices between ROOM and its source, which ROOM can take from an analog output", Analog},
     {"reply", "DEVICE NAME TEXT", "what DEVICE answers to the message NAME", Reply},
     {"without", "NAME",
-     "a service that is not there: RhapsodyClient, StringX, KVMessage or AnnouncementNotifier", Without},
+     "a service that is not there: RhapsodyClient, StringX, KVMessage, AnnouncementNotifier; before the "
+     "start, "
+     "also TimerManager, RoomService or BindMessageSender",
+     Without},
     {"fail", "NAME",
-     "what fails from now on: CreatePlaylist, AddMedia, AddSongToPlaylist, SongLocation or CreateMessage",
+     "what fails from now on: CreatePlaylist, AddMedia, AddSongToPlaylist, SongLocation, CreateMessage, "
+     "CreateBindMessage, StartTimer or CreateClient",
      Fail},
     {"room", "ROOM [ip= port= channel=]", "a live room, which selects and deselects when it is told to",
      Room},

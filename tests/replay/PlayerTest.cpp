@@ -126,6 +126,19 @@ TEST(Player, TheWorldIsWhatTheTranscriptSays) {
               "< return 0 10 1");
 }
 
+TEST(Player, EachRoomHasItsOwnAnalogSource) {
+    EXPECT_EQ(LastOf("analog 7 5,6\nanalog 8 0\nstart\ncommand ANALOG\n"),
+              (Lines{"< analog 7 TakeSourceDevice 5", "< analog 7 GetDevicesInAnalogSource",
+                     "< analog 8 SelectDevice 5", "< analog 8 SelectDevice 6"}));
+    EXPECT_EQ(LastOf("analog 7 5\nstart\ncommand ANALOG\n"), (Lines{"< return no analog source"}));
+}
+
+TEST(Player, ALineOrATimerThatFailsLeavesNoMark) {
+    EXPECT_EQ(LastOf("start\nfail CreateBindMessage\ncommand SEND LINE=x\n"), Lines{});
+    EXPECT_EQ(LastOf("start\nfail StartTimer\ncommand MANAGED MS=1 COUNT=1\n"),
+              (Lines{"< debug timer none"}));
+}
+
 TEST(Player, BoundCalls) {
     EXPECT_EQ(LastOf("start\nonline 3000 127.0.0.1 k=\"a b\"\n"),
               (Lines{"< log 6 bound call 3000 SERVER_ONLINE [127.0.0.1] [a b]"}));
@@ -232,6 +245,8 @@ TEST(Player, AMistakeNamesItsLine) {
     EXPECT_EQ(ErrorOf("fail Everything\n"), "a.txt:1: no operation that can fail is named Everything");
     EXPECT_EQ(ErrorOf("start <a>\n"), "a.txt:1: the persisted element is not well-formed XML");
     EXPECT_EQ(ErrorOf("start\nstart\n"), "a.txt:2: the driver runs already");
+    EXPECT_EQ(ErrorOf("start\nwithout TimerManager\n"),
+              "a.txt:2: TimerManager is missing from the start or not at all");
     EXPECT_EQ(ErrorOf("without RhapsodyClient\nstart\nrhapsody error 1\n"),
               "a.txt:3: the driver has no client of the streaming service");
     EXPECT_EQ(ErrorOf("start\nannounce create\n"), "a.txt:2: the driver offers no announcements");

@@ -103,13 +103,18 @@ private:
             KillTimer(id);
         });
         RegisterCmd("MANAGED", [this](const ICmdMessage& message, ICmdReturn*) {
-            GetTimerManager().StartTimer(message.GetNumber("MS"), message.GetNumber("COUNT"), this);
+            const auto id =
+                GetTimerManager().StartTimer(message.GetNumber("MS"), message.GetNumber("COUNT"), this);
+            if (id == 0)
+                LogDebugMessage("timer", " none");
         });
         RegisterCmd("FORGET",
                     [this](const ICmdMessage&, ICmdReturn*) { GetTimerManager().RemoveCallback(this); });
         RegisterCmd("SEND", [this](const ICmdMessage& message, ICmdReturn*) {
             const auto line = GetHelper().CreateBindMessage(1, "SEND", message.GetParam("LINE"));
-            kv::GetService<IBindMessageSender>(GetInstanceManager())->SendBindMessage(100002, 3000, *line);
+            if (line)
+                kv::GetService<IBindMessageSender>(GetInstanceManager())
+                    ->SendBindMessage(100002, 3000, *line);
         });
         RegisterCmd("ASK", [this](const ICmdMessage& message, ICmdReturn* ret) {
             const auto question = CreateCommandMessageFromName(message.GetParam("NAME"));
@@ -121,6 +126,15 @@ private:
             messaging->SendMessage(7, *question, &reply);
             setReturnValue(ret, messaging->GetDeviceName(7) + ": " + reply);
             SendCommand(7, *question, ret);
+        });
+        RegisterCmd("ANALOG", [this](const ICmdMessage&, ICmdReturn* ret) {
+            auto* first = kv::GetDeviceService<IAnalogSource>(GetHelper(), 7);
+            auto* second = kv::GetDeviceService<IAnalogSource>(GetHelper(), 8);
+            if (!first || !second)
+                return setReturnValue(ret, "no analog source");
+            first->TakeSourceDevice(5);
+            for (const std::uint32_t id : first->GetDevicesInAnalogSource())
+                second->SelectDevice(id);
         });
         RegisterCmd("WORLD", [this](const ICmdMessage& message, ICmdReturn* ret) {
             std::ostringstream text;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -49,8 +50,23 @@ private:
         std::vector<std::uint32_t> devices;
     };
 
+    // One for each room: a call may come back in, and another room's interface be asked for, before it returns.
+    class AnalogSource final : public IAnalogSource {
+    public:
+        AnalogSource(World& world, std::uint32_t room) : m_world(world), m_room(room) {}
+
+        void TakeSourceDevice(std::uint32_t deviceId) override;
+        std::vector<std::uint32_t> GetDevicesInAnalogSource() override;
+        void SelectDevice(std::uint32_t deviceId) override;
+
+    private:
+        World& m_world;
+        std::uint32_t m_room;
+    };
+
     World& m_world;
     Mp3Storage m_storage;
+    std::map<std::uint32_t, AnalogSource> m_analogSources;
 };
 
 class HostService final : public IDriverHost {

@@ -41,6 +41,7 @@ public:
     World& GetWorld() { return m_world; }
     InstanceRegistry& GetInstances() { return m_instances; }
     RhapsodyService& GetRhapsody() { return m_rhapsody; }
+    bool HasDriver() const { return m_driver != nullptr; }
     // FormatError when none runs.
     IDriver& GetDriver();
 

@@ -25,6 +25,9 @@ inline constexpr const char* kFailAddMedia = "AddMedia";
 inline constexpr const char* kFailAddSongToPlaylist = "AddSongToPlaylist";
 inline constexpr const char* kFailSongLocation = "SongLocation";
 inline constexpr const char* kFailCreateMessage = "CreateMessage";
+inline constexpr const char* kFailCreateBindMessage = "CreateBindMessage";
+inline constexpr const char* kFailStartTimer = "StartTimer";
+inline constexpr const char* kFailCreateClient = "CreateClient";
 
 // An input that the core makes inside a call of the driver: the next whose output starts with that text.
 struct InsideCall {
@@ -48,6 +51,7 @@ struct World {
     std::set<std::string> localAddresses{"127.0.0.1"};
     std::map<std::uint32_t, std::string> names;
     std::map<std::uint32_t, std::vector<std::uint32_t>> mp3Devices;
+    std::map<std::uint32_t, std::vector<std::uint32_t>> analogSources;    // by room, the devices on the way
     std::map<std::pair<std::uint32_t, std::string>, std::string> replies; // by device and message name
     std::set<std::string> failing;
     std::vector<InsideCall> insideCalls; // those that wait, in the order declared

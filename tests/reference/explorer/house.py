@@ -12,7 +12,15 @@ ALBUMS = ("Colours", "Blue \"light\"", "")
 TITLES = ("Blue", "Late night", "A <b> & c", "\xe6\x97\xa5\xe6\x9c\xac", "")
 INPUTS = ("line", "tape", "10.0.0.9:6330")
 # Services and how often a session has to do without them.
-SERVICES = (("RhapsodyClient", 0.08), ("AnnouncementNotifier", 0.08), ("StringX", 0.02), ("KVMessage", 0.02))
+SERVICES = (
+    ("RhapsodyClient", 0.08),
+    ("AnnouncementNotifier", 0.08),
+    ("StringX", 0.02),
+    ("KVMessage", 0.02),
+    ("TimerManager", 0.01),
+    ("RoomService", 0.02),
+    ("BindMessageSender", 0.01),
+)
 LOCATIONS = ("/media/{}.flac", "/media/usb/{} x.mp3", "music/{}.mp3", "", "/mnt/{}.ogg")
 
 
@@ -104,6 +112,9 @@ class House:
         for device in (7, 100002, 5):
             if dice.random() < 0.8:
                 lines.append(words("mp3devices", device, dice.choice(("5", "5,6", "", "6,7,5", "none"))))
+        for room in ROOMS:
+            if dice.random() < 0.15:
+                lines.append(words("analog", room, dice.choice(("5", "5,6", "", "6,7,5"))))
         for device in (5, 6):
             if dice.random() < 0.5:
                 lines.append(f"reply {device} GET_MOUNT_PATH usb{device}")

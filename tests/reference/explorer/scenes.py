@@ -7,6 +7,10 @@ def _command(name, **params):
     return words("command", name, **params)
 
 
+def _inside(output, line):
+    return words("inside", output) + " " + line
+
+
 def _list_of(songs):
     return "<MEDIA>" + "".join(f"<MEDIA_ID>{song}</MEDIA_ID>" for song in songs) + "</MEDIA>"
 
@@ -69,8 +73,20 @@ class Scenes:
         first, second = self.dice.sample(ROOMS, 2)
         one, other = self.dice.sample(INPUTS, 2)
         queue = self.knowledge.queue_of(first) or 10000
-        lines = [self._select(room, queue=queue, kind="QUEUE", input=one) for room in (first, second)]
+        lines = [
+            self._select(room, queue=queue, kind="QUEUE", input=one, source=self.values.pick(5, 6, None))
+            for room in (first, second)
+        ]
         return lines + [self._select(self.values.pick(first, second, *ROOMS), queue=queue, kind="QUEUE", input=other)]
+
+    def move_to_an_input(self):
+        """A room comes to the queue that plays its input, whose own room leaves meanwhile."""
+        first, second = self.dice.sample(ROOMS, 2)
+        name = self.dice.choice(INPUTS)
+        lines = [self._select(first, queue=1, kind="QUEUE", input=name)]
+        if self.values.chance(0.7):
+            lines.append(_inside("event 2", words("off", first)))
+        return lines + [self._select(second, queue=self.values.pick(1, 2), kind="QUEUE", input=name)]
 
     def pin_past_the_end(self):
         """A place of an empty list is chosen to come next, then songs come."""
@@ -101,8 +117,101 @@ class Scenes:
         queue, room = self.dice.choice(alone)
         joining = self._select(self.dice.choice(ROOMS), queue=queue, kind="QUEUE")
         lines = [_command("SET_PLAYLIST_CLEAR_FLAG", FLAG_VALUE="true")] + self._reports("* addmed EOM={}")
-        lines.append(words("inside", self.values.pick("timer-stop", "timer-stop", "send", "timer")) + " " + joining)
+        lines.append(_inside(self.values.pick("timer-stop", "timer-stop", "send", "timer"), joining))
         return lines + [words(self.values.pick("deselect", "off"), room)]
+
+    def _add_media(self, room):
+        """One of the commands that give a room media."""
+        media = _list_of(self.house.songs[:2])
+        album = self.dice.choice(self.house.albums)
+        return self.values.pick(
+            _command("ADD_SONG", ROOM_ID=room, MEDIA_ID=self.values.song()),
+            _command("ADD_SONG_LIST", ROOM_ID=room, MEDIA=media),
+            _command("ADD_ALBUM_MP3", ROOM_ID=room, MEDIA_ID=album),
+            _command("ADD_ALBUM_LIST", ROOM_ID=room, MEDIA=f"<MEDIA><ALBUM>{album}</ALBUM></MEDIA>"),
+            _command("QUEUE_ALL", ROOM_ID=room, ARTIST="Ann"),
+            _command("ADD_IR_STREAM", ROOM_ID=room, MEDIA="http://x"),
+            _command("ADD_PLAYLIST", ROOM_ID=room, MEDIA_ID=self.dice.choice(self.house.playlists)),
+        )
+
+    def channel_goes_while_polled(self):
+        """The only channel goes while it is asked for what it plays; other queues stand before and behind it."""
+        first, channel, last = self.dice.sample(ROOMS, 3)
+        lines = [words("off", room) for room in ROOMS]
+        lines.append(self._add_media(first))
+        lines.append(_command("ADD_SONG", ROOM_ID=channel, MEDIA_ID="st.1", SOURCE=3))
+        lines.append(self._add_media(last))
+        lines.append(_inside("rhapsody GetCurrentSongInfo 10", words("off", channel)))
+        return lines + [words("advance", 30000)]
+
+    def empty_a_channel(self):
+        """Whoever hears of a channel's state empties its queue."""
+        room = self.values.room()
+        empty = _command("EDIT_QUEUE", ROOM_ID=room, MEDIA="<MEDIA></MEDIA>")
+        remove = _command("REMOVE_SONG", ROOM_ID=room, MEDIA_ID="st.1", SOURCE=3)
+        return [
+            _command("ADD_SONG", ROOM_ID=room, MEDIA_ID="st.1", SOURCE=3),
+            _command("ADD_IR_STREAM", ROOM_ID=room, DEVICE_ID=5),
+            _inside("message 5 QUEUE_STATE_CHANGED", self.values.pick(empty, remove)),
+            _command("SKIP_FWD", ROOM_ID=room),
+        ]
+
+    def _two_rooms(self, songs):
+        """(a queue's first room, another one of it, the lines that bring them there with so many songs)"""
+        shared = [rooms for rooms in self.knowledge.queues.values() if len(rooms) > 1]
+        if not shared:
+            return None
+        first, second = sorted(self.dice.sample(self.dice.choice(shared), 2))
+        return first, second, [_command("EDIT_QUEUE", ROOM_ID=first, MEDIA=_list_of(self.house.songs[:songs]))]
+
+    def leave_while_let_go(self):
+        """The last song is refused, and a room goes while another one is told to let go."""
+        found = self._two_rooms(songs=1)
+        if not found:
+            return []
+        first, second, lines = found
+        lines.append(_inside(f"message {first} DESELECT_AUDIO_PATH", words("off", second)))
+        return lines + self._reports("* addmed BAD={} no such file") * 2
+
+    def leave_at_the_end(self):
+        """The rooms of a queue go while they hear that it ended."""
+        found = self._two_rooms(songs=1)
+        if not found:
+            return []
+        first, second, lines = found
+        lines += [_command("REPEAT", ROOM_ID=first, REPEAT=0), _inside("room-service", words("off", first))]
+        if self.values.chance(0.7):
+            lines.append(_inside("event 2", words("off", second)))
+        return lines + self._reports("* addmed EOM={}") * 2
+
+    def leave_while_added(self):
+        """A queue at rest gets media, and its only room goes while the queue's timer stops."""
+        alone = [rooms[0] for rooms in self.knowledge.queues.values() if len(rooms) == 1]
+        if not alone:
+            return []
+        room = self.dice.choice(alone)
+        lines = [_command("SET_PLAYLIST_CLEAR_FLAG", FLAG_VALUE="true")] + self._reports("* addmed EOM={}")
+        return lines + [_inside("timer-stop", words("off", room)), self._add_media(room)]
+
+    def refuse_a_gone_room(self):
+        """A room goes while its new queue is made known, and what it was to get is nothing known."""
+        room = self.dice.choice(ROOMS)
+        lines = [words("off", room), _inside("event 1", words("off", room))]
+        return lines + [_command("ADD_SONG", ROOM_ID=room, MEDIA_ID="x", SOURCE=self.values.pick(0, 5, 9))]
+
+    def off_with_an_announcement(self):
+        """A room goes off while the announcement that ends with it is ended."""
+        room = self.values.room()
+        lines = [words("announce", "create")]
+        lines += self.wire.data(self.house.active, f"1 addann stream={self.knowledge.new_stream()}")
+        return lines + [_inside("send", words("off", room)), words("off", room)]
+
+    def play_nothing(self):
+        """A track without an id, where a list begins."""
+        room = self.values.room()
+        lines = [_command("ADD_SONG_LIST", ROOM_ID=room, MEDIA='<MEDIA><SONG SOURCE="2"/></MEDIA>', CLEAR=1)]
+        lines += self._reports("* addmed EOM={}")
+        return lines + [_command(self.values.pick("PLAY", "STOP"), ROOM_ID=room), _command("PLAY", ROOM_ID=room)]
 
 
 SCENES = (
@@ -114,4 +223,13 @@ SCENES = (
     (Scenes.pin_past_the_end, 3),
     (Scenes.long_list, 0.3),
     (Scenes.join_while_leaving, 4),
+    (Scenes.move_to_an_input, 3),
+    (Scenes.channel_goes_while_polled, 3),
+    (Scenes.empty_a_channel, 2),
+    (Scenes.leave_while_let_go, 3),
+    (Scenes.leave_at_the_end, 2),
+    (Scenes.leave_while_added, 3),
+    (Scenes.refuse_a_gone_room, 2),
+    (Scenes.off_with_an_announcement, 2),
+    (Scenes.play_nothing, 2),
 )

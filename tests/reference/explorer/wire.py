@@ -31,6 +31,8 @@ JUNK = (
     "5\r\n",
     "* SYS\r\n",
     "* SYS hello you\r\n",
+    "* SYS hello\r\n",
+    "* addmed hello\r\n",
     "* SYS addann=1\r\n",
     "* SYS =1 addann\r\n",
     "* addcli addann=1\r\n",

@@ -52,6 +52,9 @@ class Session:
             raise self._inside_error
         return self.world.recorder.lines
 
+    def has_driver(self):
+        return self._driver is not None
+
     def driver(self):
         if self._driver is None:
             raise FormatError('no driver runs: "start" comes first')

@@ -11,7 +11,18 @@ from world.words import format_pair, mask_addresses
 DRIVER_DEVICE = 100002
 TIMER_FLAG_PERIODIC = 16
 SERVICES = ("RhapsodyClient", "StringX", "KVMessage", "AnnouncementNotifier")
-OPERATIONS = ("CreatePlaylist", "AddMedia", "AddSongToPlaylist", "SongLocation", "CreateMessage")
+# What servers and queues keep from their beginning on.
+KEPT_SERVICES = ("TimerManager", "RoomService", "BindMessageSender")
+OPERATIONS = (
+    "CreatePlaylist",
+    "AddMedia",
+    "AddSongToPlaylist",
+    "SongLocation",
+    "CreateMessage",
+    "CreateBindMessage",
+    "StartTimer",
+    "CreateClient",
+)
 
 
 def _list_items(items):
@@ -19,6 +30,24 @@ def _list_items(items):
     return ",".join(
         str(item.media_id) if item.type == media.SONG_TYPE else f"{item.type}:{item.external_id}" for item in items
     )
+
+
+class _AnalogSource:
+    """A room that can take its audio from the analog output of another device."""
+
+    def __init__(self, world, room):
+        self._world = world
+        self._room = room
+
+    def take_source_device(self, device):
+        self._world.recorder.output("analog", self._room, "TakeSourceDevice", device)
+
+    def devices(self):
+        self._world.recorder.output("analog", self._room, "GetDevicesInAnalogSource")
+        return list(self._world.analog_sources[self._room])
+
+    def select_device(self, device):
+        self._world.recorder.output("analog", self._room, "SelectDevice", device)
 
 
 class World(Core):
@@ -34,6 +63,7 @@ class World(Core):
         self.local_addresses = {"127.0.0.1"}
         self.names = {}
         self.mp3_lists = {}
+        self.analog_sources = {}  # by room, the devices on the way
         self.replies = {}  # by device and message name
         self.missing = set()  # services
         self.failing = set()  # operations
@@ -128,6 +158,8 @@ class World(Core):
     def start_timer(self, milliseconds, count, callback):
         if callback is None or count == 0:
             self.recorder.fault("a timer without a callback, or that never expires")
+        if "StartTimer" in self.failing or not self.has_service("TimerManager"):
+            return 0
         return self._start(milliseconds, count or 1, callback)
 
     def cancel_timer(self, timer_id):
@@ -151,6 +183,8 @@ class World(Core):
         return self.replies.get((device, message.name), "")
 
     def send_bind_message(self, binding, line):
+        if "CreateBindMessage" in self.failing or not self.has_service("BindMessageSender"):
+            return
         self._out("send", binding, line)
         self.live.on_line(binding, line)
 
@@ -164,7 +198,8 @@ class World(Core):
         self._out("ui-device", device, text=node.to_text())
 
     def queue_ended(self, code, room_code):
-        self._out("room-service", code, room_code)
+        if self.has_service("RoomService"):
+            self._out("room-service", code, room_code)
 
     def announcement_stream_ready(self):
         self._out("announcement", "ready")
@@ -178,12 +213,12 @@ class World(Core):
         return self.mp3_lists.get(device)
 
     def analog_source(self, device):
-        return None
+        return _AnalogSource(self, device) if device in self.analog_sources else None
 
     # The streaming service's client.
 
     def rhapsody_create(self):
-        self.has_rhapsody_client = self.has_service("RhapsodyClient")
+        self.has_rhapsody_client = self.has_service("RhapsodyClient") and "CreateClient" not in self.failing
         return self.has_rhapsody_client
 
     def rhapsody_destroy(self):

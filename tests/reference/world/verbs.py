@@ -5,7 +5,7 @@ from messages import Message, message_to_xml
 from nodes import parse_document
 from world import media
 from world.arguments import Arguments, parse_number_list
-from world.system import DRIVER_DEVICE, OPERATIONS, SERVICES
+from world.system import DRIVER_DEVICE, KEPT_SERVICES, OPERATIONS, SERVICES
 from world.words import FormatError, format_pair, format_value
 
 VERBS = {}
@@ -125,6 +125,14 @@ def _mp3_devices(session, arguments):
         session.world.mp3_lists[device] = parse_number_list(devices, "LIST")
 
 
+@_verb("analog")
+def _analog(session, arguments):
+    room = arguments.number("ROOM")
+    devices = arguments.value("LIST")
+    arguments.expect_end()
+    session.world.analog_sources[room] = parse_number_list(devices, "LIST")
+
+
 @_verb("reply")
 def _reply(session, arguments):
     device = arguments.number("DEVICE")
@@ -136,7 +144,9 @@ def _reply(session, arguments):
 def _without(session, arguments):
     name = arguments.value("NAME")
     arguments.expect_end()
-    if name not in SERVICES:
+    if name in KEPT_SERVICES and session.has_driver():
+        raise FormatError(f"{name} is missing from the start or not at all")
+    if name not in SERVICES + KEPT_SERVICES:
         raise FormatError(f"no service that can be missing is named {format_value(name)}")
     session.world.missing.add(name)
 
