@@ -18,7 +18,7 @@ std::string SongListText(std::uint32_t first, std::uint32_t count) {
     return text + "</MEDIA>";
 }
 
-House::House(std::uint32_t queues, std::uint32_t songs) {
+House::House(std::uint32_t queues, std::uint32_t songs) : m_queues(queues) {
     const std::string list = SongListText(kFirstSong, songs);
     for (std::uint32_t roomId = 1; roomId <= queues; ++roomId)
         AddQueue(roomId, list);

@@ -26,12 +26,14 @@ public:
     House(std::uint32_t queues, std::uint32_t songs);
 
     BenchCore& Core() { return m_core; }
+    std::uint32_t GetQueueCount() const { return m_queues; }
     void Run(const Command& command) { m_core.Driver().ExecuteCommand(*command, nullptr, 0); }
 
 private:
     void AddQueue(std::uint32_t roomId, const std::string& songs);
 
     BenchCore m_core;
+    const std::uint32_t m_queues;
 };
 
 } // namespace bench

@@ -1,28 +1,18 @@
-// What a person does to one queue, in houses of several sizes. Beside each time, in the same run, the floor
-// of its documents: "pugixml" is the time to build and print them once, "copy" the time to copy their bytes
-// once.
+// What an operation on one queue takes, in houses of several sizes. Beside each time, in the same run, the
+// floor of its documents: "pugixml" is the time to build and print them once, "copy" the time to copy their
+// bytes once.
 #include <benchmark/benchmark.h>
 
 #include <ctime>
-#include <functional>
 
 #include "Floor.h"
-#include "House.h"
+#include "Operations.h"
 
 namespace {
 
-using bench::Command;
 using bench::House;
-using bench::MakeCommand;
-
-constexpr std::uint32_t kLongList = 4000;
-// Ended media within a minute count as errors; so long an operation is ago when the next one comes.
-constexpr std::uint32_t kBetweenOperationsMs = 61000;
-
-struct Operation {
-    std::function<void()> run;
-    std::function<void()> restore; // not measured; may be empty
-};
+using bench::NamedOperation;
+using bench::Operation;
 
 // The driver waits for nothing: its time is the processor's, which other programs do not disturb.
 double ProcessorSeconds() {
@@ -50,17 +40,10 @@ double MeanSecondsOf(const std::function<void()>& action) {
     }
 }
 
-void Finish(House& house, const Operation& operation) {
-    if (operation.restore)
-        operation.restore();
-    house.Core().AnswerLines();
-    house.Core().PassTime(kBetweenOperationsMs);
-}
-
 void Measure(benchmark::State& state, House& house, const Operation& operation) {
     for ([[maybe_unused]] const auto turn : state) {
         state.SetIterationTime(SecondsOf(operation.run));
-        Finish(house, operation);
+        bench::Finish(house, operation);
     }
 
     std::vector<std::string> documents;
@@ -74,85 +57,25 @@ void Measure(benchmark::State& state, House& house, const Operation& operation) 
     state.counters["kB"] = static_cast<double>(floor.GetBytes()) / 1000;
 }
 
-House MakeHouse(const benchmark::State& state) {
-    return House(static_cast<std::uint32_t>(state.range(0)), static_cast<std::uint32_t>(state.range(1)));
-}
-
-void Skip(benchmark::State& state) {
-    House house = MakeHouse(state);
-    const Command skip = MakeCommand("SKIP_FWD", {{"ROOM_ID", "INT", "1"}});
-    Measure(state, house, {[&] { house.Run(skip); }, {}});
-}
-
-// All queues are shuffled and play a song from somewhere in their lists.
-void SkipShuffled(benchmark::State& state) {
-    House house = MakeHouse(state);
-    for (std::int64_t room = 1; room <= state.range(0); ++room) {
-        const CmdParam roomId = {"ROOM_ID", "INT", std::to_string(room)};
-        house.Run(MakeCommand("SHUFFLE", {roomId, {"SHUFFLE", "INT", "1"}}));
-        house.Run(MakeCommand("SKIP_FWD", {roomId}));
-    }
-    house.Core().AnswerLines();
-    const Command skip = MakeCommand("SKIP_FWD", {{"ROOM_ID", "INT", "1"}});
-    Measure(state, house, {[&] { house.Run(skip); }, {}});
-}
-
-void EndOfMedia(benchmark::State& state) {
-    House house = MakeHouse(state);
-    const std::string line = "* addmed EOM=" + std::to_string(House::kFirstStream) + "\r\n";
-    Measure(state, house, {[&] { house.Core().Receive(line); }, {}});
-}
-
-void AddSong(benchmark::State& state) {
-    House house = MakeHouse(state);
-    const std::vector<CmdParam> song = {{"ROOM_ID", "INT", "1"}, {"MEDIA_ID", "INT", "999999"}};
-    const Command add = MakeCommand("ADD_SONG", song);
-    const Command remove = MakeCommand("REMOVE_SONG", song);
-    Measure(state, house, {[&] { house.Run(add); }, [&] { house.Run(remove); }});
-}
-
-// The list takes the place of the one before.
-void AddSongList(benchmark::State& state) {
-    House house = MakeHouse(state);
-    const Command add = MakeCommand("ADD_SONG_LIST",
-                                    {{"ROOM_ID", "INT", "1"},
-                                     {"CLEAR", "INT", "1"},
-                                     {"MEDIA", "STRING", bench::SongListText(House::kFirstSong, kLongList)}});
-    Measure(state, house, {[&] { house.Run(add); }, {}});
-}
-
-// What plays is in both lists, so that it goes on playing.
-void EditQueue(benchmark::State& state) {
-    House house = MakeHouse(state);
-    const auto edit = [](std::uint32_t first) {
-        return MakeCommand("EDIT_QUEUE", {{"ROOM_ID", "INT", "1"},
-                                          {"MEDIA", "STRING", bench::SongListText(first, kLongList)}});
+void Register(const NamedOperation& named) {
+    const auto measure = [prepare = named.prepare](benchmark::State& state) {
+        House house(static_cast<std::uint32_t>(state.range(0)), static_cast<std::uint32_t>(state.range(1)));
+        Measure(state, house, prepare(house));
     };
-    const Command one = edit(House::kFirstSong);
-    const Command other = edit(House::kFirstSong - 1);
-    bool turn = false;
-    Measure(state, house, {[&] { house.Run((turn = !turn) ? other : one); }, {}});
-}
-
-void EverySize(benchmark::internal::Benchmark* benchmark) {
-    benchmark->ArgNames({"queues", "songs"})
-        ->ArgsProduct({{1, 10, 100}, {10, 1000, 4000}})
+    const std::vector<std::int64_t> songs = named.givesLongList
+                                                ? std::vector<std::int64_t>{bench::kLongList}
+                                                : std::vector<std::int64_t>{10, 1000, bench::kLongList};
+    benchmark::RegisterBenchmark(named.name, measure)
+        ->ArgNames({"queues", "songs"})
+        ->ArgsProduct({{1, 10, 100}, songs})
         ->UseManualTime()
         ->Unit(benchmark::kMicrosecond);
 }
 
-void LongLists(benchmark::internal::Benchmark* benchmark) {
-    benchmark->ArgNames({"queues", "songs"})
-        ->ArgsProduct({{1, 10, 100}, {kLongList}})
-        ->UseManualTime()
-        ->Unit(benchmark::kMicrosecond);
-}
-
-BENCHMARK(Skip)->Apply(EverySize);
-BENCHMARK(SkipShuffled)->Apply(EverySize);
-BENCHMARK(EndOfMedia)->Apply(EverySize);
-BENCHMARK(AddSong)->Apply(EverySize);
-BENCHMARK(AddSongList)->Apply(LongLists);
-BENCHMARK(EditQueue)->Apply(LongLists);
+[[maybe_unused]] const bool g_registered = [] {
+    for (const NamedOperation& named : bench::GetOperations())
+        Register(named);
+    return true;
+}();
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -271,8 +272,7 @@ private:
     void ForgetMode(Mode mode);
     void AddPacket(std::unique_ptr<ASPacketBase> packet, bool skipWaiting = false);
     std::string OwnerName() const;
-    template <class Content>
-    std::string PrintInfo(Content&& songs) const;
+    std::string PrintInfo(std::string_view songs) const;
     template <class Content>
     std::string PrintStatus(const std::string& name, QueueState state, Content&& content) const;
     void PrintRooms(KVXML::Printer& printer) const;

@@ -64,13 +64,14 @@ NodePtr AudioQueue::GetSessionData() const {
 }
 
 // The owner is a number here.
-template <class Content>
-std::string AudioQueue::PrintInfo(Content&& songs) const {
+std::string AudioQueue::PrintInfo(std::string_view songs) const {
+    constexpr std::size_t kBesideSongs = 128;
     Printer printer;
+    printer.Reserve(songs.size() + kBesideSongs);
     printer.Element("info", [&] {
         printer.Value("id", m_queueId);
         printer.Value("name", m_owner);
-        printer.Element("songs", [&] { songs(printer); });
+        printer.Element("songs", [&] { printer.Finished(songs); });
     });
     return printer.Take();
 }
@@ -78,14 +79,14 @@ std::string AudioQueue::PrintInfo(Content&& songs) const {
 std::string AudioQueue::InfoText() const {
     for (std::size_t i = 0; i < m_songs.CountUnlisted(); ++i)
         kv::AssertWrite(asserts::kQueuePath, asserts::kInfoMediaType, kv::StackTrace());
-    return PrintInfo([&](Printer& songs) { songs.Finished(m_songs.GetText(IsInternetRadio())); });
+    return PrintInfo(m_songs.GetText(IsInternetRadio()));
 }
 
 // Readers of this older document take the list from elsewhere: its "songs" stays empty.
 std::string AudioQueue::InfoTextVersion132() const {
     for (std::size_t i = 0; i < m_songs.CountUnlisted(); ++i)
         kv::AssertWrite(asserts::kQueuePath, asserts::kInfo132MediaType, kv::StackTrace());
-    return PrintInfo([](Printer&) {});
+    return PrintInfo({});
 }
 
 NodePtr AudioQueue::GetInfoVariable() const {

@@ -159,7 +159,7 @@ bool AudioServer::ClearInUseInput(const AudioQueue* queue) {
     if (queue->GetQueueId() != m_inUseInputQueueId)
         return false;
     m_inUseInputPath.clear();
-    m_inUseInputQueueId = 0;
+    m_inUseInputQueueId.reset();
     return true;
 }
 

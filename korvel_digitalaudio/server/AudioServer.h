@@ -1,8 +1,9 @@
 #pragma once
 
+#include <boost/container/flat_map.hpp>
 #include <cstdint>
-#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -114,12 +115,13 @@ private:
 
     const std::uint32_t m_bindingId;
     kv::auto_com<ServerUtility> m_link; // before all that sends through it
-    std::map<std::uint32_t, std::unique_ptr<AudioQueue>> m_queues;
+    // Flat, as every document walks over all of them.
+    boost::container::flat_map<std::uint32_t, std::unique_ptr<AudioQueue>> m_queues;
     std::vector<std::unique_ptr<AudioQueue>> m_unlistedQueues;
     std::vector<std::unique_ptr<AudioQueue>> m_removedQueues;
     std::vector<std::unique_ptr<AudioQueue>> m_leftQueues;
     std::unique_ptr<Announcement> m_announcement;
-    std::uint32_t m_inUseInputQueueId = 0;
+    std::optional<std::uint32_t> m_inUseInputQueueId;
     std::string m_inUseInputPath;
     IInstanceManager& m_instances;
     IDriverHelperV2& m_driverHelper;

@@ -5,7 +5,7 @@
 namespace KVXML {
 
 void Printer::Attribute(std::string_view name, std::string_view value) {
-    m_text.append(1, ' ').append(name).append("=\"");
+    Put(' ', name, '=', '"');
     AppendEscaped(m_text, value, true);
     m_text += '"';
 }

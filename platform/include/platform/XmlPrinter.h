@@ -1,8 +1,10 @@
 // Printing elements straight into a text, for documents that are made often and that others read.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <concepts>
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -23,15 +25,18 @@ namespace KVXML {
 // twice prints it twice.
 class Printer {
 public:
+    // Makes room for a long text, which would otherwise be moved as it grows.
+    void Reserve(std::size_t size) { m_text.reserve(size); }
+
     // Calls `content`, which prints what is in the element.
     template <std::invocable Content>
     void Element(std::string_view name, Content&& content) {
         EndStartTag();
-        m_text.append(1, '<').append(name);
+        Put('<', name);
         m_inStartTag = true;
         content();
         EndStartTag();
-        m_text.append("</").append(name).append(1, '>');
+        Put('<', '/', name, '>');
     }
 
     // An element that holds a text alone; numbers in decimal.
@@ -46,7 +51,7 @@ public:
     void Attribute(std::string_view name, std::string_view value);
     template <std::integral Number>
     void Attribute(std::string_view name, Number value) {
-        m_text.append(1, ' ').append(name).append("=\"").append(Digits(value)).append(1, '"');
+        Put(' ', name, '=', '"', std::string_view(Digits(value)), '"');
     }
 
     // Character data.
@@ -79,6 +84,22 @@ private:
         char m_digits[std::numeric_limits<Number>::digits10 + 2];
         const char* m_end;
     };
+
+    // Appends characters and texts, for all of which the text grows once.
+    template <class... Parts>
+    void Put(const Parts&... parts) {
+        const std::size_t size = m_text.size();
+        m_text.resize(size + (SizeOf(parts) + ...));
+        char* at = m_text.data() + size;
+        ((at = Copy(parts, at)), ...);
+    }
+    static std::size_t SizeOf(char) { return 1; }
+    static std::size_t SizeOf(std::string_view text) { return text.size(); }
+    static char* Copy(char c, char* at) {
+        *at = c;
+        return at + 1;
+    }
+    static char* Copy(std::string_view text, char* at) { return std::copy(text.begin(), text.end(), at); }
 
     void EndStartTag() {
         if (m_inStartTag)
