@@ -187,6 +187,11 @@ class QueuePlayback:
             return is_true(root.get("handled"))
         return is_true(root.value("handled"))
 
+    def set_mode(self, radio, channel):
+        """Never both: what clearing the list tells may be answered by the other mode, and the outer call ends last."""
+        self.is_radio = radio
+        self.is_channel = channel
+
     def set_is_radio(self, on):
         if self.is_radio or on:
             self.set_is_channel(False)
@@ -194,12 +199,12 @@ class QueuePlayback:
         if not on:
             self.can_pause = True
             self.clear_notifications()
-        self.is_radio = on
+        self.set_mode(radio=on, channel=self.is_channel and not on)
 
     def set_is_channel(self, on):
         if self.is_channel or on:
             self.set_is_radio(False)
             self.clear_songs()
-        self.is_channel = on
+        self.set_mode(radio=self.is_radio and not on, channel=on)
         self.error_count = 0
         self.stopped_by_errors = False
