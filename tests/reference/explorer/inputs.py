@@ -292,8 +292,9 @@ class Inputs:
             draws = (self.announce, self.request, self.binding, self.persist, self.change_world)
         elif self.values.chance(0.1):
             return [words("inside", self.dice.choice(SERVICE_OUTPUTS)) + " " + line for line in self.service()[:1]]
-        draw = self.dice.choice(draws)
-        return [words("inside", self.dice.choice(OUTPUTS)) + " " + line for line in draw()[:1]]
+        # No server goes inside a call: the two sides give its link up at different moments of that call.
+        lines = [line for line in self.dice.choice(draws)()[:1] if not line.startswith("offline")]
+        return [words("inside", self.dice.choice(OUTPUTS)) + " " + line for line in lines]
 
     def location(self):
         kind = self.values.pick("SONG", "SONG", "BROADCAST_AUDIO", "ALBUM", "ALBUM_MP3", "ALBUM_CD", "PLAYLIST", "QUEUE", None)

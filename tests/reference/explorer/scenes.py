@@ -83,7 +83,7 @@ class Scenes:
         """A room comes to the queue that plays its input, whose own room leaves meanwhile."""
         first, second = self.dice.sample(ROOMS, 2)
         name = self.dice.choice(INPUTS)
-        lines = [self._select(first, queue=1, kind="QUEUE", input=name)]
+        lines = [self._select(first, queue=1, kind="QUEUE", input=name), words("off", second)]
         if self.values.chance(0.7):
             lines.append(_inside("event 2", words("off", first)))
         return lines + [self._select(second, queue=self.values.pick(1, 2), kind="QUEUE", input=name)]
