@@ -191,7 +191,10 @@ class Scenes:
             return []
         room = self.dice.choice(alone)
         lines = [_command("SET_PLAYLIST_CLEAR_FLAG", FLAG_VALUE="true")] + self._reports("* addmed EOM={}")
-        return lines + [_inside("timer-stop", words("off", room)), self._add_media(room)]
+        media = self._add_media(room)
+        if media.startswith("command ADD_PLAYLIST"):
+            return []  # whether a queue that has gone still has a history is not settled
+        return lines + [_inside("timer-stop", words("off", room)), media]
 
     def refuse_a_gone_room(self):
         """A room goes while its new queue is made known, and what it was to get is nothing known."""
