@@ -13,8 +13,8 @@ class QueueRooms:
         self.devices_in_analog_source = []
 
     def add_room(self, room):
-        """A room whose endpoint is not known yet."""
-        if room not in self.rooms:
+        """A room whose endpoint is not known yet. A queue that has ended takes none."""
+        if room not in self.rooms and not self.is_closed:
             self.rooms[room] = RoomClient(self.link)
 
     def add_room_client(self, room, ip, port, channel):

@@ -234,9 +234,11 @@ class Selection:
                 queue.create_stream()
         else:
             self.lose_room(wish.room, queue)
-            if not other.is_closed:
-                self.attach(wish, other)
-                result.queue = other.queue_id
+            if other.is_closed:  # it went inside a call: the room is in no queue
+                result.handled = False
+                return
+            self.attach(wish, other)
+            result.queue = other.queue_id
 
     def play_playlist(self, wish, queue, result):
         self.playlist_load(wish.room, wish.media[0] if wish.media else 0, queue, 0)

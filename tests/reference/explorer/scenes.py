@@ -83,7 +83,8 @@ class Scenes:
         """A room comes to the queue that plays its input, whose own room leaves meanwhile."""
         first, second = self.dice.sample(ROOMS, 2)
         name = self.dice.choice(INPUTS)
-        lines = [self._select(first, queue=1, kind="QUEUE", input=name), words("off", second)]
+        lines = [self._select(first, queue=1, kind="QUEUE", input=name)]
+        lines += self.values.pick([], [words("off", second)])
         if self.values.chance(0.7):
             lines.append(_inside("event 2", words("off", first)))
         return lines + [self._select(second, queue=self.values.pick(1, 2), kind="QUEUE", input=name)]
@@ -191,10 +192,8 @@ class Scenes:
             return []
         room = self.dice.choice(alone)
         lines = [_command("SET_PLAYLIST_CLEAR_FLAG", FLAG_VALUE="true")] + self._reports("* addmed EOM={}")
-        media = self._add_media(room)
-        if media.startswith("command ADD_PLAYLIST"):
-            return []  # whether a queue that has gone still has a history is not settled
-        return lines + [_inside("timer-stop", words("off", room)), media]
+        lines += [_inside("timer-stop", words("off", room)), self._add_media(room)]
+        return lines + [_command("ADD_SONG", ROOM_ID=room, MEDIA_ID=self.values.song()), _command("GET_ROOM_HISTORY", ROOM_ID=room)]
 
     def refuse_a_gone_room(self):
         """A room goes while its new queue is made known, and what it was to get is nothing known."""
