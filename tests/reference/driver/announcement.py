@@ -32,7 +32,8 @@ class Announcement:
         self.waiting_for_stream = False
         if self.core.has_service(NOTIFIER):
             self.core.announcement_stream_ready()
-        self.packets.set_stream_id(stream_id)
+        if self.stream_id == stream_id:  # not given up inside the call
+            self.packets.set_stream_id(stream_id)
 
     def add_client(self, room, ip, port):
         self.packets.add(packets.add_client(ip, port))

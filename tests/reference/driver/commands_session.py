@@ -32,6 +32,8 @@ class SessionCommands:
                     return queue, False
                 # A queue that plays an input takes no media.
                 self.remove_room(room, server, queue)
+                if self.has_gone(server):
+                    return None, False
                 return self.create_queue_on(server, room), True
             self.remove_room(room, server, queue)
         server = self.create_server(self.active_binding, False)

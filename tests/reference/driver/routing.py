@@ -27,7 +27,7 @@ class Routing:
             self.deselect_audio_path(room)
 
     def remove_room(self, room, server, queue):
-        """Returns the queue, or None when its last room took it along."""
+        """Returns the queue, or None when it went: with its last room, or with its server inside a call."""
         queue.remove_room_client(room)
         if not queue.rooms:
             queue.remove_stream()
@@ -36,7 +36,7 @@ class Routing:
             queue = None
         self.core.fire_event(2)
         self.update_room_map_info_variable()
-        return queue
+        return None if queue is None or queue.is_closed else queue
 
     def deselect_room_and_company(self, room):
         queue = self.queue_from_room(room)

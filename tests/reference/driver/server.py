@@ -79,14 +79,8 @@ class AudioServer:
         return self.queue_by_stream(NONE)
 
     def next_queue(self, queue_id):
-        """With 0 the first one; None after the last, and for an id that is not there."""
-        ids = sorted(self.queues)
-        if queue_id == 0:
-            return self.queues[ids[0]] if ids else None
-        if queue_id not in self.queues:
-            return None
-        place = ids.index(queue_id) + 1
-        return self.queues[ids[place]] if place < len(ids) else None
+        """The one with the next higher id, whether or not this one is still there; with 0 the first, after the last None."""
+        return self.first_queue(lambda queue: queue.queue_id > queue_id)
 
     def queue_by_client(self, ip, channel, port):
         return self.first_queue(lambda queue: queue.is_client_in_use(ip, channel, port))
