@@ -42,6 +42,7 @@ OUTPUTS = (
     "media",
     "rhapsody",
     "room-service",
+    "announcement",
     "selected",
 )
 # Of them, those that only a driver gives whose client of the streaming service is there.

@@ -79,12 +79,17 @@ class Scenes:
         ]
         return lines + [self._select(self.values.pick(first, second, *ROOMS), queue=queue, kind="QUEUE", input=other)]
 
+    def _share_media(self, room, other):
+        """A room gets a queue of media, and another one joins it there, mostly."""
+        queue = max([9999, *self.knowledge.queues, *self.knowledge.old_queues]) + 1
+        return [words("off", room), self._add_media(room), self._select(other, queue=queue, kind="QUEUE")]
+
     def move_to_an_input(self):
         """A room comes to the queue that plays its input, whose own room leaves meanwhile."""
-        first, second = self.dice.sample(ROOMS, 2)
+        first, second, third = self.dice.sample(ROOMS, 3)
         name = self.dice.choice(INPUTS)
-        lines = [self._select(first, queue=1, kind="QUEUE", input=name)]
-        lines += self.values.pick([], [words("off", second)])
+        lines = self.values.pick([], [words("off", second)], self._share_media(second, third))
+        lines.append(self._select(first, queue=1, kind="QUEUE", input=name))
         if self.values.chance(0.7):
             lines.append(_inside("event 2", words("off", first)))
         return lines + [self._select(second, queue=self.values.pick(1, 2), kind="QUEUE", input=name)]
@@ -136,13 +141,12 @@ class Scenes:
         )
 
     def channel_goes_while_polled(self):
-        """The only channel goes while it is asked for what it plays; other queues stand before and behind it."""
-        first, channel, last = self.dice.sample(ROOMS, 3)
+        """A channel goes while it, or another one, is asked for what it plays; other queues stand among them."""
+        rooms = self.dice.sample(ROOMS, 4)
         lines = [words("off", room) for room in ROOMS]
-        lines.append(self._add_media(first))
-        lines.append(_command("ADD_SONG", ROOM_ID=channel, MEDIA_ID="st.1", SOURCE=3))
-        lines.append(self._add_media(last))
-        lines.append(_inside("rhapsody GetCurrentSongInfo 10", words("off", channel)))
+        for room in rooms:
+            lines.append(self.values.pick(_command("ADD_SONG", ROOM_ID=room, MEDIA_ID="st.1", SOURCE=3), self._add_media(room)))
+        lines.append(_inside("rhapsody GetCurrentSongInfo 10", words("off", self.dice.choice(rooms))))
         return lines + [words("advance", 30000)]
 
     def empty_a_channel(self):
@@ -205,7 +209,10 @@ class Scenes:
         """A room goes off while the announcement that ends with it is ended."""
         room = self.values.room()
         lines = [words("announce", "create")]
+        if self.values.chance(0.3):
+            lines.append(_inside("announcement", words("announce", "remove")))
         lines += self.wire.data(self.house.active, f"1 addann stream={self.knowledge.new_stream()}")
+        lines.append(self._select(room, kind="ANNOUNCEMENT"))
         return lines + [_inside("send", words("off", room)), words("off", room)]
 
     def play_nothing(self):
