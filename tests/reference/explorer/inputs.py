@@ -74,7 +74,7 @@ class Inputs:
         self.house = values.house
         self.knowledge = values.knowledge
         self.wire = Wire(values)
-        self.scenes = Scenes(values, self.wire, self.command, self.selection)
+        self.scenes = Scenes(values, self.wire, self.command, self.selection, may_answer_service)
         self._may_answer_service = may_answer_service
         # A session does more of this and less of that.
         self._table = [(draw, weight * self.dice.choice((0.2, 1, 1, 1, 3))) for draw, weight in self._kinds()]

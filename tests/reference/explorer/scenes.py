@@ -18,7 +18,7 @@ def _list_of(songs):
 class Scenes:
     """`draw_command` gives the lines of any command, `selection` the line of a room's selection with these pairs."""
 
-    def __init__(self, values, wire, draw_command, selection):
+    def __init__(self, values, wire, draw_command, selection, may_answer_service):
         self.values = values
         self.dice = values.dice
         self.house = values.house
@@ -26,6 +26,7 @@ class Scenes:
         self.wire = wire
         self._draw_command = draw_command
         self._selection = selection
+        self._may_answer_service = may_answer_service
 
     def _reports(self, report):
         """The same about each of the latest streams."""
@@ -149,6 +150,19 @@ class Scenes:
         lines.append(_inside("rhapsody GetCurrentSongInfo 10", words("off", self.dice.choice(rooms))))
         return lines + [words("advance", 30000)]
 
+    def leave_while_a_track_is_told(self):
+        """The rooms of several queues hear of the track that all of them play, and one goes meanwhile."""
+        if not self._may_answer_service():
+            return []
+        rooms = self.dice.sample(ROOMS, 3)
+        lines = [words("off", room) for room in ROOMS]
+        for room in rooms:
+            lines.append(_command("ADD_SONG", ROOM_ID=room, MEDIA_ID="Tra.1", SOURCE=2))
+            lines.append(_command("PLAY", ROOM_ID=room))
+        gone = self.dice.choice(rooms)
+        lines.append(_inside(f"message {self.values.pick(gone, gone, *rooms)} UPDATE_MEDIA_INFO", words("off", gone)))
+        return lines + [words("rhapsody", "track", id="Tra.1", album="Blue", name="Sky")]
+
     def empty_a_channel(self):
         """Whoever hears of a channel's state empties its queue."""
         room = self.values.room()
@@ -234,6 +248,7 @@ SCENES = (
     (Scenes.join_while_leaving, 4),
     (Scenes.move_to_an_input, 3),
     (Scenes.channel_goes_while_polled, 3),
+    (Scenes.leave_while_a_track_is_told, 2),
     (Scenes.empty_a_channel, 2),
     (Scenes.leave_while_let_go, 3),
     (Scenes.leave_at_the_end, 2),
