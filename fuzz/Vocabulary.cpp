@@ -147,6 +147,7 @@ constexpr std::array kWorldPatterns{
     "station {record} location={location} name={title}",
     "playlist {record} {NAME} songs={songs}",
     "mp3devices {device} 300,500",
+    "analog {ROOM_ID} 300,100002,500",
     "reply {device} {message} {reply}",
     "name {ROOM_ID} {title}",
     "engine {binding}",
