@@ -16,7 +16,11 @@ void korvel_digitalaudio::StartClearTimer(AudioQueue* queue) {
     if (queue->IsClosed())
         return;
     const std::uint32_t interval = m_clearDelayMinutes == 0 ? kNoDelayMs : kMsPerMinute * m_clearDelayMinutes;
-    m_clearTimers.emplace(AddTimer(interval, kClearTimerFlags), queue);
+    std::uint32_t timerId = AddTimer(interval, kClearTimerFlags);
+    if (queue->IsClosed())
+        KillTimer(timerId); // it ended inside the call: nothing is left to clear
+    else
+        m_clearTimers.emplace(timerId, queue);
 }
 
 void korvel_digitalaudio::InterruptClearTimer(AudioQueue* queue) {

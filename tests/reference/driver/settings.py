@@ -91,7 +91,11 @@ class Settings:
         interval = 60000 * self.clear_delay_minutes
         if interval == 0:
             interval = SHORTEST_DELAY_MS
-        self.clear_timers.setdefault(self.core.add_timer(interval, ONCE), queue)
+        timer_id = self.core.add_timer(interval, ONCE)
+        if queue.is_closed:  # it ended inside the call: nothing is left to clear
+            self.core.kill_timer(timer_id)
+        else:
+            self.clear_timers.setdefault(timer_id, queue)
 
     def interrupt_clear_timer(self, queue):
         ended = [timer_id for timer_id in sorted(self.clear_timers) if self.clear_timers[timer_id] is queue]
