@@ -1,10 +1,8 @@
 // A document as it was read: flat arrays, and the nodes that look into them.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <deque>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -56,10 +54,7 @@ private:
 
 class ParsedDocument final : public kv::RefCounted<IDocument> {
 public:
-    explicit ParsedDocument(std::string_view text)
-        : m_text(std::make_unique_for_overwrite<char[]>(text.size() + 1)) {
-        *std::copy(text.begin(), text.end(), m_text.get()) = 0;
-    }
+    explicit ParsedDocument(std::string text) : m_text(std::move(text)) {}
     kv::auto_com<INode> GetRoot() const override {
         return kv::auto_com<INode>::retain(const_cast<ParsedNode*>(&m_nodes.front()));
     }
@@ -68,7 +63,7 @@ private:
     friend class ParsedNode;
     friend class Parser;
 
-    std::unique_ptr<char[]> m_text;
+    std::string m_text;                              // names, texts and values stand in it
     std::deque<std::string> m_joined;                // texts that stood in several pieces
     std::vector<ParsedNode> m_nodes;                 // in the order of their start tags
     std::vector<ParsedNode::Attribute> m_attributes; // those of one element stand together

@@ -1,4 +1,4 @@
-// Reading a document: one pass over a copy of its text, in which names, texts and values then stand.
+// Reading a document: one pass over its text, in which names, texts and values then stand.
 #include <cstring>
 
 #include "platform/src/XmlCharacters.h"
@@ -10,7 +10,7 @@ namespace KVXML {
 class Parser {
 public:
     Parser(ParsedDocument& document, const DocumentLimits& limits)
-        : m_document(document), m_limits(limits), m_at(document.m_text.get()) {}
+        : m_document(document), m_limits(limits), m_at(document.m_text.data()) {}
 
     // False when the text is no document, or past the limits. The text ends at a zero byte.
     bool Run();
@@ -326,15 +326,15 @@ bool Parser::SkipIgnoredSection() {
     return false;
 }
 
-kv::auto_com<IDocument> ReadDocument(std::string_view text, const DocumentLimits& limits) {
-    auto document = kv::auto_com<ParsedDocument>::adopt(new ParsedDocument(text));
+kv::auto_com<IDocument> ReadDocument(std::string text, const DocumentLimits& limits) {
+    auto document = kv::auto_com<ParsedDocument>::adopt(new ParsedDocument(std::move(text)));
     return Parser(*document, limits).Run() ? document : nullptr;
 }
 
-kv::auto_com<IDocument> CreateXmlDocument(const std::string& text) {
+kv::auto_com<IDocument> CreateXmlDocument(std::string text) {
     if (text.size() > kMaxDocumentLength)
         return nullptr;
-    return ReadDocument(text, {kMaxDocumentDepth, kMaxDocumentElements, kMaxElementAttributes});
+    return ReadDocument(std::move(text), {kMaxDocumentDepth, kMaxDocumentElements, kMaxElementAttributes});
 }
 
 } // namespace KVXML

@@ -47,7 +47,7 @@ struct DocumentLimits {
 };
 
 // Null when `text` is no document, or past the limits.
-kv::auto_com<IDocument> ReadDocument(std::string_view text, const DocumentLimits& limits);
+kv::auto_com<IDocument> ReadDocument(std::string text, const DocumentLimits& limits);
 
 // A node that is not changed any more.
 template <class Counted>

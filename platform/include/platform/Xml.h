@@ -70,14 +70,14 @@ inline constexpr std::size_t kMaxDocumentLength = 16u << 20;
 inline constexpr std::size_t kMaxDocumentElements = 1u << 20;
 inline constexpr std::size_t kMaxElementAttributes = 256;
 
-// Parses a text. Null when it is not well-formed, has not exactly one root element, or is past the limits
-// above. What it gives:
+// Parses a text, which the document then holds. Null when it is not well-formed, has not exactly one root
+// element, or is past the limits above. What it gives:
 // - An element's text is all its character data and CDATA sections together. Blanks count, except between
 //   children; line ends read as one line feed unless written as references.
 // - Declarations, comments, processing instructions and document types are skipped. No entity is ever
 //   expanded but the five of XML and character references; another stands in the text as it was written.
 // - An attribute that is there twice has the last value. Bytes that are no UTF-8 are kept as they are. A
 //   text ends at a zero byte.
-kv::auto_com<IDocument> CreateXmlDocument(const std::string& text);
+kv::auto_com<IDocument> CreateXmlDocument(std::string text);
 
 } // namespace KVXML

@@ -26,6 +26,7 @@ public:
     template <std::invocable<Printer&, std::size_t> Print>
     void Append(std::size_t count, Print print) {
         Printer printer;
+        printer.Reserve(count * kUsualSize);
         std::vector<std::uint32_t> sizes;
         sizes.reserve(count);
         for (std::size_t i = 0; i < count; ++i) {
@@ -40,6 +41,9 @@ public:
     void Truncate(std::size_t count);
 
 private:
+    // Of a piece, in characters: room made for many at once, which would otherwise be moved as they grow.
+    static constexpr std::size_t kUsualSize = 40;
+
     std::size_t Begin(std::size_t index) const { return index == 0 ? 0 : m_ends[index - 1]; }
     void Append(std::string_view text, const std::vector<std::uint32_t>& ends);
 
