@@ -36,6 +36,8 @@ private:
     bool SkipIgnoredSection();
 
     std::string_view ReadName();
+    template <class Map>
+    std::string_view ReadCharacters(unsigned char kind, char stop, Map map);
     char* TakeReference(char* out);
     bool Take(const char* word);
     bool SkipPast(const char* end);
@@ -79,6 +81,26 @@ std::string_view Parser::ReadName() {
     char* const begin = m_at;
     m_at = Skip(begin, kName);
     return {begin, static_cast<std::size_t>(m_at - begin)};
+}
+
+// Up to `stop`, or to the end of the document. A reference is longer than what it stands for, so the text is
+// written over itself; the characters of `kind` before the first that changes stay where they are.
+template <class Map>
+std::string_view Parser::ReadCharacters(unsigned char kind, char stop, Map map) {
+    const char* const begin = m_at;
+    m_at = Skip(m_at, kind);
+    char* out = m_at;
+    while (*m_at != stop && *m_at != 0) {
+        if (*m_at == '&') {
+            out = TakeReference(out);
+            continue;
+        }
+        const char c = *m_at++;
+        if (c == '\r' && *m_at == '\n')
+            ++m_at;
+        *out++ = map(c);
+    }
+    return UpToZero({begin, static_cast<std::size_t>(out - begin)});
 }
 
 bool Parser::ReadMarkup() {
@@ -153,24 +175,9 @@ bool Parser::ReadValue(std::string_view& value) {
     const char quote = *m_at;
     if (quote != '"' && quote != '\'')
         return false;
-    const char* begin = ++m_at;
-    m_at = Skip(m_at, kInValue);
-    char* out = m_at;
-    while (*m_at != quote) {
-        if (*m_at == 0)
-            return false;
-        if (*m_at == '&') {
-            out = TakeReference(out);
-            continue;
-        }
-        const char c = *m_at++;
-        if (c == '\r' && *m_at == '\n')
-            ++m_at;
-        *out++ = Is(c, kBlank) ? ' ' : c;
-    }
     ++m_at;
-    value = UpToZero({begin, static_cast<std::size_t>(out - begin)});
-    return true;
+    value = ReadCharacters(kInValue, quote, [](char c) { return Is(c, kBlank) ? ' ' : c; });
+    return *m_at++ == quote;
 }
 
 bool Parser::ReadEndTag() {
@@ -231,19 +238,7 @@ bool Parser::ReadCharacterData() {
         return false;
     }
     m_at = begin;
-    m_at = Skip(m_at, kInText);
-    char* out = m_at;
-    while (*m_at != '<' && *m_at != 0) {
-        if (*m_at == '&') {
-            out = TakeReference(out);
-            continue;
-        }
-        const char c = *m_at++;
-        if (c == '\r' && *m_at == '\n')
-            ++m_at;
-        *out++ = c == '\r' ? '\n' : c;
-    }
-    AddText(UpToZero({begin, static_cast<std::size_t>(out - begin)}));
+    AddText(ReadCharacters(kInText, '<', [](char c) { return c == '\r' ? '\n' : c; }));
     return true;
 }
 

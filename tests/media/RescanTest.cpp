@@ -8,6 +8,7 @@
 #include "media/ScanRecords.h"
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 namespace korvel::media {
 namespace {
@@ -62,9 +63,9 @@ TEST_F(Rescan, ReadsChangedFilesUnderTheirIds) {
 
 TEST_F(Rescan, NoticesATimeThatChangedAlone) {
     const std::string path = PutWav("a.wav");
-    SetFileTime(path, 1000);
+    SetFileTime(path, 2s);
     Scan();
-    SetFileTime(path, 2000); // older than before, as from a backup
+    SetFileTime(path, 1s); // older than before, as from a backup
     EXPECT_EQ(Scan().changed, 1u);
     EXPECT_EQ(Scan().changed, 0u);
 }
@@ -164,7 +165,7 @@ TEST_F(Rescan, LeavesAlbumsPutByHandTheirSongs) {
 
 TEST_F(Rescan, RemembersBrokenFiles) {
     const std::string path = folder.Write("music/a.wav", std::string(WavBytes().size(), 'x'));
-    SetFileTime(path, 1000);
+    SetFileTime(path, 1s);
     const auto time = fs::last_write_time(path);
     EXPECT_EQ(Scan().broken, 1u);
     // Were it read again, it would be found whole now.
@@ -172,7 +173,7 @@ TEST_F(Rescan, RemembersBrokenFiles) {
     fs::last_write_time(path, time);
     EXPECT_EQ(Scan().broken, 1u);
     EXPECT_TRUE(HasMessage("Cannot play " + path));
-    SetFileTime(path, 500);
+    SetFileTime(path, 2s);
     EXPECT_EQ(Scan().added, 1u);
     EXPECT_TRUE(database->ListBrokenFiles().empty());
 }

@@ -45,8 +45,9 @@ void ScanHarness::Remove(const std::string& name) {
     fs::remove_all(fs::path(music) / name);
 }
 
-void ScanHarness::SetFileTime(const std::string& path, int secondsAgo) {
-    fs::last_write_time(path, fs::file_time_type::clock::now() - std::chrono::seconds(secondsAgo));
+void ScanHarness::SetFileTime(const std::string& path, std::chrono::seconds time) {
+    constexpr std::chrono::sys_days kStart = std::chrono::year(2020) / 1 / 1;
+    fs::last_write_time(path, std::chrono::file_clock::from_sys(kStart + time));
 }
 
 std::optional<SongRecord> ScanHarness::SongAt(const std::string& name) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -28,7 +29,8 @@ public:
     std::string PutWav(const std::string& name, const std::map<std::string, std::string>& tags = {},
                        std::uint32_t milliseconds = 100);
     void Remove(const std::string& name);
-    void SetFileTime(const std::string& path, int secondsAgo);
+    // Counted from a fixed day in the past.
+    void SetFileTime(const std::string& path, std::chrono::seconds time);
 
     std::optional<korvel::media::SongRecord> SongAt(const std::string& name);
     std::uint32_t IdAt(const std::string& name);
