@@ -13,12 +13,13 @@ from .queue_songs import QueueSongs
 class AudioQueue(
     QueueSongs, QueueNavigation, QueuePlayback, QueueRooms, QueueDocuments, QueueNotifications
 ):
-    def __init__(self, driver, link, queue_id, owner):
+    def __init__(self, driver, link, queue_id, owner, has_rhapsody):
         self.driver = driver
         self.core = driver.core
         self.device_id = driver.device_id
         self.link = link
         self.queue_id = queue_id
+        self.has_rhapsody = has_rhapsody
         self.packets = PacketQueue(link)
         self.is_closed = False
         self.init_songs()

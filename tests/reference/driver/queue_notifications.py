@@ -149,7 +149,7 @@ class QueueNotifications:
             info.add("display")
         elif track is not None:
             describe_service_track(info, track)
-        elif self.driver.has_rhapsody:
+        elif self.has_rhapsody:
             self.core.rhapsody_get_current_song_info(media.external_id, 0)
 
     def describe_channel(self, info, media, track):
@@ -162,7 +162,7 @@ class QueueNotifications:
             info.add("display")
         elif track is not None:
             describe_service_track(info, track)
-        elif self.driver.has_rhapsody and media.meta_data != "":
+        elif self.has_rhapsody and media.meta_data != "":
             self.core.rhapsody_get_current_song_info(media.meta_data, 0)
 
     def describe_radio(self, info, media):

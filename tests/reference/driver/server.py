@@ -17,6 +17,7 @@ class AudioServer:
         self.core = driver.core
         self.binding = binding
         self.allow_multiple_inputs = allow_multiple_inputs
+        self.has_rhapsody = driver.has_rhapsody  # a server that comes while the driver starts never has it
         self.queues = {}
         self.announcement = None
         self.link = Link(self.core, binding)
@@ -48,7 +49,7 @@ class AudioServer:
 
     def create_audio_queue(self, room, queue_id):
         """A queue whose id is taken already works, but nobody finds it."""
-        queue = AudioQueue(self.driver, self.link, queue_id, room)
+        queue = AudioQueue(self.driver, self.link, queue_id, room, self.has_rhapsody)
         self.queues.setdefault(queue_id, queue)
         return queue
 
@@ -151,7 +152,7 @@ class AudioServer:
             queue = self.queue_by_stream(packet.stream())
             if queue is None:
                 return False
-            if queue.peek_next_song().type == CHANNEL and self.driver.has_rhapsody:
+            if queue.peek_next_song().type == CHANNEL and self.has_rhapsody:
                 self.core.rhapsody_get_current_song_info(str(queue.queue_id), i32(queue.stream_id))
         if "addcli" in packet.command:
             self.core.log(3, "Client added")
