@@ -44,7 +44,6 @@ class Link:
         while self.lines and not self.is_outstanding:
             self.is_sending = True
             self.is_outstanding = True
-            self.timer = 0
             self.core.send_bind_message(self.binding, self.lines.pop(0))
             if self.is_outstanding:
                 self.timer = self.core.start_timer(ACKNOWLEDGEMENT_MS, 1, self)
