@@ -4,14 +4,13 @@
 #include "commands/RhapsodyMessages.h"
 #include "driver/korvel_digitalaudio.h"
 
-// The queue that a transport command is for; null when there is none or the device that registered for the
-// queue's notifications has dealt with the command itself.
+// The queue that a transport command is for, wherever the room goes meanwhile; null when there is none, or the
+// device that registered for the queue's notifications has dealt with the command itself or ended the queue.
 AudioQueue* korvel_digitalaudio::QueueForTransport(const ICmdMessage& message) {
-    const std::uint32_t roomId = message.GetNumber("ROOM_ID");
-    const AudioQueue* queue = AudioServer_GetQueueFromRoom(roomId);
+    AudioQueue* queue = AudioServer_GetQueueFromRoom(message.GetNumber("ROOM_ID"));
     if (!queue || queue->HandleRoomCommand(message.GetName(), message.GetParam("ROOM_ID")))
         return nullptr;
-    return AudioServer_GetQueueFromRoom(roomId); // the device may have ended the queue
+    return queue->IsClosed() ? nullptr : queue;
 }
 
 void korvel_digitalaudio::OnPlay(const ICmdMessage& message, ICmdReturn*) {

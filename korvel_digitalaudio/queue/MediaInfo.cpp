@@ -56,7 +56,7 @@ void AudioQueue::UpdateRoomMediaVariable(const AudioMedia& media, const DataTrac
         if (force)
             message->AddParam("FORCE", "BOOLEAN", kv::TRUE_STRING);
         for (const std::uint32_t roomId : GetRoomIds()) {
-            if (m_messaging && ContainsRoom(roomId))
+            if (m_messaging && !m_closed && ContainsRoom(roomId))
                 m_messaging->SendMessage(roomId, *message, nullptr);
         }
     }

@@ -104,7 +104,7 @@ void AudioServer::DropRefusedSong(AudioQueue& queue) {
     if (!deselect || !m_messaging)
         return;
     for (const std::uint32_t roomId : queue.GetRoomIds()) {
-        if (queue.ContainsRoom(roomId))
+        if (!queue.IsClosed() && queue.ContainsRoom(roomId))
             m_messaging->SendMessage(roomId, *deselect, nullptr);
     }
 }

@@ -134,7 +134,7 @@ class Driver(
         self.has_rhapsody = False
         self.has_utilities = False
         self.entries = 0  # that the core is in, one inside the other
-        self.to_free = []  # queues that closed: the core may still be in a call of theirs
+        self.to_free = []  # queues and servers that closed: the core may still be in a call of theirs
         self.histories = RoomHistories()
         self.init_settings()
         self.init_registry()

@@ -41,6 +41,7 @@ class Link:
         """A line counts as outstanding before it is handed over: its answer may come inside the call."""
         if self.is_sending:
             return
+        self.add_ref()  # the server may go inside a call
         while self.lines and not self.is_outstanding:
             self.is_sending = True
             self.is_outstanding = True
@@ -50,6 +51,7 @@ class Link:
                 if self.timer == 0:
                     self.is_outstanding = False  # no timer: nothing would ever end the wait
             self.is_sending = False
+        self.release()
 
     def kill_ack_timer(self):
         if not self.is_outstanding:

@@ -83,7 +83,7 @@ class QueueNotifications:
             if force:
                 message.add("FORCE", "BOOLEAN", "true")
             for room in sorted(self.rooms):
-                if room in self.rooms:  # not gone inside an earlier call
+                if room in self.rooms and not self.is_closed:  # not gone inside an earlier call
                     self.core.send_message(room, message)
         self.notify_media_changed(info)
 

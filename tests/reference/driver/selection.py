@@ -222,6 +222,9 @@ class Selection:
             room = self.core.analog_source(wish.room)
             if room is not None:
                 queue.devices_in_analog_source = room.devices()
+                if queue.is_closed:  # it went inside the call
+                    result.handled = False
+                    return
         if queue.stream_id != NONE:
             if queue.state == END:
                 queue.play_next_song(True, False)

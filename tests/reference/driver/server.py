@@ -33,8 +33,11 @@ class AudioServer:
             queue.leave_behind()
         if self.announcement is not None:
             self.announcement.clean_up()
-        self.link.release()
+        self.driver.to_free.append(self)
         return left_behind
+
+    def free(self):
+        self.link.release()
 
     # Queues, in the order of their ids.
 
@@ -183,7 +186,7 @@ class AudioServer:
         if message is None:
             return
         for room in sorted(queue.rooms):
-            if room in queue.rooms:  # not gone inside an earlier call
+            if room in queue.rooms and not queue.is_closed:  # not gone inside an earlier call
                 self.core.send_message(room, message)
 
     def on_end_of_media(self, packet):

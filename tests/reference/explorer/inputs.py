@@ -44,6 +44,7 @@ OUTPUTS = (
     "room-service",
     "announcement",
     "selected",
+    "analog",
 )
 # Of them, those that only a driver gives whose client of the streaming service is there.
 SERVICE_OUTPUTS = ("rhapsody", "rhapsody", "rhapsody", "send", "message", "event")
@@ -256,8 +257,7 @@ class Inputs:
             return [self.house.live_engine(dice.choice(SERVERS), self.knowledge)]
         if kind < 0.94:
             return [self.house.live_room(dice.choice(ROOMS), self.knowledge)]
-        # A driver that starts anew keeps its client of the streaming service: answers may wait inside a call.
-        return [words("fail", dice.choice([name for name in OPERATIONS if name != "CreateClient"]))]
+        return [words("fail", dice.choice(OPERATIONS))]
 
     def start(self):
         kind = self.dice.random()
@@ -294,9 +294,7 @@ class Inputs:
             draws = (self.announce, self.request, self.binding, self.persist, self.change_world)
         elif self.values.chance(0.1):
             return [words("inside", self.dice.choice(SERVICE_OUTPUTS)) + " " + line for line in self.service()[:1]]
-        # No server goes inside a call: the two sides give its link up at different moments of that call.
-        lines = [line for line in self.dice.choice(draws)()[:1] if not line.startswith("offline")]
-        return [words("inside", self.dice.choice(OUTPUTS)) + " " + line for line in lines]
+        return [words("inside", self.dice.choice(OUTPUTS)) + " " + line for line in self.dice.choice(draws)()[:1]]
 
     def location(self):
         kind = self.values.pick("SONG", "SONG", "BROADCAST_AUDIO", "ALBUM", "ALBUM_MP3", "ALBUM_CD", "PLAYLIST", "QUEUE", None)
