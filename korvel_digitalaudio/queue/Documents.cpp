@@ -98,13 +98,12 @@ NodePtr AudioQueue::GetInfoVariableVersion132() const {
 }
 
 void AudioQueue::UpdateInfoVariable() {
-    if (m_closed || !m_variables)
-        return;
-    const auto publish = [&](std::uint32_t variable, const std::string& document) {
-        m_variables->SetVariable(kDriverDeviceId, kDriverDeviceId, variable, document, true);
+    const auto publish = [&](std::uint32_t variable, std::string (AudioQueue::*print)() const) {
+        if (!m_closed && m_variables)
+            m_variables->SetVariable(kDriverDeviceId, kDriverDeviceId, variable, (this->*print)(), true);
     };
-    publish(variables::kQueueInfoV2, InfoText());
-    publish(variables::kQueueInfo, InfoTextVersion132());
+    publish(variables::kQueueInfoV2, &AudioQueue::InfoText);
+    publish(variables::kQueueInfo, &AudioQueue::InfoTextVersion132);
 }
 
 std::string AudioQueue::OwnerName() const {

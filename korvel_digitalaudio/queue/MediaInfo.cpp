@@ -50,7 +50,8 @@ void DescribeStation(Printer& info, const INode& record, const AudioMedia& media
 void AudioQueue::UpdateRoomMediaVariable(const AudioMedia& media, const DataTrackFull* track, bool force) {
     if (m_closed)
         return;
-    const std::string text = PrintMediaInfo(media, track);
+    const AudioMedia shown = media; // which may stand in the list, and services may change that
+    const std::string text = PrintMediaInfo(shown, track);
     if (const auto message = m_driverHelper.CreateMessage("UPDATE_MEDIA_INFO")) {
         message->AddParam("MEDIA_INFO", "STRING", text);
         if (force)

@@ -54,11 +54,10 @@ void AudioServer::RemoveAudioQueue(std::uint32_t queueId) {
     const auto found = m_queues.find(queueId);
     if (found == m_queues.end())
         return;
-    if (found->second->GetRoomCount() != 0)
-        kv::AssertWrite(asserts::kServerPath, asserts::kRemovedQueueHasRooms, kv::StackTrace());
-    AudioQueue& queue = *found->second;
-    m_removedQueues.push_back(std::move(found->second));
+    AudioQueue& queue = *m_removedQueues.emplace_back(std::move(found->second));
     m_queues.erase(found);
+    if (queue.GetRoomCount() != 0)
+        kv::AssertWrite(asserts::kServerPath, asserts::kRemovedQueueHasRooms, kv::StackTrace());
     queue.Close();
 }
 

@@ -314,4 +314,24 @@ TEST_F(QueueNotifications, WhatAStreamPlaysIsKeptInThreePlaces) {
     EXPECT_NE(Described(Radio(0)).find("<title>Ann</title>"), std::string::npos);
 }
 
+// A core that is asked for the station's record may give the queue another list first.
+TEST_F(QueueNotifications, StationIsDescribedAsItWasThoughTheListChangesMeanwhile) {
+    const std::string text = "Ann and Ben sing of the blue sky";
+    Run("station 1 name=One");
+    queue->SetIsInternetRadio(true);
+    queue->AddSongList(Songs({1}), false);
+    ASSERT_TRUE(queue->UpdateCurrentSongMetaData(text));
+    queue->AddRoomClient(7);
+    Out();
+    onCall = [&](const ServiceCall& call) {
+        if (call.name == "GetMediaRecord")
+            queue->ReplaceSongList(Songs({1, 2, 3, 4}));
+    };
+    queue->UpdateRoomMediaVariable(queue->GetCurrentMedia(), nullptr, false);
+    onCall = nullptr;
+    const Lines told = Out("message 7 ");
+    ASSERT_EQ(told.size(), 1u);
+    EXPECT_NE(told[0].find("<title>" + text + "</title>"), std::string::npos) << told[0];
+}
+
 } // namespace

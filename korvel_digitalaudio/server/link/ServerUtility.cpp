@@ -87,6 +87,7 @@ void ServerUtility::KillAckTimer() {
 }
 
 void ServerUtility::OnTimerExpired(std::uint32_t timerId, std::int32_t) {
+    const auto self = kv::auto_com<ServerUtility>::retain(this); // its server may go inside a call
     kv::GuardEntry("ServerUtility::OnTimerExpired", [&] {
         if (timerId == m_ackTimer) {
             m_ackTimer = 0;

@@ -53,10 +53,10 @@ class QueueDocuments:
         return info
 
     def update_info_variable(self):
-        if self.is_closed:
-            return
-        self.core.set_variable(1007, self.get_info().to_text())
-        self.core.set_variable(1005, self.get_info_132().to_text())
+        if not self.is_closed:
+            self.core.set_variable(1007, self.get_info().to_text())
+        if not self.is_closed:  # it may end inside the first call
+            self.core.set_variable(1005, self.get_info_132().to_text())
 
     def new_status(self):
         queue = Node("queue")

@@ -111,7 +111,8 @@ class QueuePlayback:
         media.external_id = "channel-" + media.external_id
         if self.songs:
             self.change_queue_state(PLAY)
-            self.songs[0].meta_data = ""
+            if self.songs:  # not emptied inside the call
+                self.songs[0].meta_data = ""
         self.add_song_to_stream(media)
         return True
 

@@ -170,9 +170,9 @@ class Selection:
             return
         room.take_source_device(queue.source_device)
         for device in queue.devices_in_analog_source:
-            room.select_device(device)
-            if device == self.device_id:
+            if device == self.device_id or queue.is_closed:
                 break
+            room.select_device(device)
 
     # What it plays there.
 

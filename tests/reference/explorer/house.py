@@ -114,7 +114,7 @@ class House:
                 lines.append(words("mp3devices", device, dice.choice(("5", "5,6", "", "6,7,5", "none"))))
         for room in ROOMS:
             if dice.random() < 0.15:
-                lines.append(words("analog", room, dice.choice(("5", "5,6", "", "6,7,5"))))
+                lines.append(words("analog", room, dice.choice(("5", "5,6", "", "6,7,5", "5,100002,6"))))
         for device in (5, 6):
             if dice.random() < 0.5:
                 lines.append(f"reply {device} GET_MOUNT_PATH usb{device}")

@@ -45,6 +45,7 @@ OUTPUTS = (
     "announcement",
     "selected",
     "analog",
+    "assert",
 )
 # Of them, those that only a driver gives whose client of the streaming service is there.
 SERVICE_OUTPUTS = ("rhapsody", "rhapsody", "rhapsody", "send", "message", "event")

@@ -166,7 +166,7 @@ class Scenes:
     def empty_a_channel(self):
         """Whoever hears of a channel's state empties its queue."""
         room = self.values.room()
-        empty = _command("EDIT_QUEUE", ROOM_ID=room, MEDIA="<MEDIA></MEDIA>")
+        empty = _command("ADD_SONG_LIST", ROOM_ID=room, MEDIA="<MEDIA></MEDIA>")
         remove = _command("REMOVE_SONG", ROOM_ID=room, MEDIA_ID="st.1", SOURCE=3)
         return [
             _command("ADD_SONG", ROOM_ID=room, MEDIA_ID="st.1", SOURCE=3),
