@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/src/XmlDocument.h"
 #include "platform/src/XmlText.h"
 
 namespace KVXML {
@@ -69,7 +70,7 @@ private:
     std::vector<kv::auto_com<INode>> m_children;
 };
 
-class PrintedNode final : public FinishedNode<kv::RefCounted<INode>> {
+class PrintedNode final : public ReadOnlyNode<kv::RefCounted<INode>> {
 public:
     explicit PrintedNode(std::string text) : m_text(std::move(text)) {}
 
@@ -96,24 +97,24 @@ private:
     mutable kv::auto_com<INode> m_tree; // read when somebody looks into it
 };
 
-constexpr unsigned char kInAttributes = 1;
-constexpr unsigned char kInTexts = 2;
+constexpr unsigned char kEscapedInAttributes = 1;
+constexpr unsigned char kEscapedInTexts = 2;
 
 // Where a character must be written as a reference, or left out.
 constexpr std::array<unsigned char, 256> kReferences = [] {
     std::array<unsigned char, 256> where{};
     for (unsigned char c = 0; c < 32; ++c)
-        where[c] = c == '\n' || c == '\t' ? kInAttributes : kInAttributes | kInTexts;
+        where[c] = c == '\n' || c == '\t' ? kEscapedInAttributes : kEscapedInAttributes | kEscapedInTexts;
     for (const char8_t c : {u8'&', u8'<', u8'>'})
-        where[c] = kInAttributes | kInTexts;
-    where['"'] = kInAttributes;
+        where[c] = kEscapedInAttributes | kEscapedInTexts;
+    where['"'] = kEscapedInAttributes;
     return where;
 }();
 
 } // namespace
 
 void AppendEscaped(std::string& out, std::string_view text, bool attribute) {
-    const unsigned char here = attribute ? kInAttributes : kInTexts;
+    const unsigned char here = attribute ? kEscapedInAttributes : kEscapedInTexts;
     std::size_t plain = 0; // from here to the present character all stand for themselves
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);

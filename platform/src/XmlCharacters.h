@@ -1,4 +1,4 @@
-// The characters that markup is made of, and how others are referred to.
+// The characters that markup is made of, and how references to others are read.
 #pragma once
 
 #include <array>

@@ -1,21 +1,34 @@
 // A document as it was read: flat arrays, and the nodes that look into them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "platform/AutoCom.h"
+#include "platform/Xml.h"
 #include "platform/src/XmlText.h"
 
 namespace KVXML {
 
+struct DocumentLimits {
+    std::size_t depth; // elements in one another
+    std::size_t elements;
+    std::size_t attributes; // of an element
+};
+
+// Null when `text` is no document, or past the limits.
+kv::auto_com<IDocument> ReadDocument(std::string text, const DocumentLimits& limits);
+
 class ParsedDocument;
 
 // An element of a parsed document; who holds it holds the document.
-class ParsedNode final : public FinishedNode<INode> {
+class ParsedNode final : public ReadOnlyNode<INode> {
 public:
     ParsedNode(ParsedDocument& document, std::string_view name) : m_document(&document), m_name(name) {}
 

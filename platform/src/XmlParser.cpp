@@ -1,5 +1,8 @@
 // Reading a document: one pass over its text, in which names, texts and values then stand.
+#include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <utility>
 
 #include "platform/src/XmlCharacters.h"
 #include "platform/src/XmlDocument.h"
@@ -278,22 +281,17 @@ char* Parser::TakeReference(char* out) {
 
 // Declarations within are read over as nested groups, strings, comments and instructions.
 bool Parser::SkipDoctype() {
+    static constexpr std::pair<const char*, const char*> kPassages[] = {
+        {"<!--", "-->"}, {"<?", "?>"}, {"\"", "\""}, {"'", "'"}};
     std::size_t depth = 0;
     while (*m_at != 0) {
-        if (Take("<![")) {
+        const auto* passage = std::find_if(std::begin(kPassages), std::end(kPassages),
+                                           [this](const auto& each) { return Take(each.first); });
+        if (passage != std::end(kPassages)) {
+            if (!SkipPast(passage->second))
+                return false;
+        } else if (Take("<![")) {
             if (!SkipIgnoredSection())
-                return false;
-        } else if (Take("<!--")) {
-            if (!SkipPast("-->"))
-                return false;
-        } else if (Take("<?")) {
-            if (!SkipPast("?>"))
-                return false;
-        } else if (Take("\"")) {
-            if (!SkipPast("\""))
-                return false;
-        } else if (Take("'")) {
-            if (!SkipPast("'"))
                 return false;
         } else if (*m_at == '<') {
             if (m_at[1] != '!' || m_at[2] == '-')

@@ -13,7 +13,7 @@ std::size_t WithRoomToGrow(std::size_t size) {
     return size + size / 16;
 }
 
-class Assembly final : public FinishedNode<kv::RefCounted<IAssembly>> {
+class Assembly final : public ReadOnlyNode<kv::RefCounted<IAssembly>> {
 public:
     explicit Assembly(std::string_view name) : m_name(name) {}
 

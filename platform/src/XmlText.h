@@ -40,18 +40,9 @@ inline void AppendEndTag(std::string& out, std::string_view name) {
     out.append("</").append(name).append(1, '>');
 }
 
-struct DocumentLimits {
-    std::size_t depth; // elements in one another
-    std::size_t elements;
-    std::size_t attributes; // of an element
-};
-
-// Null when `text` is no document, or past the limits.
-kv::auto_com<IDocument> ReadDocument(std::string text, const DocumentLimits& limits);
-
-// A node that is not changed any more.
+// A node whose own parts are not changed; one that takes children overrides AppendChild().
 template <class Counted>
-class FinishedNode : public Counted {
+class ReadOnlyNode : public Counted {
 public:
     void SetName(std::string_view) override { Refuse(); }
     void SetText(std::string_view) override { Refuse(); }

@@ -73,6 +73,6 @@ public:
     static bool isLocalIPv4(const std::string& address);
 };
 
-// Writes a log line. Levels in use: 3 server link and entries that failed, 6 queue and selection notes, 7
-// configuration errors.
+// Writes a log line. Levels in use: 3 server link and what failed, 6 queue and selection notes, 7 a wrong
+// setup and the streaming service's errors.
 void LogXMessage(int level, const std::string& text);

@@ -12,7 +12,7 @@ namespace KVXML {
 
 // One element: a name, a text, attributes in the order set, children in the order added. A child may be
 // shared by several parents; it must not be changed once it is shared, and a node must never become its own
-// descendant.
+// descendant. A finished element refuses every change with std::logic_error.
 //
 // Names, texts and values are given as views, which stand until the element is changed or gone.
 class INode : public kv::IRefCounted {
@@ -59,9 +59,9 @@ public:
 // A new element; never null in this implementation, though callers that must survive a full memory check.
 kv::auto_com<INode> CreateXmlNode(std::string_view name = "", std::string_view text = "");
 
-// A finished element: changing it throws std::logic_error. `text` is one whole element as ToText() or a
-// Printer (platform/XmlPrinter.h) makes it. To print it is to copy the text; who looks into it pays for
-// reading it, once.
+// A finished element. `text` is one whole element as ToText() or a Printer (platform/XmlPrinter.h) makes it. To
+// print it is to copy the text; who looks into it pays for parsing it, once. As the first look does that, even
+// reading it is for one thread at a time.
 kv::auto_com<INode> CreatePrintedNode(std::string text);
 
 // Limits of a parsed document: what passes them is refused.

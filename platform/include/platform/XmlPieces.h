@@ -14,7 +14,8 @@
 namespace KVXML {
 
 // Printed elements one behind the other: one text, of which each piece can be exchanged and taken out. Holds
-// little more than the text and four bytes for each piece.
+// little more than the text and four bytes for each piece, so that the text must stay below 4 GiB. An index is
+// below GetCount(), a number of pieces that are there at most GetCount().
 class Pieces {
 public:
     std::size_t GetCount() const { return m_ends.size(); }
@@ -27,13 +28,13 @@ public:
     void Append(std::size_t count, Print print) {
         Printer printer;
         printer.Reserve(count * kUsualSize);
-        std::vector<std::uint32_t> sizes;
-        sizes.reserve(count);
+        std::vector<std::uint32_t> ends;
+        ends.reserve(count);
         for (std::size_t i = 0; i < count; ++i) {
             print(printer, GetCount() + i);
-            sizes.push_back(static_cast<std::uint32_t>(printer.GetText().size()));
+            ends.push_back(static_cast<std::uint32_t>(printer.GetText().size()));
         }
-        Append(printer.GetText(), sizes);
+        Append(printer.GetText(), ends);
     }
     void Replace(std::size_t index, std::string_view piece);
     void Remove(std::size_t index);
@@ -52,8 +53,9 @@ private:
 };
 
 // An element that is filled again and again, mostly with the same children: it keeps its text, and prints
-// again only what is in another place than last time. Its children must be finished, it has neither a text
-// nor attributes of its own, and it holds the children of last time until others take their places.
+// again only what is in another place than last time. Its children must not change any more. It has neither a
+// text nor attributes of its own, its name stays (to set one of them throws std::logic_error), and it holds the
+// children of last time until others take their places.
 class IAssembly : public INode {
 public:
     // Starts over: the element has no children until they are appended.

@@ -22,13 +22,14 @@ namespace KVXML {
 //     });                                 <queue id="7"><name>Attic</name></queue>
 //
 // An element's attributes come before everything else in it. They are printed as they come: who gives a name
-// twice prints it twice.
+// twice prints it twice. Names are printed as they are, texts and values escaped.
 class Printer {
 public:
     // Makes room for a long text, which would otherwise be moved as it grows.
     void Reserve(std::size_t size) { m_text.reserve(size); }
 
-    // Calls `content`, which prints what is in the element.
+    // Calls `content`, which prints what is in the element. When that throws, the element stays open and what
+    // was printed is of no use.
     template <std::invocable Content>
     void Element(std::string_view name, Content&& content) {
         EndStartTag();
