@@ -21,8 +21,9 @@ public:
 
     void AppendChild(INode& child) override {
         if (m_count == m_children.size()) {
-            m_children.push_back(kv::auto_com<INode>::retain(&child));
+            m_pieces.Truncate(m_count); // what a child left that was printed but not taken in
             m_pieces.Append(1, [&](Printer& printer, std::size_t) { printer.Finished(child); });
+            m_children.push_back(kv::auto_com<INode>::retain(&child));
         } else if (m_children[m_count].get() != &child) {
             m_pieces.Replace(m_count, child.ToText());
             m_children[m_count] = kv::auto_com<INode>::retain(&child);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <new>
 #include <random>
 #include <stdexcept>
 
@@ -54,6 +55,24 @@ TEST(XmlPieces, EachCanBeExchangedAndTakenOut) {
     }
 }
 
+// Printing it fails, as when memory is short.
+class Unprintable final : public kv::RefCounted<KVXML::INode> {
+public:
+    std::string_view GetName() const override { return {}; }
+    void SetName(std::string_view) override {}
+    std::string_view GetText() const override { return {}; }
+    void SetText(std::string_view) override {}
+    void SetAttribute(std::string_view, std::string_view) override {}
+    void SetAttribute(std::string_view, std::uint32_t) override {}
+    std::string_view GetAttribute(std::string_view) const override { return {}; }
+    bool HasAttribute(std::string_view) const override { return false; }
+    void AppendChild(INode&) override {}
+    std::size_t GetChildCount() const override { return 0; }
+    INode& GetChild(std::size_t) const override { throw std::out_of_range("no such child"); }
+    INode* FindChild(std::string_view) const override { return nullptr; }
+    void AppendText(std::string&) const override { throw std::bad_alloc(); }
+};
+
 class XmlAssembly : public testing::Test {
 protected:
     static kv::auto_com<KVXML::INode> Child(const std::string& text) {
@@ -89,6 +108,17 @@ TEST_F(XmlAssembly, HoldsWhatItHasPrinted) {
         const std::string name(1, letter);
         EXPECT_EQ(Filled({Child(name)}), "<list><" + name + "></" + name + "></list>");
     }
+}
+
+TEST_F(XmlAssembly, ChildThatCannotBePrintedIsLeftOut) {
+    const auto a = Child("a");
+    const auto b = Child("b");
+    const auto unprintable = kv::auto_com<KVXML::INode>::adopt(new Unprintable);
+    EXPECT_THROW(Filled({a, unprintable}), std::bad_alloc);
+    EXPECT_EQ(m_list->ToText(), "<list><a></a></list>");
+    EXPECT_EQ(Filled({a, b, a}), "<list><a></a><b></b><a></a></list>");
+    EXPECT_THROW(Filled({a, unprintable}), std::bad_alloc);
+    EXPECT_EQ(Filled({a, b, a}), "<list><a></a><b></b><a></a></list>");
 }
 
 TEST_F(XmlAssembly, IsAnElementLikeAnyOther) {
