@@ -24,16 +24,20 @@ void PrintSong(KVXML::Printer& printer, const AudioMedia& media, bool internetRa
 
 } // namespace
 
+void MediaList::MakeRoom(std::size_t count) {
+    const std::size_t size = m_items.size();
+    if (size + count > m_items.capacity())
+        m_items.reserve(size + size / 16 + count);
+}
+
 void MediaList::Add(const AudioMedia& item) {
     ++m_revision;
     m_unlisted += IsListed(item) ? 0 : 1;
-    const std::size_t size = m_items.size();
-    if (size < m_items.capacity()) {
+    if (m_items.size() < m_items.capacity()) {
         m_items.push_back(item);
     } else {
-        // A long list would otherwise take twice its memory with the next song.
         AudioMedia added = item; // maybe one of those that move
-        m_items.reserve(size + size / 16 + 1);
+        MakeRoom(1);
         m_items.push_back(std::move(added));
     }
 }

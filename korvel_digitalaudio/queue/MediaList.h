@@ -21,9 +21,10 @@ public:
     // Equal revisions are equal lists.
     std::uint32_t GetRevision() const { return m_revision; }
 
-    // Makes room for `count` more items.
-    void Reserve(std::size_t count) { m_items.reserve(m_items.size() + count); }
-    // Arguments may be items of the list, or its items.
+    // Makes room for `count` more items, and in a list that has some already for a sixteenth beyond them: the
+    // next few then move nothing, and a long list does not take twice its memory.
+    void MakeRoom(std::size_t count);
+    // `item` may be one of the list, `items` the list itself.
     void Add(const AudioMedia& item);
     // Removes every item equal to `item`.
     void Remove(const AudioMedia& item);

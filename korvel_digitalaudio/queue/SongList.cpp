@@ -36,7 +36,7 @@ void AudioQueue::AddSongList(const std::vector<AudioMedia>& items, bool toFront)
         return;
     const std::size_t count = items.size(); // `items` may be the list that grows
     const std::size_t pick = RandomPick(count);
-    m_songs.Reserve(count);
+    m_songs.MakeRoom(count);
     for (std::size_t i = 0; i < count; ++i) {
         m_songs.Add(items[i]);
         UpdatePositionForSongAdded(items[i]);

@@ -79,6 +79,17 @@ TEST_F(QueueSongList, AddedSongPublishesTheListOnlyWhenAsked) {
     EXPECT_EQ(Published(Out()), kInfoPublished);
 }
 
+TEST_F(QueueSongList, SmallListsRarelyMoveALongOne) {
+    queue->AddSongList(std::vector<AudioMedia>(1600, Song(1)), false);
+    int moves = 0;
+    for (int i = 0; i < 100; ++i) {
+        const AudioMedia* before = queue->GetSongList().data();
+        queue->AddSongList(Songs({2}), false);
+        moves += before == queue->GetSongList().data() ? 0 : 1;
+    }
+    EXPECT_EQ(moves, 1);
+}
+
 TEST_F(QueueSongList, AddedSongEndsTheLocalInput) {
     queue->SetInputFile("line1");
     EXPECT_EQ(queue->GetInputFile(), "line1");
