@@ -62,6 +62,30 @@ TEST_F(QueueKeptStatus, EveryChangeShowsAtOnce) {
     EXPECT_EQ(ChangedBy([&] { queue->ClearSongs(); }), "SOM");
 }
 
+TEST_F(QueueKeptStatus, ChangesOfTheListShowAtOnce) {
+    EXPECT_EQ(ChangedBy([&] { queue->RemoveSong(Song(2)); }), "SM"); // song 3 takes its place
+    queue->GetNextSong();                                            // the last one
+    EXPECT_EQ(ChangedBy([&] { queue->AddSong(Song(4), false, false); }), "SM");
+    EXPECT_EQ(ChangedBy([&] { queue->RemoveSong(Song(4)); }), "SM");
+    EXPECT_EQ(ChangedBy([&] { queue->SetRepeat(true); }), "SM");
+    EXPECT_EQ(ChangedBy([&] { queue->ReplaceSongList(Songs({4, 3})); }), "SM");
+}
+
+TEST_F(QueueKeptStatus, OtherOrdersShowAtOnce) {
+    NewQueue();
+    queue->AddSongList(Songs({1, 2, 3}), false);
+    // Nothing is current: in each order the first song comes next, in the same place of the same list.
+    Random("1 2"); // 1 2 3
+    EXPECT_EQ(ChangedBy([&] { queue->SetShuffle(true); }), "SM");
+    EXPECT_EQ(ChangedBy([&] {
+                  queue->SetShuffle(false);
+                  Random("0 0"); // 3 1 2
+                  queue->SetShuffle(true);
+              }),
+              "SM");
+    EXPECT_EQ(ChangedBy([&] { queue->ShuffleQueue(Song(2)); }), "SM");
+}
+
 TEST_F(QueueKeptStatus, TextOfAStreamShowsAtOnce) {
     queue->SetIsInternetRadio(true);
     queue->AddSong(Radio(5), false, false);
