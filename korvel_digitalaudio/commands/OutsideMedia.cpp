@@ -38,7 +38,7 @@ void korvel_digitalaudio::OnAddIRSTREAM(const ICmdMessage& message, ICmdReturn* 
         return;
     const AudioMedia station = ReadStation(message);
     if (station.type == MEDIA_NONE) {
-        LogMessage(log_levels::kLink,
+        LogMessage(log_levels::kFailed,
                    "korvel_digitalaudio::OnAddIRSTREAM called with no station or media id");
         return;
     }

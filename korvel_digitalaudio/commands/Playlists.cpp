@@ -65,7 +65,7 @@ void korvel_digitalaudio::OnSavePlaylist(const ICmdMessage& message, ICmdReturn*
     const std::string name = message.GetParam("NAME");
     if (room.empty() || name.empty()) {
         kv::AssertWrite(asserts::kDriverPath, asserts::kSavePlaylistParams, kv::StackTrace());
-        LogMessage(log_levels::kLink, "The command SAVE_PLAYLIST does not have the required parameters");
+        LogMessage(log_levels::kFailed, "The command SAVE_PLAYLIST does not have the required parameters");
         return;
     }
     Playlist_Save(kv::ToULong(room), name);

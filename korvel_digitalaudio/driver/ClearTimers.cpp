@@ -46,7 +46,7 @@ void korvel_digitalaudio::HandleTimer(std::uint32_t timerId) {
 void korvel_digitalaudio::ClearRestingQueue(AudioQueue& queue) {
     const QueueState state = queue.GetQueueState();
     if (state == PLAY || state == PAUSE) {
-        LogMessage(log_levels::kLink,
+        LogMessage(log_levels::kFailed,
                    "Clear timer fired but queue is in play or pause state - should be at STOP or END state.  "
                    "Probable cause is media added and timer not cleared!");
         return;

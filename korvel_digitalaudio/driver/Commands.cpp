@@ -112,7 +112,7 @@ std::int32_t korvel_digitalaudio::ExecuteCommand(const ICmdMessage& message, ICm
             return KVBaseDriver::ExecuteCommand(message, ret, source);
         } catch (...) {
             if (m_stringX && m_message)
-                LogMessage(log_levels::kLink,
+                LogMessage(log_levels::kFailed,
                            "Command failed: " + m_stringX->OneLine(m_message->Describe(message)));
             throw;
         }

@@ -21,7 +21,6 @@ AudioServer* korvel_digitalaudio::GetServer(std::uint32_t bindingId) const {
     return found == m_servers.end() ? nullptr : found->second.get();
 }
 
-// Nothing happens for an unknown binding.
 void korvel_digitalaudio::EndServer(std::uint32_t bindingId) {
     const auto found = m_servers.find(bindingId);
     if (found == m_servers.end())

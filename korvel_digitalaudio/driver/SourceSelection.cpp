@@ -59,8 +59,8 @@ void SourceSelection::JoinAnnouncement() {
 }
 
 // Library media plays on this controller's own server; a local input plays where it is, in a queue of its
-// own. Before the own server has come online the binding is 0 for library media that named another one: no
-// server has it, so that the selection is confirmed and nothing else, and nobody has to be told why.
+// own. While the own server is not online, library media that names another server gets binding 0, which no
+// server has: the selection is confirmed, and nothing else happens or is logged.
 bool SourceSelection::FindBinding() {
     const std::uint32_t active = m_driver.m_activeServerBinding;
     m_binding = m_input.bindingId;

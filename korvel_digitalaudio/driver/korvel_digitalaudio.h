@@ -15,6 +15,7 @@
 #include "platform/KVBaseDriver.h"
 #include "platform/Services.h"
 #include "platform/Utilities.h"
+#include "platform/XmlPieces.h"
 #include "platform/rhapsody/RhapsodyClient.h"
 #include "queue/AudioQueue.h"
 #include "server/AudioServer.h"
@@ -177,7 +178,8 @@ private:
     template <class Action>
     void ForEachQueue(Action action);
     static AudioQueue* NextQueue(const AudioServer& server, std::uint32_t queueId);
-    // Takes a server out of use, which is freed when the outermost entry has ended.
+    // Takes a server out of use; it is freed when the outermost entry has ended, or with the driver if it left
+    // queues behind. Nothing happens for an unknown binding.
     void EndServer(std::uint32_t bindingId);
     void ReleaseRetiredServers();
     std::vector<std::uint32_t> GetMp3Devices(std::uint32_t deviceId);
@@ -310,6 +312,7 @@ private:
     kv::auto_com<KVXML::INode> OnGetQueueInfo(const ICmdMessage& message);
     kv::auto_com<KVXML::INode> GetQueueStatusVariable();
     kv::auto_com<KVXML::INode> GetQueueStatusVariable132();
+    void AppendOfEachServer(KVXML::INode& root, void (AudioServer::*elements)(KVXML::INode&) const);
     using Assembly = kv::auto_com<KVXML::IAssembly>;
     // Sets a variable to the text of an element that `fill` fills. The element is kept for the next time.
     void PublishAssembly(std::uint32_t variable, const char* name, Assembly& kept,

@@ -249,7 +249,7 @@ private:
     };
     // What the place of the current media in the song list follows from: revisions.
     struct Place {
-        bool current = false; // else of the empty item
+        bool current = false; // whether the current media is looked for, or the empty item
         std::uint32_t media = 0, songs = 0;
 
         bool operator==(const Place&) const = default;
@@ -276,14 +276,15 @@ private:
     template <class Content>
     std::string PrintStatus(const std::string& name, QueueState state, Content&& content) const;
     void PrintRooms(KVXML::Printer& printer) const;
+    void AssertListed(int line) const;
     std::string InfoText() const;
     std::string InfoTextVersion132() const;
     std::uint32_t PublishedIndex(bool ofCurrent);
     kv::auto_com<ICmdMessage> CreateEvent(const char* name) const;
     void SendEvent(const ICmdMessage& message) const;
-    std::string PrintMediaInfo(const AudioMedia& media, const DataTrackFull* track);
+    std::string PrintMediaInfo(const AudioMedia& media, const DataTrackFull* track) const;
     void DescribeDigital(KVXML::Printer& info, const AudioMedia& media) const;
-    void DescribeRhapsody(KVXML::Printer& info, const AudioMedia& media, const DataTrackFull* track);
+    void DescribeRhapsody(KVXML::Printer& info, const AudioMedia& media, const DataTrackFull* track) const;
     void DescribeInternetRadio(KVXML::Printer& info, const AudioMedia& media) const;
 
     IDriverHelperV2& m_driverHelper;

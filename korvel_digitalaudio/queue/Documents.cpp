@@ -5,6 +5,7 @@
 #include "basics/Asserts.h"
 #include "basics/Ids.h"
 #include "basics/Variables.h"
+#include "platform/XmlPrinter.h"
 #include "queue/AudioQueue.h"
 
 using KVXML::Printer;
@@ -76,16 +77,20 @@ std::string AudioQueue::PrintInfo(std::string_view songs) const {
     return printer.Take();
 }
 
-std::string AudioQueue::InfoText() const {
+// Once for each item that cannot be listed.
+void AudioQueue::AssertListed(int line) const {
     for (std::size_t i = 0; i < m_songs.CountUnlisted(); ++i)
-        kv::AssertWrite(asserts::kQueuePath, asserts::kInfoMediaType, kv::StackTrace());
+        kv::AssertWrite(asserts::kQueuePath, line, kv::StackTrace());
+}
+
+std::string AudioQueue::InfoText() const {
+    AssertListed(asserts::kInfoMediaType);
     return PrintInfo(m_songs.GetText(IsInternetRadio()));
 }
 
 // Readers of this older document take the list from elsewhere: its "songs" stays empty.
 std::string AudioQueue::InfoTextVersion132() const {
-    for (std::size_t i = 0; i < m_songs.CountUnlisted(); ++i)
-        kv::AssertWrite(asserts::kQueuePath, asserts::kInfo132MediaType, kv::StackTrace());
+    AssertListed(asserts::kInfo132MediaType);
     return PrintInfo({});
 }
 

@@ -9,12 +9,13 @@ using KVXML::Printer;
 
 namespace {
 
-// Copies the text of a record's value, if it has one, base64-encoded where it may hold anything.
+// Copies the text of a record's value, if it has one.
 void CopyText(const INode& record, const char* value, Printer& info, const char* tag) {
     if (const INode* element = record.FindChild(value))
         info.Value(tag, element->GetText());
 }
 
+// The same, base64-encoded, for a value that may hold anything.
 void CopyEncoded(const INode& record, const char* value, Printer& info, const char* tag) {
     if (const INode* element = record.FindChild(value))
         info.Value(tag, kv::base64EncodeString(element->GetText()));
@@ -64,7 +65,7 @@ void AudioQueue::UpdateRoomMediaVariable(const AudioMedia& media, const DataTrac
     NotifyMediaChanged(text);
 }
 
-std::string AudioQueue::PrintMediaInfo(const AudioMedia& media, const DataTrackFull* track) {
+std::string AudioQueue::PrintMediaInfo(const AudioMedia& media, const DataTrackFull* track) const {
     Printer info;
     info.Element("mediainfo", [&] {
         info.Value("deviceid", m_driverHelper.GetDeviceId());
@@ -111,7 +112,7 @@ void AudioQueue::DescribeDigital(Printer& info, const AudioMedia& media) const {
 }
 
 // Without a description of the track one is asked for; the answer describes the media again.
-void AudioQueue::DescribeRhapsody(Printer& info, const AudioMedia& media, const DataTrackFull* track) {
+void AudioQueue::DescribeRhapsody(Printer& info, const AudioMedia& media, const DataTrackFull* track) const {
     const bool channel = media.type == MEDIA_RHAPSODY_CHANNEL;
     const std::string& trackId = channel ? media.metaData : media.externalId;
     info.Value("mediaid", kNoDatabaseId);

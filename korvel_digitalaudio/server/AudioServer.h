@@ -22,6 +22,10 @@ class RoomHistories;
 // One audio server: its play queues, its send link and its announcement, and the reader of every line it
 // sends.
 //
+//   in use  --Retire()-->                                     left   its queues say nothing any more
+//   left    --outermost entry over, no queues left behind-->  freed
+//   left    --the driver's end-->                             freed  with its queues, without a word
+//
 // Queues are owned. A removed queue is closed at once but freed only by ReleaseRemovedQueues(), because a
 // caller further up the stack may still hold it.
 class AudioServer {

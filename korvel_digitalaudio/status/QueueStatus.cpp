@@ -5,15 +5,20 @@
 
 using NodePtr = kv::auto_com<KVXML::INode>;
 
+void korvel_digitalaudio::AppendOfEachServer(KVXML::INode& root,
+                                             void (AudioServer::*elements)(KVXML::INode&) const) {
+    ForEachServer([&](const AudioServer& server) { (server.*elements)(root); });
+}
+
 NodePtr korvel_digitalaudio::GetQueueStatusVariable() {
     NodePtr root = KVXML::CreateXmlNode("queues");
-    ForEachServer([&](const AudioServer& server) { server.GetStatusVariable(*root); });
+    AppendOfEachServer(*root, &AudioServer::GetStatusVariable);
     return root;
 }
 
 NodePtr korvel_digitalaudio::GetQueueStatusVariable132() {
     NodePtr root = KVXML::CreateXmlNode("queues");
-    ForEachServer([&](const AudioServer& server) { server.GetStatusVariable132(*root); });
+    AppendOfEachServer(*root, &AudioServer::GetStatusVariable132);
     return root;
 }
 
@@ -31,10 +36,10 @@ void korvel_digitalaudio::PublishAssembly(std::uint32_t variable, const char* na
 
 void korvel_digitalaudio::UpdateQueueStatusVariable() {
     PublishAssembly(variables::kQueueStatusV2, "queues", m_shownStatus, [this](KVXML::INode& root) {
-        ForEachServer([&](const AudioServer& server) { server.GetStatusVariable(root); });
+        AppendOfEachServer(root, &AudioServer::GetStatusVariable);
     });
     PublishAssembly(variables::kQueueStatus, "queues", m_shownStatus132, [this](KVXML::INode& root) {
-        ForEachServer([&](const AudioServer& server) { server.GetStatusVariable132(root); });
+        AppendOfEachServer(root, &AudioServer::GetStatusVariable132);
     });
     UpdateRoomMapInfoVar();
 }
