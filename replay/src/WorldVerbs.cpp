@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <array>
+#include <iterator>
 
 #include "replay/Arguments.h"
 #include "replay/Session.h"
@@ -128,7 +128,7 @@ void Without(Session& session, Arguments& arguments) {
         const char* id;
         bool isKept; // by servers and queues from their beginning on
     };
-    static constexpr std::array<Service, 7> kServices{{
+    static constexpr Service kServices[] = {
         {"RhapsodyClient", KVRhapsodyClient::IRhapsodyClientFactory::kInterfaceId, false},
         {"StringX", IStringX::kInterfaceId, false},
         {"KVMessage", IKVMessage::kInterfaceId, false},
@@ -136,12 +136,12 @@ void Without(Session& session, Arguments& arguments) {
         {"TimerManager", ITimerManager::kInterfaceId, true},
         {"RoomService", IRoomService::kInterfaceId, true},
         {"BindMessageSender", IBindMessageSender::kInterfaceId, true},
-    }};
+    };
     const std::string name = arguments.Value("NAME");
     arguments.ExpectEnd();
-    const auto service = std::find_if(kServices.begin(), kServices.end(),
-                                      [&](const Service& entry) { return entry.name == name; });
-    if (service == kServices.end())
+    const auto* service = std::find_if(std::begin(kServices), std::end(kServices),
+                                       [&](const Service& entry) { return entry.name == name; });
+    if (service == std::end(kServices))
         throw FormatError("no service that can be missing is named " + FormatValue(name));
     if (service->isKept && session.HasDriver())
         throw FormatError(name + " is missing from the start or not at all");
@@ -149,12 +149,12 @@ void Without(Session& session, Arguments& arguments) {
 }
 
 void Fail(Session& session, Arguments& arguments) {
-    static constexpr std::array<std::string_view, 8> kOperations{
+    static constexpr std::string_view kOperations[] = {
         kFailCreatePlaylist, kFailAddMedia,          kFailAddSongToPlaylist, kFailSongLocation,
         kFailCreateMessage,  kFailCreateBindMessage, kFailStartTimer,        kFailCreateClient};
     const std::string name = arguments.Value("NAME");
     arguments.ExpectEnd();
-    if (std::find(kOperations.begin(), kOperations.end(), name) == kOperations.end())
+    if (std::find(std::begin(kOperations), std::end(kOperations), name) == std::end(kOperations))
         throw FormatError("no operation that can fail is named " + FormatValue(name));
     session.GetWorld().failing.insert(name);
 }
@@ -173,12 +173,12 @@ void Engine(Session& session, Arguments& arguments) {
 }
 
 void Inside(Session& session, Arguments& arguments) {
-    static constexpr std::array<std::string_view, 4> kOutside{"start", "create", "stop", "advance"};
+    static constexpr std::string_view kOutside[] = {"start", "create", "stop", "advance"};
     const std::string output = arguments.Value("OUTPUT");
     const std::string input = arguments.Rest();
     Arguments words(input);
     const std::string verb = words.Value("INPUT");
-    if (!FindVerb(verb) || std::find(kOutside.begin(), kOutside.end(), verb) != kOutside.end())
+    if (!FindVerb(verb) || std::find(std::begin(kOutside), std::end(kOutside), verb) != std::end(kOutside))
         throw FormatError("nothing inside a call is named " + FormatValue(verb));
     session.GetWorld().insideCalls.push_back({output, input});
 }
@@ -200,8 +200,7 @@ constexpr Verb kVerbs[] = {
     {"reply", "DEVICE NAME TEXT", "what DEVICE answers to the message NAME", Reply},
     {"without", "NAME",
      "a service that is not there: RhapsodyClient, StringX, KVMessage, AnnouncementNotifier; before the "
-     "start, "
-     "also TimerManager, RoomService or BindMessageSender",
+     "start, also TimerManager, RoomService or BindMessageSender",
      Without},
     {"fail", "NAME",
      "what fails from now on: CreatePlaylist, AddMedia, AddSongToPlaylist, SongLocation, CreateMessage, "
