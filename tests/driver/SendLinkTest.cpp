@@ -40,6 +40,19 @@ TEST_F(SendLink, HandsALineOverAsABindingMessageOfTheDriver) {
                             "StartTimer 5000 1"}));
 }
 
+// The core has not told the timer's id yet.
+TEST_F(SendLink, AnAnswerWhileTheTimerStartsStopsNoTimer) {
+    Lines calls;
+    m_core.SetHook([&](const ServiceCall& call) {
+        calls.push_back(call.name);
+        if (call.name == "StartTimer")
+            m_link->KillAckTimer();
+    });
+    m_link->AddToSendQueue("a");
+    EXPECT_EQ(calls, (Lines{"CreateBindMessage", "SendBindMessage", "StartTimer"}));
+    EXPECT_TRUE(m_link->IsAckTimerExpired());
+}
+
 TEST_F(SendLink, AnAcknowledgementWhileIdleDoesNothing) {
     m_link->KillAckTimer();
     EXPECT_EQ(m_core.TakeLines(), Lines{});
