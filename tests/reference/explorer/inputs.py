@@ -258,7 +258,8 @@ class Inputs:
             return [self.house.live_engine(dice.choice(SERVERS), self.knowledge)]
         if kind < 0.94:
             return [self.house.live_room(dice.choice(ROOMS), self.knowledge)]
-        return [words("fail", dice.choice(OPERATIONS))]
+        # A driver that starts anew keeps its client of the streaming service: answers may wait inside a call.
+        return [words("fail", dice.choice([name for name in OPERATIONS if name != "CreateClient"]))]
 
     def start(self):
         kind = self.dice.random()
