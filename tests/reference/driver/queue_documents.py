@@ -5,6 +5,7 @@ from nodes import Node
 from .constants import END, NO_MEDIA_ID, NONE, PAUSE, PLAY, QUEUE_SOURCE, STOP, OutOfRange
 from .media import CHANNEL, DIGITAL, RADIO, RESERVED, TRACK, Media, position
 
+LISTED = (DIGITAL, TRACK, CHANNEL, RESERVED, RADIO)
 STATE_TEXTS = {STOP: "Stop", END: "Stop", PAUSE: "Pause", PLAY: "Play"}
 
 
@@ -26,7 +27,15 @@ class QueueDocuments:
         info.add("name", self.owner)
         return info
 
+    def note_unlisted(self, line):
+        """What is noted may change the list: the document shows what it holds after that."""
+        noted = 0
+        while noted < sum(media.type not in LISTED for media in self.songs):
+            self.core.assert_write(QUEUE_SOURCE, line)
+            noted += 1
+
     def get_info(self):
+        self.note_unlisted(1180)
         info = self.new_info()
         songs = info.add("songs")
         for media in self.songs:
@@ -38,18 +47,14 @@ class QueueDocuments:
             elif media.type == CHANNEL:
                 song.set("id", media.meta_data)
                 song.set("station_id", media.external_id)
-            elif media.type not in (RESERVED, RADIO):
-                self.core.assert_write(QUEUE_SOURCE, 1180)
             song.set("source", self.source_of(media))
         return info
 
     def get_info_132(self):
         """Readers of this version take the songs from elsewhere: the list stays empty."""
+        self.note_unlisted(1231)
         info = self.new_info()
         info.add("songs")
-        for media in self.songs:
-            if media.type not in (DIGITAL, TRACK, CHANNEL, RESERVED, RADIO):
-                self.core.assert_write(QUEUE_SOURCE, 1231)
         return info
 
     def update_info_variable(self):
