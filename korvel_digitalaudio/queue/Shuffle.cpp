@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include "platform/System.h"
@@ -48,7 +49,11 @@ void AudioQueue::ShuffleQueue() {
 
 void AudioQueue::SetShuffle(bool on) {
     if (on && !m_shuffle) {
-        ShuffleQueue();
+        try {
+            ShuffleQueue();
+        } catch (const std::out_of_range&) {
+            // A pin left over from a longer list is used up and finds no song.
+        }
         // The index of a song that is gone may point past the list.
         if (m_currentIndex != NO_SONG_INDEX && m_currentIndex < m_shuffled->size())
             m_currentMedia.Change() = (*m_shuffled)[m_currentIndex];

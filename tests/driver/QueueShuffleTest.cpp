@@ -127,6 +127,15 @@ TEST_F(QueueShuffle, TurningOnPastTheEndIsStoredAllTheSame) {
     queue->SetShuffle(true); // the index is left over from song 4
     EXPECT_TRUE(queue->IsShuffleSet());
     EXPECT_EQ(queue->GetCurrentMedia(), Song(4));
+
+    NewQueue();
+    HoldFour(4);
+    queue->RemoveSong(Song(4));
+    queue->SetNextSong(std::uint32_t{9});
+    queue->SetShuffle(true); // the pin is used up and finds nothing
+    EXPECT_TRUE(queue->IsShuffleSet());
+    EXPECT_EQ(queue->GetCurrentMedia(), Song(4));
+    EXPECT_EQ(queue->PeekNextSong(), AudioMedia());
 }
 
 // While the flag is still off, the way to the head goes through the song list.

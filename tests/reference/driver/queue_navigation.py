@@ -1,6 +1,6 @@
 """Which song plays first, next and previously; shuffle and repeat."""
 
-from .constants import NONE, QUEUE_SOURCE, at
+from .constants import NONE, QUEUE_SOURCE, OutOfRange, at
 from .media import NOTHING, Media, position
 from text import u32
 
@@ -126,7 +126,10 @@ class QueueNavigation:
 
     def set_shuffle(self, on):
         if on and not self.shuffle:
-            self.shuffle_queue()
+            try:
+                self.shuffle_queue()
+            except OutOfRange:
+                pass  # a pin past the end counts as not found
             if self.current_index != NONE and self.current_index < len(self.shuffled):
                 self.current_media = self.shuffled[self.current_index].copy()
         elif not on and self.shuffle:
