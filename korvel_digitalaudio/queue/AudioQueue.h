@@ -35,7 +35,7 @@ class RoomHistories;
 //   STOP       --play-->          PLAY   with the next song
 //   PLAY, END  --pause-->         PAUSE  or STOP, when the stream cannot pause
 //   PAUSE      --play-->          PLAY   where it was
-//   PLAY       --no next song-->  END
+//   any        --no next song-->  END    whatever asked for it: skip, end of the media, removal
 //   END        --play-->          PLAY   with the first song
 //   any        --a song starts--> PLAY   announced again when it was PLAY already
 //   any        --stop-->          STOP   and back to the first song

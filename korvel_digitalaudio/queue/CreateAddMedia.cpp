@@ -22,25 +22,26 @@ std::string BroadcastText(IMediaManager& mediaManager, const AudioMedia& media) 
     return "stream-" + location;
 }
 
-// Where the storage device is mounted on the audio server; "" when the device does not say.
+// Where the storage device is mounted on the audio server; "" when the device does not say or is not asked.
 std::string AskMountPath(IDriverHelper& driverHelper, IDeviceMessaging& messaging,
-                         std::uint32_t storageDevice) {
+                         std::uint32_t storageDevice, const std::function<bool()>& isWanted) {
     std::string reply;
     if (auto message = driverHelper.CreateMessage("GET_MOUNT_PATH")) {
         message->AddParam("ADD_AUDIO", "INT", "1");
-        messaging.SendMessage(storageDevice, *message, &reply);
+        if (isWanted()) // each call so far may have ended the queue
+            messaging.SendMessage(storageDevice, *message, &reply);
     }
     return reply;
 }
 
 // False when the song has no location.
 bool SongText(IDriverHelper& driverHelper, IMediaManager& mediaManager, IDeviceMessaging& messaging,
-              std::uint32_t mediaId, std::string& text) {
+              std::uint32_t mediaId, const std::function<bool()>& isWanted, std::string& text) {
     if (mediaManager.GetLocation(mediaId, "SONG", text) < 0)
         return false;
     const std::uint32_t storageDevice = mediaManager.GetStorageDevice(mediaId);
     if (!boost::algorithm::starts_with(text, kMountedPrefix)) {
-        const std::string mountPath = AskMountPath(driverHelper, messaging, storageDevice);
+        const std::string mountPath = AskMountPath(driverHelper, messaging, storageDevice, isWanted);
         if (!mountPath.empty())
             text = std::string(kMountedPrefix) + "/" + mountPath + "/" + text;
     }
@@ -51,7 +52,8 @@ bool SongText(IDriverHelper& driverHelper, IMediaManager& mediaManager, IDeviceM
 
 std::unique_ptr<ASPacketBase> ASPacket::CreateAddMedia(IDriverHelper& driverHelper,
                                                        IInstanceManager& instances, const AudioMedia& media,
-                                                       bool broadcast) {
+                                                       bool broadcast,
+                                                       const std::function<bool()>& isWanted) {
     switch (media.type) {
         case MEDIA_RHAPSODY_TRACK:
         case MEDIA_RHAPSODY_CHANNEL:
@@ -72,7 +74,7 @@ std::unique_ptr<ASPacketBase> ASPacket::CreateAddMedia(IDriverHelper& driverHelp
     std::string text;
     if (broadcast)
         text = BroadcastText(*mediaManager, media);
-    else if (!SongText(driverHelper, *mediaManager, *messaging, media.mediaId, text))
+    else if (!SongText(driverHelper, *mediaManager, *messaging, media.mediaId, isWanted, text))
         return nullptr;
     return std::make_unique<ASAddMediaPacket>("\"file:/" + text + "\"");
 }

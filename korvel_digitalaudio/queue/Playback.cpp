@@ -173,7 +173,8 @@ void AudioQueue::AddSongToStream(const AudioMedia& media) {
     if (m_closed)
         return;
     m_canPause = true;
-    auto packet = ASPacket::CreateAddMedia(m_driverHelper, m_instances, added, IsInternetRadio());
+    auto packet = ASPacket::CreateAddMedia(m_driverHelper, m_instances, added, IsInternetRadio(),
+                                           [this] { return !m_closed; });
     if (packet) {
         // Only the newest media is wanted once the stream is there.
         if (m_packets.RemoveWaitingMedia() != 0)

@@ -453,4 +453,21 @@ TEST_F(QueuePlayback, ClosedQueueAsksForNothingAnyMore) {
     EXPECT_EQ(Out(), Lines{});
 }
 
+TEST_F(QueuePlayback, QueueThatIsClosedWhileASongIsLookedUpAsksNoStorageDevice) {
+    Run("song 2 location=b.flac device=300");
+    for (const std::string lookUp : {"GetLocation", "GetStorageDevice", "CreateMessage"}) {
+        NewQueue();
+        std::vector<std::string> asked;
+        onCall = [&](const ServiceCall& call) {
+            if (call.name == lookUp)
+                queue->Close();
+            if (call.name == "SendMessage" && call.arguments[0] == "300")
+                asked.push_back(call.name);
+        };
+        queue->AddSongToStream(Song(2));
+        onCall = nullptr;
+        EXPECT_EQ(asked, std::vector<std::string>{}) << lookUp;
+    }
+}
+
 } // namespace

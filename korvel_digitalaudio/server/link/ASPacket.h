@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -38,10 +39,11 @@ public:
 
     // The packet that makes an audio server play `media`, for a stream not yet known; null when the media
     // cannot be streamed (queue/CreateAddMedia.cpp). `broadcast` asks for the broadcast address of the media
-    // instead of its file. May ask a storage device for its mount path.
-    static std::unique_ptr<ASPacketBase> CreateAddMedia(IDriverHelper& driverHelper,
-                                                        IInstanceManager& instances, const AudioMedia& media,
-                                                        bool broadcast);
+    // instead of its file. May ask a storage device for its mount path, unless `isWanted` says by then that
+    // nobody waits for the packet any more.
+    static std::unique_ptr<ASPacketBase> CreateAddMedia(
+        IDriverHelper& driverHelper, IInstanceManager& instances, const AudioMedia& media, bool broadcast,
+        const std::function<bool()>& isWanted = [] { return true; });
 
 private:
     void ParseEvent(const std::vector<std::string>& tokens);

@@ -91,7 +91,7 @@ def add_file(path):
     return add_media('"file:/%s"' % path)
 
 
-def create_add_media(core, media, broadcast):
+def create_add_media(core, media, broadcast, is_wanted):
     """The packet that makes a stream play an item; None when there is no way to play it."""
     if media.type in (TRACK, CHANNEL):
         return AddServicePacket(media.external_id)
@@ -109,15 +109,17 @@ def create_add_media(core, media, broadcast):
         return None
     device = core.get_storage_device(media.media_id)
     if not location.startswith("/media"):
-        location = mounted(core, device, location)
+        location = mounted(core, device, location, is_wanted)
     return add_file(location)
 
 
-def mounted(core, device, location):
+def mounted(core, device, location, is_wanted):
     message = core.create_message("GET_MOUNT_PATH")
     if message is None:
         return location
     message.add("ADD_AUDIO", "INT", "1")
+    if not is_wanted():
+        return location
     reply = core.send_message(device, message)
     return location if reply == "" else "/media/" + reply + "/" + location
 

@@ -127,7 +127,7 @@ class QueuePlayback:
         self.can_pause = True
         if self.is_closed:
             return
-        packet = packets.create_add_media(self.core, media, self.is_radio)
+        packet = packets.create_add_media(self.core, media, self.is_radio, lambda: not self.is_closed)
         if packet is not None:
             if self.packets.remove_added_media():
                 self.core.log(6, "Digital Audio addmed entry superceeded")
