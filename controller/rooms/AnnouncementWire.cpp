@@ -30,10 +30,18 @@ std::string RestOf(std::istream& words) {
 void AnnouncementWire::Begin() {
     m_waiting = true;
     m_stream.reset();
+    m_roomRefused = false;
+    m_roomTaken = false;
     m_failure.clear();
 }
 
-// "<n> addann stream=<S>", "<n> NO addann", "<n> NO addmed <S>", "* addmed BAD=<S> <reason>"
+std::string AnnouncementWire::GetFailure() const {
+    return m_failure.empty() && m_roomRefused && !m_roomTaken ? "the audio server took none of the rooms"
+                                                              : m_failure;
+}
+
+// "<n> addann stream=<S>", "<n> NO addann", "<n> OK addcli <S>", "<n> NO addcli <S>", "<n> NO addmed <S>",
+// "* addmed BAD=<S> <reason>"
 void AnnouncementWire::OnLine(const std::string& line) {
     std::istringstream words(line);
     std::string first;
@@ -44,6 +52,8 @@ void AnnouncementWire::OnLine(const std::string& line) {
         OnStream(third);
     } else if (!m_stream) {
         return;
+    } else if (third == "addcli" && NumberBehind("", RestOf(words)) == m_stream) {
+        (second == "OK" ? m_roomTaken : m_roomRefused) = true;
     } else if (second == "NO" && third == "addmed" && NumberBehind("", RestOf(words)) == m_stream) {
         Fail("the audio server refused the file");
     } else if (first == "*" && second == "addmed" && NumberBehind(kBadMedia, third) == m_stream) {

@@ -15,8 +15,8 @@ public:
     // Each line of the server, before the driver hears it.
     void OnLine(const std::string& line);
 
-    // Why the file could not be played; "" while nothing speaks against it.
-    const std::string& GetFailure() const { return m_failure; }
+    // Why nobody heard the file, or not all of it; "" while nothing speaks against it.
+    std::string GetFailure() const;
 
 private:
     void OnStream(const std::string& answer);
@@ -24,6 +24,8 @@ private:
 
     bool m_waiting = false; // for the answer to "addann": the driver takes the first that comes
     std::optional<std::uint32_t> m_stream;
+    bool m_roomRefused = false;
+    bool m_roomTaken = false;
     std::string m_failure;
 };
 

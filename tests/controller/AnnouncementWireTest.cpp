@@ -29,6 +29,12 @@ TEST_F(AnnouncementWireTest, HearsThatThereIsNoStream) {
               "the audio server has no stream for it");
 }
 
+TEST_F(AnnouncementWireTest, HearsThatNoRoomIsTaken) {
+    EXPECT_EQ(FailureAfter({"1 addann stream=5", "2 NO addcli 5", "3 OK addmed 5"}),
+              "the audio server took none of the rooms");
+    EXPECT_EQ(FailureAfter({"1 addann stream=5", "2 NO addcli 5", "3 OK addcli 5", "4 OK addmed 5"}), "");
+}
+
 TEST_F(AnnouncementWireTest, KeepsTheFirstReason) {
     EXPECT_EQ(FailureAfter({"1 addann stream=5", "* addmed BAD=5 first", "* addmed BAD=5 second"}), "first");
 }
@@ -41,7 +47,7 @@ TEST_F(AnnouncementWireTest, KnowsNothingAgainstWhatGoesWell) {
 
 TEST_F(AnnouncementWireTest, LeavesOtherStreamsAlone) {
     EXPECT_EQ(FailureAfter({"* addmed BAD=5 before it was its own", "1 addann stream=5", "2 NO addmed 55",
-                            "* addmed BAD=4 x", "3 NO addcli 5", "4 NO remmed 5", "* remmed BAD=5 x"}),
+                            "* addmed BAD=4 x", "3 NO addcli 4", "4 NO remmed 5", "* remmed BAD=5 x"}),
               "");
 }
 
