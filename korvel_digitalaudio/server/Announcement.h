@@ -11,10 +11,11 @@
 
 // One audio file played at once in a set of rooms, on a stream of its own.
 //
-//   idle       --CreateStream()-->                requested  packets wait for the stream
+//   any        --CreateStream()-->                requested  packets wait for the stream
 //   requested  --answer to "addann"-->            streaming  packets go out at once
 //   streaming  --its end or a file refused-->     complete   the stream is still there
-//   any        --CleanupAnnouncement()-->         idle       the stream is removed
+//   streaming  --CleanupAnnouncement()-->         idle       the stream is removed, the same when complete
+//   requested  --CleanupAnnouncement()-->         requested  packets are dropped, the answer is still awaited
 class Announcement {
 public:
     // `link` must outlive the announcement; no reference is taken.

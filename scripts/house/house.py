@@ -30,8 +30,9 @@ def toml_text(text):
 class House:
     """A controller, an audio server, a player per room and the gateway of a streaming service.
 
-    `catalogue` is the gateway's file. `folder` takes the configuration, the state and the logs. `first_port` is the first player's port, the next ones
-    are two apart; with 0 every program picks free ports. With `record`, each player writes a WAV file.
+    `catalogue` is the gateway's file. `folder` takes the configuration, the state and the logs. `first_port` is the first
+    player's port, the next ones are two apart; with 0 every program picks free ports. With `record`, each player writes a
+    WAV file.
     """
 
     def __init__(self, programs, folder, music, catalogue, first_port=6200, server_port=7700, http_port=8080,
