@@ -9,8 +9,7 @@ AudioServer* korvel_digitalaudio::AudioServer_Create(std::uint32_t id, bool allo
         return known;
     auto created = std::make_unique<AudioServer>(GetHelper(), GetInstanceManager(), this, id, allowMultInput,
                                                  m_rhapsody.get(), this);
-    AudioServer* server = created.get();
-    m_servers.emplace(id, std::move(created));
+    AudioServer* server = m_servers.emplace(id, std::move(created)).first->second.get();
     server->SetClearPlaylistSettings(m_clearPlaylist);
     server->AddToServerSendQueue(ASResetPacket().str().c_str());
     return server;
