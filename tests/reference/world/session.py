@@ -4,14 +4,15 @@ import signal
 import sys
 import traceback
 
+from world import entry_verbs, world_verbs
 from world.arguments import Arguments
 from world.live import MAX_ANSWERS
 from world.system import DRIVER_DEVICE, World
-from world.verbs import VERBS
 from world.words import FormatError, Overrun, format_value
 from driver.frame import create_driver
 from nodes import Node
 
+VERBS = {**world_verbs.VERBS, **entry_verbs.VERBS}
 # More expiries than these in one step of time are a timer that starts itself for ever.
 MAX_EXPIRIES = 500000
 # An input that takes longer than this, in seconds of the processor, never ends.
@@ -111,10 +112,14 @@ class Session:
             self._deliver_answers()
         clock.advance_to(end)
 
+    @staticmethod
+    def has_verb(name):
+        return name in VERBS
+
     def _dispatch(self, line):
         arguments = Arguments(line)
         name = arguments.value("verb")
-        if name not in VERBS:
+        if not self.has_verb(name):
             raise FormatError(f"unknown verb {format_value(name)}")
         VERBS[name](self, arguments)
 
