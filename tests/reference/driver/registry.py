@@ -93,12 +93,13 @@ class Registry:
                 self.execute_command(command, ret, binding)
 
     def create_server(self, binding, allow_multiple_inputs):
-        if binding not in self.servers:
-            server = AudioServer(self, binding, allow_multiple_inputs)
-            self.servers[binding] = server
-            server.clear_playlist = self.clear_playlist
-            server.link.add_to_send_queue(packets.reset().text(0))
-        return self.servers[binding]
+        if binding in self.servers:
+            return self.servers[binding]
+        server = AudioServer(self, binding, allow_multiple_inputs)
+        self.servers[binding] = server
+        server.clear_playlist = self.clear_playlist
+        server.link.add_to_send_queue(packets.reset().text(0))  # it may go offline inside this
+        return server
 
     def remove_server(self, binding):
         if binding not in self.servers:
