@@ -109,7 +109,11 @@ public:
 
     void SetShuffle(bool on) {
         if (on && !shuffle) {
-            ShuffleToCurrent();
+            try {
+                ShuffleToCurrent();
+            } catch (const std::out_of_range&) {
+                // A pin past the end finds no song, and is used up.
+            }
             if (current != kNoIndex && current < order.size())
                 Play(order[current]);
         } else if (!on && shuffle && current < order.size()) {
