@@ -1,0 +1,49 @@
+#include "common/Log.h"
+
+#include <spdlog/logger.h>
+
+#include "common/Text.h"
+#include "common/src/LogSink.h"
+
+namespace korvel::common {
+namespace {
+
+spdlog::level::level_enum LevelOf(LogLevel level) {
+    switch (level) {
+        case LogLevel::Error:
+            return spdlog::level::err;
+        case LogLevel::Warning:
+            return spdlog::level::warn;
+        case LogLevel::Info:
+            return spdlog::level::info;
+        case LogLevel::Debug:
+            return spdlog::level::debug;
+    }
+    return spdlog::level::off;
+}
+
+} // namespace
+
+Log::Log(LogLevel most, std::FILE* sink)
+    : m_logger(std::make_unique<spdlog::logger>("", std::make_shared<LogSink>(sink))) {
+    m_logger->set_level(LevelOf(most));
+    m_logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %-7l %v");
+    m_logger->flush_on(spdlog::level::trace);
+}
+
+Log::~Log() = default;
+
+void Log::Write(LogLevel level, std::string_view text, LogPlace place) const {
+    if (!m_logger->should_log(LevelOf(level)))
+        return;
+    const std::string line = OneLine(text, kMaxLogLine);
+    m_logger->log(spdlog::source_loc(place.file, place.line, ""), LevelOf(level),
+                  spdlog::string_view_t(line));
+}
+
+const Log& ProgramLog() {
+    static const Log log(LogLevel::Info);
+    return log;
+}
+
+} // namespace korvel::common

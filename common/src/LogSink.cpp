@@ -1,0 +1,72 @@
+#include "common/src/LogSink.h"
+
+#include <chrono>
+
+#include "common/Log.h"
+
+namespace korvel::common {
+namespace {
+
+// Also when the clock was put back.
+bool IsOver(spdlog::log_clock::time_point second, spdlog::log_clock::time_point now) {
+    return now < second || now - second >= std::chrono::seconds(1);
+}
+
+} // namespace
+
+LogSink::~LogSink() {
+    for (auto& [place, source] : m_sources)
+        Summarize(source, source.second);
+    flush_();
+}
+
+void LogSink::sink_it_(const spdlog::details::log_msg& message) {
+    if (m_leftOut) {
+        m_leftOut = false;
+        for (auto& [place, source] : m_sources) {
+            if (IsOver(source.second, message.time))
+                Summarize(source, message.time);
+            m_leftOut = m_leftOut || source.leftOut > 0;
+        }
+    }
+    if (message.level == spdlog::level::debug || Admit(message))
+        Print(message);
+}
+
+bool LogSink::Admit(const spdlog::details::log_msg& message) {
+    Source& source = m_sources[{message.source.filename, message.source.line}];
+    if (source.lines == 0 || IsOver(source.second, message.time)) {
+        source.second = message.time;
+        source.lines = 0;
+    }
+    if (++source.lines <= kMaxLogLinesPerSecond)
+        return true;
+    ++source.leftOut;
+    source.level = message.level;
+    source.text.assign(message.payload.data(), message.payload.size());
+    m_leftOut = true;
+    return false;
+}
+
+void LogSink::Summarize(Source& source, Time now) {
+    if (source.leftOut == 0)
+        return;
+    const std::string text =
+        "left out " + std::to_string(source.leftOut) + " lines, the last: " + source.text;
+    source.leftOut = 0;
+    source.text.clear();
+    Print({now, {}, {}, source.level, text});
+}
+
+void LogSink::Print(const spdlog::details::log_msg& message) {
+    spdlog::memory_buf_t line;
+    formatter_->format(message, line);
+    // One call a line, so that lines of several programs on one file do not mix.
+    std::fwrite(line.data(), 1, line.size(), m_file);
+}
+
+void LogSink::flush_() {
+    std::fflush(m_file);
+}
+
+} // namespace korvel::common
