@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
+
+namespace CLI {
+class App;
+}
 
 namespace korvel::roomplayer {
 
@@ -21,8 +24,7 @@ struct Options {
     bool useDevice = true;
 };
 
-/// Reads the command line. Empty when the program should end, with the exit code in exitCode: help was asked
-/// for (0, printed on stdout) or the options are bad (one line on stderr).
-std::optional<Options> ParseOptions(int argc, char** argv, int& exitCode);
+/// Lets the command line set the options, which must outlive its reading.
+void AddOptions(CLI::App& app, Options& options);
 
 } // namespace korvel::roomplayer

@@ -9,8 +9,8 @@
 #include <thread>
 #include <utility>
 
+#include "common/Log.h"
 #include "roomplayer/Elements.h"
-#include "roomplayer/Log.h"
 #include "roomplayer/RealTime.h"
 #include "roomplayer/SoundDevice.h"
 
@@ -47,7 +47,7 @@ void EndUnlessStopped(const std::stop_token& stop) {
     std::unique_lock lock(mutex);
     std::condition_variable_any().wait_for(lock, stop, kStopPatience, [] { return false; });
     if (!stop.stop_requested()) {
-        Log("the pipeline does not stop: giving up");
+        common::ProgramLog().Error("the pipeline does not stop: giving up");
         std::_Exit(EXIT_FAILURE);
     }
 }
@@ -188,7 +188,7 @@ GstPadProbeReturn Pipeline::OnPacket(GstPad*, GstPadProbeInfo* info, gpointer se
         return GST_PAD_PROBE_DROP;
     }
     if (before != sender) {
-        Log("sender " + std::to_string(sender));
+        common::ProgramLog().Info("sender " + std::to_string(sender));
     }
     if (const auto left = self->m_gate.TakeLeft(now, self->m_drainTime)) {
         self->ForgetSender(*left);
@@ -261,7 +261,7 @@ GstFlowReturn Pipeline::OnSound(GstAppSink* sink, gpointer selfPointer) {
     self->m_recordingFailed = !self->m_recording->Append(std::span(map.data, map.size));
     gst_buffer_unmap(buffer, &map);
     if (wasWhole && self->m_recordingFailed) {
-        Log("recording ends: the file takes no more");
+        common::ProgramLog().Error("recording ends: the file takes no more");
     }
     // A full disk must not silence the room.
     return GST_FLOW_OK;

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "roomplayer/Log.h"
+#include "common/Log.h"
 
 namespace korvel::roomplayer {
 namespace {
@@ -60,7 +60,7 @@ void Player::StartAnew() {
 }
 
 void Player::Fail(const std::string& reason) {
-    Log(reason);
+    common::ProgramLog().Error(reason);
     m_failed = true;
     g_main_loop_quit(m_loop.get());
 }
@@ -74,14 +74,14 @@ gboolean Player::OnLook(gpointer selfPointer) {
     auto* self = static_cast<Player*>(selfPointer);
     switch (self->m_watch.Look(self->m_pipeline->Played())) {
         case OutputWatch::Finding::kStalled:
-            Log("no sound comes out: starting anew");
+            common::ProgramLog().Warning("no sound comes out: starting anew");
             if (!std::exchange(self->m_stalled, true)) {
                 self->m_report("stalled");
             }
             self->StartAnew();
             break;
         case OutputWatch::Finding::kRecovered:
-            Log("sound comes out again");
+            common::ProgramLog().Info("sound comes out again");
             self->m_stalled = false;
             self->m_report("playing");
             break;

@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
+#include "common/Log.h"
 #include "roomplayer/Elements.h"
-#include "roomplayer/Log.h"
 
 namespace korvel::roomplayer {
 namespace {
@@ -31,12 +31,12 @@ ElementPtr MakeSoundDevice(bool wanted) {
         const bool ready = gst_element_set_state(device, GST_STATE_READY) != GST_STATE_CHANGE_FAILURE;
         // For lack of a device the detection itself puts in a sink that discards.
         if (ready && !FindChild(device, "fakesink")) {
-            Log("playing to the sound device");
+            common::ProgramLog().Info("playing to the sound device");
             return found;
         }
         gst_element_set_state(device, GST_STATE_NULL);
     }
-    Log("playing without a sound device");
+    common::ProgramLog().Warning("playing without a sound device");
     GstElement* nothing = gst_element_factory_make("fakesink", nullptr);
     if (nothing == nullptr) {
         throw std::runtime_error("GStreamer has no element fakesink");

@@ -8,11 +8,13 @@
 #include <gst/gst.h>
 #include <poll.h>
 
+#include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <iostream>
 #include <string>
 #include <string_view>
 
+#include "common/Program.h"
 #include "roomplayer/Options.h"
 #include "roomplayer/Player.h"
 
@@ -101,19 +103,21 @@ gboolean OnAdded(GSignalInvocationHint*, guint, const GValue* values, gpointer) 
     return TRUE;
 }
 
+int Run(const Options& options) {
+    gst_init(nullptr, nullptr);
+    g_type_class_ref(GST_TYPE_BIN);
+    g_signal_add_emission_hook(g_signal_lookup("element-added", GST_TYPE_BIN), 0, OnAdded, nullptr, nullptr);
+    Player player(options, [](std::string_view event) { std::cout << event << std::endl; });
+    std::cout << "listening on " << options.address << ":" << player.Port() << std::endl;
+    return player.Run() ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     g_hindrance = argv[1];
-    int exitCode = 0;
-    const auto options = ParseOptions(argc - 1, argv + 1, exitCode);
-    if (!options) {
-        return exitCode;
-    }
-    gst_init(nullptr, nullptr);
-    g_type_class_ref(GST_TYPE_BIN);
-    g_signal_add_emission_hook(g_signal_lookup("element-added", GST_TYPE_BIN), 0, OnAdded, nullptr, nullptr);
-    Player player(*options, [](std::string_view event) { std::cout << event << std::endl; });
-    std::cout << "listening on " << options->address << ":" << player.Port() << std::endl;
-    return player.Run() ? EXIT_SUCCESS : EXIT_FAILURE;
+    Options options;
+    CLI::App app("A player that is hindered.", "korvel-hindered-roomplayer");
+    AddOptions(app, options);
+    return korvel::common::RunProgram(app, argc - 1, argv + 1, [&options] { return Run(options); });
 }

@@ -57,6 +57,12 @@ TEST_F(Program, HelpIsNoFailure) {
     }
 }
 
+TEST_F(Program, VersionIsNoFailure) {
+    EXPECT_EQ(Run(KORVEL_ROOMPLAYER, {"--version"}), 0);
+    EXPECT_TRUE(m_output.starts_with("korvel-roomplayer ")) << m_output;
+    EXPECT_EQ(m_errors, "");
+}
+
 TEST_F(Program, ServerSaysWhatIsWrongWithItsOptions) {
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "x"})) << m_errors;
