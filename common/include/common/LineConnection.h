@@ -51,6 +51,8 @@ public:
     // Puts bytes, which are whole lines, on their way, in the order of the calls. Dropped once it is closed.
     void Send(std::string_view lines);
 
+    tcp::socket::executor_type GetExecutor() { return m_socket.get_executor(); }
+
     // "ADDRESS:PORT" of the other side as it was at the start.
     const std::string& GetPeer() const { return m_peer; }
 
