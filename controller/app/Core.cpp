@@ -6,7 +6,7 @@
 
 namespace korvel::controller {
 
-Core::Core(asio::io_context& loop, const Config& config, const Log& log)
+Core::Core(asio::io_context& loop, const Config& config, const common::Log& log)
     : m_config(config),
       m_log(log),
       m_folder(config.stateFolder),

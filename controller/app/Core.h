@@ -23,7 +23,7 @@ class Core {
 public:
     // Throws std::exception with one clear line when the configuration, the state folder or the plug-in does
     // not serve.
-    Core(asio::io_context& loop, const Config& config, const Log& log);
+    Core(asio::io_context& loop, const Config& config, const common::Log& log);
     ~Core();
     Core(const Core&) = delete;
     Core& operator=(const Core&) = delete;
@@ -54,7 +54,7 @@ private:
     void EndDriver();
 
     const Config m_config;
-    const Log& m_log;
+    const common::Log& m_log;
     StateFolder m_folder;
     EventBus m_events;
     RealSystem m_system;

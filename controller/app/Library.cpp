@@ -34,7 +34,7 @@ std::string DatabasePath(const std::string& stateFolder) {
 
 } // namespace
 
-Library::Library(asio::io_context& loop, const Config& config, EventBus& events, const Log& log)
+Library::Library(asio::io_context& loop, const Config& config, EventBus& events, const common::Log& log)
     : m_poster(loop),
       m_events(events),
       m_log(log),

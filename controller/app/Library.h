@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "common/Log.h"
 #include "config/Config.h"
 #include "host/EventBus.h"
-#include "host/Log.h"
 #include "media/MediaDatabase.h"
 #include "media/MediaScanner.h"
 #include "net/Poster.h"
@@ -21,7 +21,7 @@ namespace korvel::controller {
 class Library {
 public:
     // Opens the database in the state folder; throws std::runtime_error when that fails.
-    Library(asio::io_context& loop, const Config& config, EventBus& events, const Log& log);
+    Library(asio::io_context& loop, const Config& config, EventBus& events, const common::Log& log);
 
     media::MediaDatabase& Database() { return m_database; }
     // The storage devices of the music folders.
@@ -44,7 +44,7 @@ private:
 
     Poster m_poster;
     EventBus& m_events;
-    const Log& m_log;
+    const common::Log& m_log;
     std::vector<media::ScanFolder> m_folders;
     std::vector<std::uint32_t> m_devices;
     media::MediaDatabase m_database;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Log.h"
+#include "common/Log.h"
 #include "platform/System.h"
 
 namespace korvel::controller {
@@ -8,7 +8,7 @@ namespace korvel::controller {
 // The machine as drivers see it.
 class RealSystem final : public kv::ISystem {
 public:
-    explicit RealSystem(const controller::Log& log) : m_log(log) {}
+    explicit RealSystem(const common::Log& log) : m_log(log) {}
 
     std::uint32_t Time() override;
     void MonotonicTime(timespec& now) override;
@@ -21,7 +21,7 @@ public:
     void RecordAssert(const std::string& sourcePath, int line, const std::string& stackTrace) override;
 
 private:
-    const controller::Log& m_log;
+    const common::Log& m_log;
 };
 
 } // namespace korvel::controller

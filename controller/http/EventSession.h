@@ -21,7 +21,8 @@ public:
                                                << 20; // bytes; a listener that is slower than that is dropped
     static constexpr std::size_t kMaxIncoming = 4096; // what a listener says is read and ignored
 
-    EventSession(tcp::socket socket, HttpServer& server);
+    // The server knows it as a listener already.
+    EventSession(tcp::socket socket, common::Acceptor::Place place, HttpServer& server);
     ~EventSession();
 
     void Start(beast::http::request<beast::http::string_body> request);
@@ -36,6 +37,7 @@ private:
     void Write();
 
     beast::websocket::stream<beast::tcp_stream> m_stream;
+    const common::Acceptor::Place m_place;
     HttpServer* m_server; // null once closed
     std::uint32_t m_listener = 0;
     beast::flat_buffer m_incoming{kMaxIncoming};

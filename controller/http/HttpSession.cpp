@@ -21,19 +21,15 @@ constexpr const char* kContentPolicy =
 
 } // namespace
 
-HttpSession::HttpSession(tcp::socket socket, HttpServer& server)
-    : m_stream(std::move(socket)), m_server(&server) {}
+HttpSession::HttpSession(tcp::socket socket, common::Acceptor::Place place, HttpServer& server)
+    : m_stream(std::move(socket)), m_place(std::move(place)), m_server(&server) {}
 
 HttpSession::~HttpSession() {
     Close();
 }
 
 void HttpSession::Start() {
-    if (!m_server->Add(*this)) {
-        m_server->GetLog().Warning("refused an HTTP connection: there are too many");
-        m_server = nullptr;
-        return;
-    }
+    m_server->Add(*this);
     Read();
 }
 
@@ -51,6 +47,8 @@ void HttpSession::Read() {
     m_parser->header_limit(kMaxHeader);
     m_parser->body_limit(kMaxBody);
     m_stream.expires_after(kPatience);
+    // A request that does not end keeps nobody out.
+    m_place.SetIdle([this] { Close(); });
     http::async_read(m_stream, m_buffer, *m_parser,
                      [self = shared_from_this()](boost::system::error_code error, std::size_t) {
                          if (self->m_server)
@@ -59,6 +57,7 @@ void HttpSession::Read() {
 }
 
 void HttpSession::OnRequest(boost::system::error_code error) {
+    m_place.SetBusy();
     if (!error && beast::websocket::is_upgrade(m_parser->get()))
         Upgrade();
     else if (!error)
@@ -106,11 +105,16 @@ void HttpSession::Upgrade() {
         Reply(ErrorReply(404, "the events are at /api/events"), false, request.version());
         return;
     }
+    if (!m_server->AddListener()) {
+        Reply(ErrorReply(503, "too many listen to the events already"), false, request.version());
+        return;
+    }
     HttpServer& server = *m_server;
     server.Remove(*this);
     m_server = nullptr;
     m_stream.expires_never();
-    std::make_shared<EventSession>(m_stream.release_socket(), server)->Start(m_parser->release());
+    std::make_shared<EventSession>(m_stream.release_socket(), std::move(m_place), server)
+        ->Start(m_parser->release());
 }
 
 void HttpSession::Reply(HttpReply reply, bool keepAlive, unsigned version) {

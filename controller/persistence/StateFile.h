@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "host/Log.h"
+#include "common/Log.h"
 #include "platform/Xml.h"
 
 namespace korvel::controller {
@@ -14,7 +14,7 @@ class StateFile {
 public:
     static constexpr std::size_t kMaxBytes = 4u << 20;
 
-    StateFile(std::string path, const Log& log) : m_path(std::move(path)), m_log(log) {}
+    StateFile(std::string path, const common::Log& log) : m_path(std::move(path)), m_log(log) {}
 
     // The element; null when there is no file yet. A file that is not such an element is renamed to
     // ".corrupt", which is logged, and counts as none.
@@ -27,7 +27,7 @@ private:
     void SetAside(const std::string& why);
 
     std::string m_path;
-    const Log& m_log;
+    const common::Log& m_log;
     std::string m_saved; // the text in the file
 };
 

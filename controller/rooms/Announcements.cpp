@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "common/Text.h"
 #include "host/Ids.h"
 #include "media/SoundFile.h"
 
@@ -14,12 +15,8 @@ using Why = Refused::Why;
 constexpr std::size_t kMaxPathBytes = 4096;
 
 // The path travels in a line of the audio server.
-bool HasControlCharacter(const std::string& text) {
-    return std::ranges::any_of(text, [](unsigned char c) { return c < 32 || c == 127; });
-}
-
 void CheckPath(const std::string& file) {
-    if (file.empty() || file.front() != '/' || file.size() > kMaxPathBytes || HasControlCharacter(file))
+    if (file.empty() || file.front() != '/' || file.size() > kMaxPathBytes || common::HasControl(file))
         throw Refused(Why::Invalid, "the file of an announcement must be an absolute path");
 }
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "common/Log.h"
 #include "host/DriverPort.h"
 #include "host/EventBus.h"
-#include "host/Log.h"
 #include "host/Refused.h"
 #include "host/TimerService.h"
 #include "net/Worker.h"
@@ -35,7 +35,7 @@ public:
         const RoomTable& rooms;
         TimerService& timers;
         EventBus& events;
-        const Log& log;
+        const common::Log& log;
         std::function<std::string()> whyNotReady;     // "" while an audio server can play
         std::function<std::uint32_t()> activeBinding; // of that audio server
     };

@@ -12,6 +12,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
+TEST(BackOff, DoublesUpToItsLimitAndStartsAgain) {
+    BackOff backOff(250ms, 5000ms);
+    for (const int expected : {250, 500, 1000, 2000, 4000, 5000, 5000})
+        EXPECT_EQ(backOff.Next(), std::chrono::milliseconds(expected));
+    backOff.Reset();
+    EXPECT_EQ(backOff.Next(), 250ms);
+}
+
 class OutgoingLinkTest : public testing::Test, protected OutgoingLink::Listener {
 protected:
     ~OutgoingLinkTest() override {

@@ -62,7 +62,7 @@ name = "Line 1"
     EXPECT_EQ(config.musicFolders, (std::vector<std::string>{"/media/a", "/media/b/"}));
     EXPECT_EQ(config.stateFolder, "/var/lib/korvel");
     EXPECT_EQ(config.plugin, "/usr/lib/driver.so");
-    EXPECT_EQ(config.log, LogLevel::Debug);
+    EXPECT_EQ(config.log, common::LogLevel::Debug);
     EXPECT_EQ(config.httpAddress, "127.0.0.2");
     EXPECT_EQ(config.httpPort, 0);
     EXPECT_EQ(config.webFolder, "/usr/share/page");

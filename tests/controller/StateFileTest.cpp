@@ -13,7 +13,7 @@ protected:
     StateFile MakeFile() const { return StateFile(folder.File("state.xml"), log); }
 
     ScratchFolder folder;
-    Log log{LogLevel::Error};
+    common::Log log{common::LogLevel::Error};
 };
 
 TEST_F(StateFileTest, WithoutAFileThereIsNothing) {
@@ -46,7 +46,7 @@ TEST_F(StateFileTest, AnEmptyOrHugeFileIsSetAside) {
 }
 
 TEST_F(StateFileTest, AFolderThatIsGoneIsNotFatal) {
-    Log quiet(LogLevel::Error, std::fopen("/dev/null", "w"));
+    common::Log quiet(common::LogLevel::Error, std::fopen("/dev/null", "w"));
     StateFile file(folder.File("gone/state.xml"), quiet);
     file.Save(*KVXML::CreateXmlNode("settings"));
     EXPECT_FALSE(std::filesystem::exists(folder.File("gone")));

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "TestHouse.h"
@@ -10,7 +9,7 @@ namespace korvel::controller {
 namespace {
 
 TEST(RealSystem, KnowsTheAddressesOfThisMachine) {
-    const Log log(LogLevel::Error);
+    const common::Log log(common::LogLevel::Error);
     RealSystem system(log);
     EXPECT_TRUE(system.IsLocalIPv4("127.0.0.1"));
     EXPECT_TRUE(system.IsLocalIPv4("127.9.9.9"));
@@ -20,27 +19,13 @@ TEST(RealSystem, KnowsTheAddressesOfThisMachine) {
 }
 
 TEST(RealSystem, TheSameSeedGivesTheSameNumbers) {
-    const Log log(LogLevel::Error);
+    const common::Log log(common::LogLevel::Error);
     RealSystem system(log);
     system.SeedRandom(7);
     const std::int32_t first = system.Random();
     system.SeedRandom(7);
     EXPECT_EQ(system.Random(), first);
     EXPECT_GE(first, 0);
-}
-
-TEST(Log, WritesOneLineWhateverTheText) {
-    const ScratchFolder folder;
-    std::FILE* sink = std::fopen(folder.File("log").c_str(), "w");
-    const Log log(LogLevel::Info, sink);
-    log.Info("two\r\nlines\r\n");
-    log.Debug("not this one");
-    log.Error(std::string(2 * kMaxLogLine, 'a'));
-    std::fclose(sink);
-    const std::string text = ReadFile(folder.File("log"));
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2);
-    EXPECT_NE(text.find("info    two  lines\n"), std::string::npos);
-    EXPECT_LT(text.size(), kMaxLogLine + 200);
 }
 
 TEST(EventBus, AListenerMayRemoveItself) {

@@ -126,7 +126,7 @@ public:
 
 private:
     TestLoop& m_loop;
-    Log m_log{LogLevel::Error};
+    common::Log m_log{common::LogLevel::Error};
     std::unique_ptr<Core> m_core;
     std::unique_ptr<Api> m_api;
     std::unique_ptr<HttpServer> m_http;

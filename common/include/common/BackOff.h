@@ -8,7 +8,7 @@ namespace korvel::common {
 // How long to wait before the next attempt: twice as long each time, up to a limit.
 class BackOff {
 public:
-    BackOff(std::chrono::milliseconds first, std::chrono::milliseconds most)
+    constexpr BackOff(std::chrono::milliseconds first, std::chrono::milliseconds most)
         : m_first(first), m_most(most), m_next(first) {}
 
     std::chrono::milliseconds Next() {

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "FolderPicture.h"
+#include "common/Text.h"
 
 namespace korvel::media {
 
@@ -29,10 +30,7 @@ bool IsMusicFile(const std::string& name) {
 
 // A line to the audio server ends at a line end and a path in it at a double quote.
 bool FitsIntoLine(const std::string& name) {
-    return std::none_of(name.begin(), name.end(), [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return byte < 0x20 || byte == 0x7F || c == '"';
-    });
+    return !common::HasControl(name) && name.find('"') == std::string::npos;
 }
 
 std::int64_t TimeNs(const struct stat& status) {
