@@ -1,5 +1,7 @@
 #include "audioserver/LineFormat.h"
 
+#include "common/Text.h"
+
 namespace korvel::audioserver {
 namespace {
 
@@ -18,10 +20,6 @@ std::string EventStart(std::string_view command, std::string_view result, Stream
     std::string line(kEventMark);
     line.append(" ").append(command).append(" ").append(result).append("=").append(std::to_string(stream));
     return line;
-}
-
-bool IsContinuationByte(char c) {
-    return (static_cast<unsigned char>(c) & 0xc0U) == 0x80U;
 }
 
 } // namespace
@@ -71,25 +69,7 @@ std::string ReportLine(StreamNumber stream, std::string_view prefix, std::string
 }
 
 std::string OneLine(std::string_view text) {
-    std::string line(text.substr(0, kMaxEventTextBytes));
-    if (text.size() > line.size() && IsContinuationByte(text[line.size()])) {
-        while (!line.empty() && IsContinuationByte(line.back())) {
-            line.pop_back();
-        }
-        if (!line.empty()) {
-            line.pop_back();
-        }
-    }
-    for (char& c : line) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-            c = ' ';
-        }
-    }
-    const auto first = line.find_first_not_of(' ');
-    if (first == std::string::npos) {
-        return {};
-    }
-    return line.substr(first, line.find_last_not_of(' ') - first + 1);
+    return common::OneLine(text, kMaxEventTextBytes);
 }
 
 } // namespace korvel::audioserver

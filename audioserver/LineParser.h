@@ -46,10 +46,10 @@ struct Refusal {
 /// Refusal.
 std::variant<Request, Refusal> ParseLine(std::string_view line);
 
+/// What the refusal of a line repeats when only its beginning is known, because it is too long.
+Refusal RefuseLine(std::string_view beginning);
+
 /// The word of a command, as it stands in replies.
 std::string_view CommandWord(Command command);
-
-/// Plain decimal without sign or blanks, 0 to 4294967295; nothing else.
-std::optional<std::uint32_t> ParseNumber(std::string_view text);
 
 } // namespace korvel::audioserver

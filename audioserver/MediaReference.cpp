@@ -1,7 +1,8 @@
 #include "audioserver/MediaReference.h"
 
-#include "audioserver/LineParser.h"
 #include "audioserver/Protocol.h"
+#include "common/Address.h"
+#include "common/Text.h"
 
 namespace korvel::audioserver {
 namespace {
@@ -10,19 +11,10 @@ MediaReference Bad(std::string_view reason) {
     return {MediaReference::Kind::kBad, std::string(reason)};
 }
 
-bool IsWebAddress(std::string_view url) {
-    for (const std::string_view scheme : {"http://", "https://"}) {
-        if (url.starts_with(scheme) && url.size() > scheme.size()) {
-            return true;
-        }
-    }
-    return false;
-}
-
 /// What follows "rhap://": a stream's number, which says nothing new, and an id.
 MediaReference CatalogueReference(std::string_view target) {
     const auto colon = target.find(':');
-    if (colon == std::string_view::npos || !ParseNumber(target.substr(0, colon))) {
+    if (colon == std::string_view::npos || !common::ParseNumber(target.substr(0, colon))) {
         return Bad("not a reference to the catalogue");
     }
     const std::string_view id = target.substr(colon + 1);
@@ -36,8 +28,9 @@ MediaReference CatalogueReference(std::string_view target) {
 MediaReference FileReference(std::string_view target) {
     if (target.starts_with(kWebReference)) {
         target.remove_prefix(kWebReference.size());
-        return IsWebAddress(target) ? MediaReference{MediaReference::Kind::kWeb, std::string(target)}
-                                    : Bad("not an http address");
+        return common::ParseWebAddress(target)
+                   ? MediaReference{MediaReference::Kind::kWeb, std::string(target)}
+                   : Bad("not an http address");
     }
     if (!target.starts_with('/')) {
         return Bad("path is not absolute");

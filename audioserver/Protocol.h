@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -107,12 +108,17 @@ inline constexpr StreamNumber kReservedStream = 4095;
 /// Drivers read the number as a signed 32-bit decimal.
 inline constexpr StreamNumber kLastStream = 2147483647;
 
-/// Longest line accepted, without its end. A connection that sends a longer one is dropped.
+/// Longest line accepted, without its end. A longer one is refused.
 inline constexpr std::size_t kMaxLineBytes = 64 * 1024;
 /// Bytes that may wait to go out on one connection. A peer that does not read is dropped.
 inline constexpr std::size_t kMaxPendingBytes = 1024 * 1024;
-/// Connections at one time; further ones are closed at once.
+/// From a line's first byte to its end, and from a connection's start to the end of its first line. A peer that
+/// takes longer is dropped.
+inline constexpr std::chrono::milliseconds kLinePatience{30000};
+/// Connections at one time, and of one address. A further one takes the place of the one without streams that has
+/// said nothing for longest; when there is none, it is closed at once.
 inline constexpr std::size_t kMaxConnections = 32;
+inline constexpr std::size_t kMaxConnectionsPerAddress = 16;
 /// Streams of one connection; a further "addstr" or "addann" is refused.
 inline constexpr std::size_t kMaxStreamsPerConnection = 64;
 /// Clients of one stream; a further "addcli" is refused.

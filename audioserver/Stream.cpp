@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "audioserver/LineFormat.h"
-#include "audioserver/Log.h"
+#include "common/Log.h"
 
 namespace korvel::audioserver {
 namespace {
@@ -39,7 +39,8 @@ void Stream::Start() {
         std::make_unique<StreamOutput>([executor = m_executor, weak = weak_from_this()](std::string reason) {
             boost::asio::post(executor, [weak, reason = std::move(reason)] {
                 if (const auto stream = weak.lock()) {
-                    Log("stream " + std::to_string(stream->m_number) + ": output failed: " + OneLine(reason));
+                    common::ProgramLog().Warning("stream " + std::to_string(stream->m_number) +
+                                                 ": output failed: " + OneLine(reason));
                     stream->m_sink(ReportLine(stream->m_number, kStreamError, reason));
                 }
             });
@@ -180,7 +181,7 @@ void Stream::OnDrained() {
 
 void Stream::OnFailed(const std::string& reason) {
     if (m_catalogueMedia && ++m_catalogueMedia->failedTracks < kMaxFailedTracks && GoOnWithChannel()) {
-        Log("stream " + std::to_string(m_number) + ": left out: " + OneLine(reason));
+        common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": left out: " + OneLine(reason));
         return;
     }
     Fail(reason);
@@ -188,7 +189,7 @@ void Stream::OnFailed(const std::string& reason) {
 
 void Stream::Fail(const std::string& reason) {
     Unload();
-    Log("stream " + std::to_string(m_number) + ": bad media: " + OneLine(reason));
+    common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": bad media: " + OneLine(reason));
     m_sink(BadMediaLine(m_number, reason));
 }
 

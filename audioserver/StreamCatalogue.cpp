@@ -3,17 +3,10 @@
 #include <utility>
 
 #include "audioserver/LineFormat.h"
-#include "audioserver/Log.h"
 #include "audioserver/Stream.h"
+#include "common/Address.h"
 
 namespace korvel::audioserver {
-namespace {
-
-bool IsWebAddress(const std::string& media) {
-    return media.starts_with("http://") || media.starts_with("https://");
-}
-
-} // namespace
 
 void Stream::LookUp() {
     m_catalogue.Resolve(m_number, m_catalogueMedia->id, m_catalogueMedia->turn,
@@ -36,7 +29,7 @@ void Stream::OnFound(const CatalogClient::Place& place) {
     m_catalogueMedia->startMilliseconds = place.offsetMilliseconds;
     std::string error = "not an absolute path or a web address";
     try {
-        if (IsWebAddress(place.media)) {
+        if (common::ParseWebAddress(place.media)) {
             m_media = MediaSource::OpenWeb(place.media, MakeNotify(), error);
         } else if (place.media.starts_with('/')) {
             m_media = MediaSource::OpenFile(place.media, MakeNotify(), error);

@@ -1,17 +1,18 @@
 #include <gst/gst.h>
 #include <malloc.h>
 
+#include <CLI/CLI.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <exception>
 #include <iostream>
+#include <stdexcept>
 
-#include "audioserver/Log.h"
 #include "audioserver/Options.h"
 #include "audioserver/Server.h"
+#include "common/Log.h"
+#include "common/Program.h"
 
 namespace {
 
@@ -30,7 +31,11 @@ void TrimMemory(boost::asio::steady_timer& timer) {
     });
 }
 
-void Run(const Options& options) {
+int Run(const Options& options) {
+    GError* failure = nullptr;
+    if (gst_init_check(nullptr, nullptr, &failure) == FALSE) {
+        throw std::runtime_error(failure != nullptr ? failure->message : "GStreamer cannot start");
+    }
     boost::asio::io_context context(1);
     Server server(context, options.address, options.port, options.inputs, options.catalogue);
     boost::asio::steady_timer trimmer(context);
@@ -44,27 +49,15 @@ void Run(const Options& options) {
     });
     std::cout << "listening on " << server.Endpoint() << std::endl;
     context.run();
-    Log("stopped");
+    korvel::common::ProgramLog().Info("stopped");
+    return korvel::common::kExitDone;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        int exitCode = 0;
-        const auto options = ParseOptions(argc, argv, exitCode);
-        if (!options) {
-            return exitCode;
-        }
-        GError* failure = nullptr;
-        if (gst_init_check(nullptr, nullptr, &failure) == FALSE) {
-            Log(failure != nullptr ? failure->message : "GStreamer cannot start");
-            return EXIT_FAILURE;
-        }
-        Run(*options);
-        return EXIT_SUCCESS;
-    } catch (const std::exception& error) {
-        Log(error.what());
-        return EXIT_FAILURE;
-    }
+    Options options;
+    CLI::App app("Audio server: plays media to rooms on request of a controller.", "korvel-audioserver");
+    AddOptions(app, options);
+    return korvel::common::RunProgram(app, argc, argv, [&options] { return Run(options); });
 }

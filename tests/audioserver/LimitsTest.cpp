@@ -7,6 +7,7 @@ namespace korvel::tests {
 namespace {
 
 constexpr std::size_t kMaxLineBytes = 64 * 1024;
+constexpr int kMaxConnectionsPerAddress = 16;
 
 using Limits = Bed;
 
@@ -37,17 +38,21 @@ TEST_F(Limits, LinesMayComeInPiecesAndTogether) {
     }
 }
 
-TEST_F(Limits, TheLongestLineIsReadAndALongerOneEndsTheConnection) {
+TEST_F(Limits, TheLongestLineIsReadAndALongerOneIsRefused) {
     const auto driver = Connect();
-    driver->SendRaw("1 addmed 1 " + std::string(kMaxLineBytes - 11, 'x') + "\r\n");
-    EXPECT_EQ(driver->ReadLine(), "1 NO addmed 1");
-    driver->SendRaw("2 addmed 1 " + std::string(kMaxLineBytes - 10, 'x') + "\r\n");
-    EXPECT_TRUE(driver->IsClosedByServer());
-    const auto endless = Connect();
-    endless->SendRaw(std::string(kMaxLineBytes + 2, 'x'));
-    EXPECT_TRUE(endless->IsClosedByServer());
-    EXPECT_EQ(Connect()->Ask("reset"), "OK reset");
-    EXPECT_NE(Server().Errors().find("line too long"), std::string::npos);
+    driver->AddStream();
+    driver->SendRaw("5 addmed 1 " + std::string(kMaxLineBytes - 11, 'x') + "\r\n");
+    EXPECT_EQ(driver->ReadLine(), "5 OK addmed 1");
+    EXPECT_TRUE(driver->NextEvent().starts_with("* addmed BAD=1 "));
+    driver->SendRaw("6 addmed 1 " + std::string(kMaxLineBytes - 10, 'x') + "\r\n");
+    EXPECT_EQ(driver->ReadLine(), "6 NO addmed 1");
+    driver->SendRaw("7 addann" + std::string(3 * kMaxLineBytes, ' ') + "\r\n");
+    EXPECT_EQ(driver->ReadLine(), "* SYS addann=0");
+    EXPECT_EQ(driver->ReadLine(), "7 NO addann");
+    driver->SendRaw(std::string(kMaxLineBytes + 2, 'x'));
+    EXPECT_EQ(driver->ReadLine(), "0 NO unknown") << "before it ends";
+    driver->SendRaw(std::string(kMaxLineBytes, 'x') + "\n");
+    EXPECT_EQ(driver->Ask("setsta 1 play"), "OK setsta 1") << "its stream is still there";
 }
 
 TEST_F(Limits, StreamsOfAConnection) {
@@ -71,11 +76,26 @@ TEST_F(Limits, ClientsOfAStream) {
     EXPECT_EQ(driver->Ask("addcli 1 127.0.0.1 40000"), "NO addcli 1");
 }
 
-TEST_F(Limits, Connections) {
+TEST_F(Limits, AConnectionWithoutStreamsGivesWay) {
     std::vector<std::unique_ptr<LineClient>> drivers;
-    for (int count = 0; count < 32; ++count) {
+    for (int count = 0; count < kMaxConnectionsPerAddress; ++count) {
         drivers.push_back(Connect());
         ASSERT_EQ(drivers.back()->Ask("reset"), "OK reset");
+    }
+    EXPECT_NE(drivers[0]->AddStream(), 0U);
+    EXPECT_EQ(drivers[1]->Ask("reset"), "OK reset");
+    EXPECT_EQ(Connect()->Ask("reset"), "OK reset");
+    EXPECT_TRUE(drivers[2]->IsClosedByServer()) << "it has said nothing for longest";
+    for (const int kept : {0, 1, 3}) {
+        EXPECT_EQ(drivers[kept]->Ask("reset"), "OK reset") << kept;
+    }
+}
+
+TEST_F(Limits, AConnectionWithStreamsDoesNot) {
+    std::vector<std::unique_ptr<LineClient>> drivers;
+    for (int count = 0; count < kMaxConnectionsPerAddress; ++count) {
+        drivers.push_back(Connect());
+        ASSERT_NE(drivers.back()->AddStream(), 0U);
     }
     EXPECT_TRUE(Connect()->IsClosedByServer());
     drivers.pop_back();

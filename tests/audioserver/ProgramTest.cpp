@@ -58,9 +58,11 @@ TEST_F(Program, HelpIsNoFailure) {
 }
 
 TEST_F(Program, VersionIsNoFailure) {
-    EXPECT_EQ(Run(KORVEL_ROOMPLAYER, {"--version"}), 0);
-    EXPECT_TRUE(m_output.starts_with("korvel-roomplayer ")) << m_output;
-    EXPECT_EQ(m_errors, "");
+    for (const char* program : {KORVEL_AUDIOSERVER, KORVEL_ROOMPLAYER}) {
+        EXPECT_EQ(Run(program, {"--version"}), 0);
+        EXPECT_TRUE(m_output.starts_with("korvel-")) << m_output;
+        EXPECT_EQ(m_errors, "");
+    }
 }
 
 TEST_F(Program, ServerSaysWhatIsWrongWithItsOptions) {
@@ -69,6 +71,7 @@ TEST_F(Program, ServerSaysWhatIsWrongWithItsOptions) {
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "65536"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--address", "home"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--input", "nothing"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--catalog", "::1:80"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--loud"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", std::to_string(ServerPort())})) << m_errors;
 }
