@@ -34,10 +34,16 @@ Log::Log(LogLevel most, std::FILE* sink)
 Log::~Log() = default;
 
 void Log::Write(LogLevel level, std::string_view text, LogPlace place) const {
+    WriteFor({}, level, text, place);
+}
+
+void Log::WriteFor(std::string_view source, LogLevel level, std::string_view text, LogPlace place) const {
     if (!m_logger->should_log(LevelOf(level)))
         return;
     const std::string line = OneLine(text, kMaxLogLine);
-    m_logger->log(spdlog::source_loc(place.file, place.line, ""), LevelOf(level),
+    const std::string name = OneLine(source, kMaxLogLine);
+    // The sink takes the function's name for the source's.
+    m_logger->log(spdlog::source_loc(place.file, place.line, name.c_str()), LevelOf(level),
                   spdlog::string_view_t(line));
 }
 

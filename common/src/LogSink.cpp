@@ -1,6 +1,7 @@
 #include "common/src/LogSink.h"
 
 #include <chrono>
+#include <utility>
 
 #include "common/Log.h"
 
@@ -15,7 +16,7 @@ bool IsOver(spdlog::log_clock::time_point second, spdlog::log_clock::time_point 
 } // namespace
 
 LogSink::~LogSink() {
-    for (auto& [place, source] : m_sources)
+    for (auto& [key, source] : m_sources)
         Summarize(source, source.second);
     flush_();
 }
@@ -23,7 +24,7 @@ LogSink::~LogSink() {
 void LogSink::sink_it_(const spdlog::details::log_msg& message) {
     if (m_leftOut) {
         m_leftOut = false;
-        for (auto& [place, source] : m_sources) {
+        for (auto& [key, source] : m_sources) {
             if (IsOver(source.second, message.time))
                 Summarize(source, message.time);
             m_leftOut = m_leftOut || source.leftOut > 0;
@@ -33,8 +34,29 @@ void LogSink::sink_it_(const spdlog::details::log_msg& message) {
         Print(message);
 }
 
+LogSink::Source& LogSink::SourceOf(const spdlog::details::log_msg& message) {
+    const spdlog::source_loc& from = message.source;
+    std::tuple key(from.filename, from.line, std::string(from.funcname));
+    const auto known = m_sources.find(key);
+    if (known != m_sources.end())
+        return known->second;
+    if (std::string& name = std::get<2>(key); !name.empty()) {
+        // Whose second is over, and who has nothing to be told, begins anew in any case.
+        if (m_named == kMaxLogSources)
+            m_named -= std::erase_if(m_sources, [&](const auto& entry) {
+                return !std::get<2>(entry.first).empty() && entry.second.leftOut == 0 &&
+                       IsOver(entry.second.second, message.time);
+            });
+        if (m_named == kMaxLogSources)
+            name.clear();
+        else
+            ++m_named;
+    }
+    return m_sources[std::move(key)];
+}
+
 bool LogSink::Admit(const spdlog::details::log_msg& message) {
-    Source& source = m_sources[{message.source.filename, message.source.line}];
+    Source& source = SourceOf(message);
     if (source.lines == 0 || IsOver(source.second, message.time)) {
         source.second = message.time;
         source.lines = 0;

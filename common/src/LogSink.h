@@ -1,4 +1,4 @@
-// Where the lines of a log go: counted by the place that they come from, and written to a file.
+// Where the lines of a log go: counted by the place and the source that they come from, and written to a file.
 #pragma once
 
 #include <spdlog/sinks/base_sink.h>
@@ -7,7 +7,7 @@
 #include <map>
 #include <mutex>
 #include <string>
-#include <utility>
+#include <tuple>
 
 namespace korvel::common {
 
@@ -31,14 +31,16 @@ private:
         std::string text;                                     // of the same
     };
 
+    Source& SourceOf(const spdlog::details::log_msg& message);
     bool Admit(const spdlog::details::log_msg& message);
     void Summarize(Source& source, Time now);
     void Print(const spdlog::details::log_msg& message);
 
     std::FILE* m_file;
-    // By file and line: as many as the program has places that log.
-    std::map<std::pair<const char*, int>, Source> m_sources;
-    bool m_leftOut = false; // something that no line tells of yet
+    // By file, line and name: as many as the program has places that log, and kMaxLogSources that have a name.
+    std::map<std::tuple<const char*, int, std::string>, Source> m_sources;
+    std::size_t m_named = 0; // of them
+    bool m_leftOut = false;  // something that no line tells of yet
 };
 
 } // namespace korvel::common

@@ -16,7 +16,8 @@ public:
     void SeedRandom(std::uint32_t seed) override;
     std::uint32_t SystemType() override { return 0; }
     bool IsLocalIPv4(const std::string& address) override;
-    // Drivers log on levels of their own; all of them are notes to the controller.
+    // Drivers log on levels of their own; all of them are notes to the controller. Each text is a source of its
+    // own in the log: a room that goes on and on hides no other.
     void Log(int level, const std::string& text) override;
     void RecordAssert(const std::string& sourcePath, int line, const std::string& stackTrace) override;
 

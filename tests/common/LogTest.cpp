@@ -76,6 +76,16 @@ TEST(Log, ATextIsOneLineAndNoLongerThanALineMayBe) {
     EXPECT_TRUE(lines[1].ends_with(" " + std::string(kMaxLogLine, 'x') + "\n"));
 }
 
+TEST(Log, ASourceThatGoesOnAndOnHidesNoOther) {
+    const LogFile file;
+    const Log log(LogLevel::Info, file.Get());
+    const auto pass = [&](const std::string& source) { log.WriteFor(source, LogLevel::Info, source); };
+    for (int i = 0; i < 5000; ++i)
+        pass("room 1");
+    pass("room 2");
+    EXPECT_TRUE(file.Lines().back().ends_with("room 2\n"));
+}
+
 TEST(Log, APlaceThatGoesOnAndOnIsCountedAndOthersAreNot) {
     const LogFile file;
     constexpr int kLines = 5000;
@@ -96,14 +106,17 @@ TEST(Log, APlaceThatGoesOnAndOnIsCountedAndOthersAreNot) {
 class LogSinkTest : public testing::Test {
 protected:
     void Write(std::chrono::milliseconds at, const std::string& text, int place = 1,
-               spdlog::level::level_enum level = spdlog::level::info) {
-        sink->log({spdlog::log_clock::time_point(1000h + at), spdlog::source_loc("a.cpp", place, ""), "",
-                   level, text});
+               spdlog::level::level_enum level = spdlog::level::info, const std::string& source = "") {
+        sink->log({spdlog::log_clock::time_point(1000h + at),
+                   spdlog::source_loc("a.cpp", place, source.c_str()), "", level, text});
         sink->flush();
     }
     void Write(std::chrono::milliseconds at, unsigned count) {
         for (unsigned i = 0; i < count; ++i)
             Write(at, "x");
+    }
+    void WriteFor(const std::string& source, std::chrono::milliseconds at, const std::string& text) {
+        Write(at, text, 1, spdlog::level::info, source);
     }
     // The texts since the last question.
     std::vector<std::string> Texts() {
@@ -160,6 +173,35 @@ TEST_F(LogSinkTest, EachPlaceHasItsOwnTen) {
             Write(0ms, "x", place);
     }
     EXPECT_EQ(Texts().size(), 30u);
+}
+
+TEST_F(LogSinkTest, EachSourceOfAPlaceHasItsOwnTen) {
+    for (int i = 0; i < 11; ++i)
+        WriteFor("noisy", 0ms, "x");
+    Texts();
+    WriteFor("quiet", 0ms, "y");
+    EXPECT_EQ(Texts(), Expected{"y"});
+}
+
+TEST_F(LogSinkTest, SourcesBeyondTheLimitShareTheirPlace) {
+    for (std::size_t i = 0; i < kMaxLogSources; ++i)
+        WriteFor("source " + std::to_string(i), 0ms, "x");
+    Texts();
+    for (int i = 0; i < 100; ++i)
+        WriteFor("another " + std::to_string(i), 0ms, "y");
+    EXPECT_EQ(Texts(), Expected(10, "y"));
+    WriteFor("source 0", 0ms, "z");
+    EXPECT_EQ(Texts(), Expected{"z"}) << "what has its own count keeps it";
+}
+
+TEST_F(LogSinkTest, ASourceThatHasBeenQuietForASecondMakesRoom) {
+    for (std::size_t i = 0; i < kMaxLogSources; ++i)
+        WriteFor("source " + std::to_string(i), 0ms, "x");
+    for (int i = 0; i < 11; ++i)
+        WriteFor("noisy", 1000ms, "x");
+    Texts();
+    WriteFor("quiet", 1000ms, "y");
+    EXPECT_EQ(Texts(), Expected{"y"});
 }
 
 TEST_F(LogSinkTest, WhatIsLeftOutAtTheEndIsCounted) {

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "TestHouse.h"
 #include "host/RealSystem.h"
@@ -26,6 +29,27 @@ TEST(RealSystem, TheSameSeedGivesTheSameNumbers) {
     system.SeedRandom(7);
     EXPECT_EQ(system.Random(), first);
     EXPECT_GE(first, 0);
+}
+
+TEST(RealSystem, ADriverThatRepeatsItselfHidesNothingElse) {
+    std::FILE* const file = std::tmpfile();
+    {
+        const common::Log log(common::LogLevel::Info, file);
+        RealSystem system(log);
+        for (int i = 0; i < 1000; ++i) {
+            system.RecordAssert("noisy.cpp", 7, "");
+            system.Log(1, "room 1 is noisy");
+        }
+        system.RecordAssert("quiet.cpp", 8, "");
+        system.Log(1, "room 2 says something");
+    }
+    std::rewind(file);
+    std::string text(1 << 20, '\0');
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    std::fclose(file);
+    EXPECT_NE(text.find("assertion failed at quiet.cpp:8\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("driver [1] room 2 says something\n"), std::string::npos) << text;
+    EXPECT_LT(std::ranges::count(text, '\n'), 1000) << "what repeats itself is counted";
 }
 
 TEST(EventBus, AListenerMayRemoveItself) {

@@ -18,6 +18,8 @@ enum class LogLevel { Error, Warning, Info, Debug };
 inline constexpr std::size_t kMaxLogLine = 2000;
 // Lines that one place in the program writes in a second; further ones are counted.
 inline constexpr unsigned kMaxLogLinesPerSecond = 10;
+// Sources that have their own count at one time; what more there are share that of their place.
+inline constexpr std::size_t kMaxLogSources = 64;
 
 // A place in the program that logs. Only as a default argument.
 struct LogPlace {
@@ -43,6 +45,11 @@ public:
 
     // Control characters come out as blanks; blanks at the ends are left out.
     void Write(LogLevel level, std::string_view text, LogPlace place = LogPlace::Here()) const;
+
+    // The same for a place that passes on what others say: each `source`, a few words that name who speaks, has
+    // its own kMaxLogLinesPerSecond there, so that one that goes on and on hides no other.
+    void WriteFor(std::string_view source, LogLevel level, std::string_view text,
+                  LogPlace place = LogPlace::Here()) const;
 
     void Error(std::string_view text, LogPlace place = LogPlace::Here()) const {
         Write(LogLevel::Error, text, place);
