@@ -25,7 +25,7 @@ spdlog::level::level_enum LevelOf(LogLevel level) {
 } // namespace
 
 Log::Log(LogLevel most, std::FILE* sink)
-    : m_logger(std::make_unique<spdlog::logger>("", std::make_shared<LogSink>(sink))) {
+    : m_sink(std::make_shared<LogSink>(sink)), m_logger(std::make_unique<spdlog::logger>("", m_sink)) {
     m_logger->set_level(LevelOf(most));
     m_logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %-7l %v");
     m_logger->flush_on(spdlog::level::trace);
@@ -47,8 +47,16 @@ void Log::WriteFor(std::string_view source, LogLevel level, std::string_view tex
                   spdlog::string_view_t(line));
 }
 
+void Log::TellLeftOut() const {
+    m_sink->TellLeftOut();
+}
+
 const Log& ProgramLog() {
-    static const Log log(LogLevel::Info);
+    // Never destroyed: who knows who still logs when the statics go.
+    static const Log& log = *new Log(LogLevel::Info);
+    static const struct End {
+        ~End() { log.TellLeftOut(); }
+    } end;
     return log;
 }
 

@@ -16,8 +16,14 @@ bool IsOver(spdlog::log_clock::time_point second, spdlog::log_clock::time_point 
 } // namespace
 
 LogSink::~LogSink() {
+    TellLeftOut();
+}
+
+void LogSink::TellLeftOut() {
+    const std::lock_guard lock(mutex_);
     for (auto& [key, source] : m_sources)
         Summarize(source, source.second);
+    m_leftOut = false;
     flush_();
 }
 

@@ -17,6 +17,9 @@ public:
     explicit LogSink(std::FILE* file) : m_file(file) {}
     ~LogSink() override;
 
+    // What was left out of all seconds up to now is told.
+    void TellLeftOut();
+
 protected:
     void sink_it_(const spdlog::details::log_msg& message) override;
     void flush_() override;

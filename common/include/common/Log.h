@@ -12,6 +12,8 @@ class logger;
 
 namespace korvel::common {
 
+class LogSink;
+
 enum class LogLevel { Error, Warning, Info, Debug };
 
 // Bytes of a line's text; a longer one is cut.
@@ -51,6 +53,9 @@ public:
     void WriteFor(std::string_view source, LogLevel level, std::string_view text,
                   LogPlace place = LogPlace::Here()) const;
 
+    // Writes now what else comes with the log's end: how many lines were left out.
+    void TellLeftOut() const;
+
     void Error(std::string_view text, LogPlace place = LogPlace::Here()) const {
         Write(LogLevel::Error, text, place);
     }
@@ -65,11 +70,12 @@ public:
     }
 
 private:
+    const std::shared_ptr<LogSink> m_sink;
     const std::unique_ptr<spdlog::logger> m_logger;
 };
 
-// The log of a program that has no settings for it: up to LogLevel::Info, on stderr. There from the first call to
-// the program's end.
+// The log of a program that has no settings for it: up to LogLevel::Info, on stderr. There from the first call on,
+// also for a thread that is still under way when main() has returned.
 const Log& ProgramLog();
 
 } // namespace korvel::common
