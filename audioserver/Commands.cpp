@@ -41,7 +41,7 @@ std::string Session::CreateStream(const Request& request) {
     try {
         // The session outlives its streams, and a stream calls only from the loop.
         m_streams[number] =
-            Stream::Create(m_lines->GetExecutor(), number, m_context.inputs, m_context.catalogue,
+            Stream::Create(m_lines->GetExecutor(), number, m_context.settings, m_context.catalogue,
                            [this](std::string_view line) { Send(line); });
     } catch (const std::runtime_error& error) {
         common::ProgramLog().Warning("no stream: " + std::string(error.what()));

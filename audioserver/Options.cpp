@@ -6,6 +6,8 @@
 namespace korvel::audioserver {
 namespace {
 
+constexpr unsigned kMaxTimeMilliseconds = 3600000;
+
 void SetInputs(const std::vector<std::string>& inputs, Options& options) {
     for (const std::string& input : inputs) {
         const auto equals = input.find('=');
@@ -24,6 +26,13 @@ void SetCatalogue(const std::string& text, Options& options) {
     options.catalogue = *address;
 }
 
+void AddTime(CLI::App& app, const char* name, std::chrono::milliseconds& time, const char* meaning) {
+    app.add_option_function<unsigned>(
+           name, [&time](unsigned milliseconds) { time = std::chrono::milliseconds(milliseconds); }, meaning)
+        ->default_str(std::to_string(time.count()))
+        ->check(CLI::Range(1U, kMaxTimeMilliseconds));
+}
+
 } // namespace
 
 void AddOptions(CLI::App& app, Options& options) {
@@ -37,6 +46,12 @@ void AddOptions(CLI::App& app, Options& options) {
            "--catalog", [&options](const auto& text) { SetCatalogue(text, options); },
            "the catalogue of the streaming service, as HOST:PORT")
         ->default_str(common::ToText(options.catalogue));
+    AddTime(app, "--sound-patience", options.times.toSound,
+            "milliseconds until a source without sound is given up");
+    AddTime(app, "--end-patience", options.times.toEnd,
+            "milliseconds until a source that does not end is abandoned");
+    AddTime(app, "--first-retry", options.times.firstRetry,
+            "milliseconds until a lost station is connected to again");
 }
 
 } // namespace korvel::audioserver

@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "audioserver/SourceTimes.h"
 #include "common/Address.h"
 
 namespace CLI {
@@ -21,6 +22,7 @@ struct Options {
     std::map<std::string, std::string> inputs;
     /// The gateway of the catalogue.
     common::HostPort catalogue{"127.0.0.1", 5555};
+    SourceTimes times;
 };
 
 /// Lets the command line set the options, which must outlive its reading.

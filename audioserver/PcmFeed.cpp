@@ -27,14 +27,14 @@ PcmFeed::~PcmFeed() {
 }
 
 PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
-    if (m_filling && !IsFilled()) {
+    if (!m_open || (m_filling && !IsFilled())) {
         return Result::kStarved;
     }
     Draw(packet.size());
     std::size_t available = gst_adapter_available(m_adapter);
     if (available < packet.size()) {
         if (!gst_app_sink_is_eos(GST_APP_SINK(m_sink.get()))) {
-            m_filling = m_fillBytes > 0;
+            Starve();
             return Result::kStarved;
         }
         // The end may have come together with a last buffer after the first look.
@@ -49,7 +49,20 @@ PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
     gst_adapter_copy(m_adapter, packet.data(), 0, taken);
     gst_adapter_flush(m_adapter, taken);
     m_hadAudio = true;
+    if (!std::exchange(m_playing, true)) {
+        ReportStatus("playing");
+        m_notify({MediaEvent::Kind::kPlaying, {}});
+    }
     return Result::kAudio;
+}
+
+/// Without a reserve there is nothing to fill: what comes late is as good as what came in time.
+void PcmFeed::Starve() {
+    m_filling = m_fillBytes > 0;
+    if (m_filling && std::exchange(m_playing, false)) {
+        ReportStatus("buffering 0%");
+        m_notify({MediaEvent::Kind::kStarved, {}});
+    }
 }
 
 void PcmFeed::ReportEnd() {
@@ -69,7 +82,6 @@ bool PcmFeed::IsFilled() {
     }
     m_filling = false;
     m_reportedFill = 0;
-    ReportStatus("playing");
     return true;
 }
 

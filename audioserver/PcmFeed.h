@@ -4,6 +4,7 @@
 #include <gst/app/gstappsink.h>
 #include <gst/base/gstadapter.h>
 
+#include <atomic>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -14,7 +15,7 @@
 namespace korvel::audioserver {
 
 /// Cuts what a decoder delivers into packets. Built on the loop; from then on used by the sender's thread
-/// only. The decoder waits while nobody draws, which is how a pause keeps its position.
+/// only, but for Open(). The decoder waits while nobody draws, which is how a pause keeps its position.
 class PcmFeed {
 public:
     enum class Result {
@@ -29,13 +30,17 @@ public:
         bool told;                ///< whether filling it takes so long that listeners want to know
     };
 
-    /// @param sink where decoded sound arrives, started before the first Read()
-    /// @param notify hears kStatus while a reserve that is told of fills, and kFailed or kDrained once at the
-    /// end
+    /// @param sink where decoded sound arrives, started before Open()
+    /// @param notify hears kPlaying at the first sound, kStarved and kPlaying each time that the reserve is
+    /// empty and full again, kStatus while a reserve that is told of fills, and kFailed or kDrained once at
+    /// the end
     PcmFeed(GstAppSink* sink, const Reserve& reserve, MediaNotify notify);
     ~PcmFeed();
     PcmFeed(const PcmFeed&) = delete;
     PcmFeed& operator=(const PcmFeed&) = delete;
+
+    /// From now on there is something to read. Callable from any thread.
+    void Open() { m_open = true; }
 
     /// Fills one packet or leaves it untouched.
     Result Read(std::span<std::uint8_t> packet);
@@ -45,6 +50,7 @@ public:
 
 private:
     bool IsFilled();
+    void Starve();
     void Draw(std::size_t wanted);
     void ReportFill(std::size_t percent);
     void ReportStatus(std::string status);
@@ -54,8 +60,10 @@ private:
     std::size_t m_fillBytes;
     bool m_told;
     MediaNotify m_notify;
+    std::atomic<bool> m_open = false; // a sink that was not started looks like one at its end
     bool m_filling;
     bool m_hadAudio = false;
+    bool m_playing = false;
     bool m_endReported = false;
     std::size_t m_reportedFill = 0;
 };

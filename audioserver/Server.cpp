@@ -7,8 +7,8 @@
 namespace korvel::audioserver {
 
 Server::Server(common::asio::io_context& context, const std::string& address, std::uint16_t port,
-               Inputs inputs, common::HostPort catalogue)
-    : m_inputs(std::move(inputs)),
+               StreamSettings settings, common::HostPort catalogue)
+    : m_settings(std::move(settings)),
       m_catalogue(std::make_shared<CatalogClient>(context.get_executor(), std::move(catalogue))),
       m_acceptor(
           context.get_executor(), address, port, {kMaxConnections, kMaxConnectionsPerAddress},
@@ -33,7 +33,7 @@ void Server::Stop() {
 
 void Server::OnConnection(common::tcp::socket socket, common::Acceptor::Place place) {
     auto session = std::make_shared<Session>(
-        std::move(socket), std::move(place), SessionContext{m_numbers, m_inputs, *m_catalogue},
+        std::move(socket), std::move(place), SessionContext{m_numbers, m_settings, *m_catalogue},
         [this](const std::shared_ptr<Session>& ended) { m_sessions.erase(ended); });
     m_sessions.insert(session);
     session->Start();

@@ -16,11 +16,11 @@ class Server {
 public:
     /// Starts to listen.
     /// @param port 0 picks a free one
-    /// @param inputs local inputs by name
+    /// @param settings of all streams
     /// @param catalogue asked when a media is one of the streaming service
     /// @throws std::runtime_error with one line of text when the address is unusable or the port is taken
-    Server(common::asio::io_context& context, const std::string& address, std::uint16_t port, Inputs inputs,
-           common::HostPort catalogue);
+    Server(common::asio::io_context& context, const std::string& address, std::uint16_t port,
+           StreamSettings settings, common::HostPort catalogue);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -34,7 +34,7 @@ public:
 private:
     void OnConnection(common::tcp::socket socket, common::Acceptor::Place place);
 
-    Inputs m_inputs;
+    StreamSettings m_settings;
     std::shared_ptr<CatalogClient> m_catalogue;
     StreamNumbers m_numbers;
     common::Acceptor m_acceptor;

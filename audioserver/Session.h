@@ -18,7 +18,7 @@ namespace korvel::audioserver {
 /// What all sessions of a server share. Must outlive them.
 struct SessionContext {
     StreamNumbers& numbers;
-    const Inputs& inputs;
+    const StreamSettings& settings;
     CatalogClient& catalogue;
 };
 

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <boost/asio/any_io_executor.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -15,18 +17,31 @@
 #include "audioserver/MediaReference.h"
 #include "audioserver/MediaSource.h"
 #include "audioserver/Protocol.h"
+#include "audioserver/SourceTimes.h"
 #include "audioserver/StreamOutput.h"
+#include "common/BackOff.h"
 
 namespace korvel::audioserver {
 
+/// Local inputs by name.
 using Inputs = std::map<std::string, std::string>;
 
-/// Lives on the loop. A new media replaces the one before at once; each media has a generation, and an event
-/// of an earlier generation is dropped, so nothing is ever reported about a media that is no longer loaded.
+/// What all streams of a server have in common.
+struct StreamSettings {
+    Inputs inputs;
+    SourceTimes times;
+};
+
+/// Lives on the loop. A new media replaces the one before at once; each source of it has a generation, and an
+/// event of an earlier generation is dropped, so nothing is ever reported about a media that is no longer
+/// loaded.
 ///
 ///     empty --AddMedia--> playing <--SetState play/pause--> paused
 ///     playing, paused --AddMedia--> playing            (the new media)
 ///     playing, paused --Unload, end, failure--> empty  (the stream and its clients stay)
+///
+/// A source that gives no sound for too long has failed, unless it is paused. A station that has played does
+/// not end and does not fail: it is connected to again, after ever longer waits, until it is unloaded.
 ///
 /// A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
 /// track the next is looked up.
@@ -35,11 +50,12 @@ public:
     /// Takes the lines of events, on the loop and never from inside a call of this class.
     using LineSink = std::function<void(std::string_view line)>;
 
-    /// @param inputs local inputs by name; must outlive the stream
+    /// @param settings must outlive the stream
     /// @param catalogue must outlive the stream
     /// @throws std::runtime_error when the output cannot be built
     static std::shared_ptr<Stream> Create(boost::asio::any_io_executor executor, StreamNumber number,
-                                          const Inputs& inputs, CatalogClient& catalogue, LineSink sink);
+                                          const StreamSettings& settings, CatalogClient& catalogue,
+                                          LineSink sink);
     ~Stream();
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
@@ -59,7 +75,7 @@ public:
     void SetState(PlayState state);
 
 private:
-    Stream(boost::asio::any_io_executor executor, StreamNumber number, const Inputs& inputs,
+    Stream(boost::asio::any_io_executor executor, StreamNumber number, const StreamSettings& settings,
            CatalogClient& catalogue, LineSink sink);
 
     void Start();
@@ -71,7 +87,15 @@ private:
     void OnFailed(const std::string& reason);
     void Fail(const std::string& reason);
     void DropMedia();
-    void Report(std::string_view prefix, const std::string& text, std::string& last);
+    bool Report(std::string_view prefix, const std::string& text, std::string& last);
+    MediaSource::Owner MakeOwner();
+
+    // StreamStation.cpp
+    void StartPatience();
+    bool IsStationThatPlayed() const;
+    void Reconnect(const std::string& reason);
+    void Connect();
+    void TellTitle();
 
     // StreamCatalogue.cpp
     void LookUp();
@@ -93,7 +117,7 @@ private:
 
     boost::asio::any_io_executor m_executor;
     StreamNumber m_number;
-    const Inputs& m_inputs;
+    const StreamSettings& m_settings;
     CatalogClient& m_catalogue;
     LineSink m_sink;
     std::unique_ptr<StreamOutput> m_output;
@@ -106,6 +130,24 @@ private:
     std::optional<CatalogueMedia> m_catalogueMedia;
     std::string m_lastInfo;
     std::string m_lastStatus;
+
+    /// What a source says that it plays, from its thread to the loop. A source that says much replaces what
+    /// has not been told yet.
+    struct Title {
+        std::mutex mutex;
+        std::optional<std::string> text;
+    };
+    std::shared_ptr<Title> m_title = std::make_shared<Title>();
+    boost::asio::steady_timer m_untilTitle;
+    bool m_titleWaits = false;
+
+    boost::asio::steady_timer m_patience;
+    boost::asio::steady_timer m_untilRetry;
+    common::BackOff m_backOff; ///< before the station is connected to again
+    std::string m_address;     ///< of the station
+    bool m_broadcast = false;
+    bool m_played = false; ///< ever, since it was added
+    bool m_sounds = false; ///< now, unless it is paused
 };
 
 } // namespace korvel::audioserver

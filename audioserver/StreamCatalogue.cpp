@@ -30,16 +30,19 @@ void Stream::OnFound(const CatalogClient::Place& place) {
     std::string error = "not an absolute path or a web address";
     try {
         if (common::ParseWebAddress(place.media)) {
-            m_media = MediaSource::OpenWeb(place.media, MakeNotify(), error);
+            m_media = MediaSource::OpenWeb(place.media, MakeOwner(), error);
         } else if (place.media.starts_with('/')) {
-            m_media = MediaSource::OpenFile(place.media, MakeNotify(), error);
+            m_media = MediaSource::OpenFile(place.media, MakeOwner(), error);
         }
     } catch (const std::runtime_error& failure) {
         error = failure.what();
     }
     if (!m_media) {
         OnFailed(error);
-    } else if (place.offsetMilliseconds == 0) {
+        return;
+    }
+    StartPatience();
+    if (place.offsetMilliseconds == 0) {
         ConnectFeed();
     }
 }
@@ -48,7 +51,6 @@ void Stream::OnFound(const CatalogClient::Place& place) {
 void Stream::MoveToStart() {
     if (m_catalogueMedia && m_catalogueMedia->startMilliseconds > 0) {
         m_media->StartAt(std::exchange(m_catalogueMedia->startMilliseconds, 0));
-        ConnectFeed();
     }
 }
 

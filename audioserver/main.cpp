@@ -37,7 +37,7 @@ int Run(const Options& options) {
         throw std::runtime_error(failure != nullptr ? failure->message : "GStreamer cannot start");
     }
     boost::asio::io_context context(1);
-    Server server(context, options.address, options.port, options.inputs, options.catalogue);
+    Server server(context, options.address, options.port, {options.inputs, options.times}, options.catalogue);
     boost::asio::steady_timer trimmer(context);
     TrimMemory(trimmer);
     boost::asio::signal_set signals(context, SIGINT, SIGTERM);
