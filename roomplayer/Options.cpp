@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "roomplayer/PacketGate.h"
+
 namespace korvel::roomplayer {
 
 void AddOptions(CLI::App& app, Options& options) {
@@ -13,6 +15,13 @@ void AddOptions(CLI::App& app, Options& options) {
     app.add_option("--latency", options.latencyMilliseconds, "milliseconds from receiving to playing")
         ->capture_default_str()
         ->check(CLI::Range(kMinLatencyMilliseconds, kMaxLatencyMilliseconds));
+    app.add_option("--sender", options.senders, "address of an audio server that is heard (repeatable)")
+        ->take_all()
+        ->check(CLI::Validator(
+            [](std::string& address) {
+                return ParseSenderAddress(address) ? "" : "not a numeric address: " + address;
+            },
+            "ADDRESS"));
     app.add_flag_callback(
         "--no-device", [&options] { options.useDevice = false; }, "do not open a sound device");
 }

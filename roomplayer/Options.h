@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -22,6 +23,8 @@ struct Options {
     /// Empty for no recording.
     std::string recordPath;
     bool useDevice = true;
+    /// Numeric addresses of audio servers; empty for whoever plays first.
+    std::vector<std::string> senders;
 };
 
 /// Lets the command line set the options, which must outlive its reading.

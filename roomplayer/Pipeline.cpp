@@ -1,6 +1,7 @@
 #include "roomplayer/Pipeline.h"
 
-#include <array>
+#include <gst/net/gstnetaddressmeta.h>
+
 #include <condition_variable>
 #include <cstdlib>
 #include <span>
@@ -18,10 +19,6 @@ namespace korvel::roomplayer {
 namespace {
 
 constexpr const char* kSoundCaps = "audio/x-raw,format=S16LE,layout=interleaved,rate=48000,channels=2";
-constexpr std::size_t kRtpHeaderBytes = 12;
-constexpr std::size_t kRtpTimestampOffset = 4;
-constexpr std::size_t kRtpSenderOffset = 8;
-constexpr unsigned kRtpVersion = 2;
 constexpr gint kReceiveBufferBytes = 256 * 1024;
 /// The mixer's own allowance for a busy machine, on top of the latency asked for.
 constexpr std::uint64_t kMixerMilliseconds = 30;
@@ -35,6 +32,32 @@ GstCaps* RtpCaps(guint payloadType) {
                                48000, "encoding-name", G_TYPE_STRING, "L16", "channels", G_TYPE_INT, 2,
                                "payload", G_TYPE_INT, static_cast<gint>(payloadType), nullptr);
 }
+
+/// What a datagram says and where it comes from.
+class Packet {
+public:
+    explicit Packet(GstBuffer* buffer) : m_buffer(buffer) {
+        gst_buffer_map(buffer, &m_map, GST_MAP_READ);
+        const GstNetAddressMeta* meta = gst_buffer_get_net_address_meta(buffer);
+        if (meta == nullptr || !G_IS_INET_SOCKET_ADDRESS(meta->addr)) {
+            return;
+        }
+        GInetAddress* address = g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(meta->addr));
+        const GStringPtr text(g_inet_address_to_string(address));
+        m_from = ParseSenderAddress(text.get()).value_or(m_from);
+    }
+    ~Packet() { gst_buffer_unmap(m_buffer, &m_map); }
+    Packet(const Packet&) = delete;
+    Packet& operator=(const Packet&) = delete;
+
+    const SenderAddress& From() const { return m_from; }
+    std::span<const std::uint8_t> Bytes() const { return {m_map.data, m_map.size}; }
+
+private:
+    GstBuffer* m_buffer;
+    GstMapInfo m_map = GST_MAP_INFO_INIT;
+    SenderAddress m_from{};
+};
 
 bool StartsWith(const char* text, const char* prefix) {
     return g_str_has_prefix(text, prefix) != FALSE;
@@ -54,7 +77,7 @@ void EndUnlessStopped(const std::stop_token& stop) {
 
 } // namespace
 
-Pipeline::Pipeline(const Options& options, const UdpPorts& ports, SenderGate& gate, WavWriter* recording,
+Pipeline::Pipeline(const Options& options, const UdpPorts& ports, PacketGate& gate, WavWriter* recording,
                    ErrorNotify onError)
     : m_gate(gate),
       m_recording(recording),
@@ -87,8 +110,8 @@ void Pipeline::Build(const Options& options, const UdpPorts& ports) {
     g_signal_connect(m_rtpbin, "pad-added", G_CALLBACK(OnPadAdded), this);
     g_signal_connect(m_rtpbin, "pad-removed", G_CALLBACK(OnPadRemoved), this);
     AddMixer(options);
-    AddReceiver(ports.rtp.get(), "recv_rtp_sink_0", true);
-    AddReceiver(ports.rtcp.get(), "recv_rtcp_sink_0", false);
+    AddReceiver(ports.rtp.get(), "recv_rtp_sink_0", OnPacket);
+    AddReceiver(ports.rtcp.get(), "recv_rtcp_sink_0", OnReport);
     AddDevice(options);
     if (m_recording != nullptr) {
         AddRecorder();
@@ -106,16 +129,14 @@ void Pipeline::AddDevice(const Options& options) {
     gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, OnPlayed, this, nullptr);
 }
 
-void Pipeline::AddReceiver(GSocket* socket, const char* rtpbinPad, bool gated) {
+void Pipeline::AddReceiver(GSocket* socket, const char* rtpbinPad, GstPadProbeCallback gate) {
     GstElement* source = AddElement(m_pipeline.get(), "udpsrc");
-    g_object_set(source, "socket", socket, "close-socket", FALSE, "buffer-size", kReceiveBufferBytes,
-                 nullptr);
-    if (gated) {
-        const CapsPtr caps(gst_caps_new_empty_simple("application/x-rtp"));
-        g_object_set(source, "caps", caps.get(), nullptr);
-        const PadPtr pad(gst_element_get_static_pad(source, "src"));
-        gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, OnPacket, this, nullptr);
-    }
+    const CapsPtr caps(
+        gst_caps_new_empty_simple(gate == OnPacket ? "application/x-rtp" : "application/x-rtcp"));
+    g_object_set(source, "socket", socket, "close-socket", FALSE, "buffer-size", kReceiveBufferBytes, "caps",
+                 caps.get(), nullptr);
+    const PadPtr pad(gst_element_get_static_pad(source, "src"));
+    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, gate, this, nullptr);
     gst_element_link_pads(source, "src", m_rtpbin, rtpbinPad);
 }
 
@@ -171,29 +192,49 @@ GstPadProbeReturn Pipeline::OnPlayed(GstPad*, GstPadProbeInfo*, gpointer self) {
     return GST_PAD_PROBE_OK;
 }
 
-/// Runs in the receiving thread, before a packet reaches rtpbin.
+/// Runs in the thread of the RTP port, before a packet reaches rtpbin.
 GstPadProbeReturn Pipeline::OnPacket(GstPad*, GstPadProbeInfo* info, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
-    std::array<std::uint8_t, kRtpHeaderBytes> header{};
-    GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
-    if (gst_buffer_extract(buffer, 0, header.data(), header.size()) != header.size() ||
-        header[0] >> 6 != kRtpVersion) {
-        return GST_PAD_PROBE_DROP;
-    }
-    const std::uint32_t sender = GST_READ_UINT32_BE(header.data() + kRtpSenderOffset);
-    const std::uint32_t timestamp = GST_READ_UINT32_BE(header.data() + kRtpTimestampOffset);
-    const auto now = SenderGate::Clock::now();
+    const auto now = PacketGate::Clock::now();
     const auto before = self->m_gate.Current();
-    if (!self->m_gate.Admit(sender, timestamp, now)) {
+    const Packet packet(GST_PAD_PROBE_INFO_BUFFER(info));
+    if (!self->m_gate.AdmitRtp(packet.From(), packet.Bytes(), now)) {
+        self->LogDropped();
         return GST_PAD_PROBE_DROP;
     }
-    if (before != sender) {
-        common::ProgramLog().Info("sender " + std::to_string(sender));
+    if (const auto sender = self->m_gate.Current(); sender != before) {
+        common::ProgramLog().Info("sender " + std::to_string(*sender));
     }
     if (const auto left = self->m_gate.TakeLeft(now, self->m_drainTime)) {
         self->ForgetSender(*left);
     }
     return GST_PAD_PROBE_OK;
+}
+
+/// Runs in the thread of the RTCP port.
+GstPadProbeReturn Pipeline::OnReport(GstPad*, GstPadProbeInfo* info, gpointer selfPointer) {
+    auto* self = static_cast<Pipeline*>(selfPointer);
+    const Packet packet(GST_PAD_PROBE_INFO_BUFFER(info));
+    if (!self->m_gate.AdmitRtcp(packet.From(), packet.Bytes())) {
+        self->LogDropped();
+        return GST_PAD_PROBE_DROP;
+    }
+    return GST_PAD_PROBE_OK;
+}
+
+/// Ever more rarely: whoever sends a million packets does not write a million lines. Packets of a stream that
+/// the room has just left are nothing to tell.
+void Pipeline::LogDropped() const {
+    const PacketGate::Dropped dropped = m_gate.Count();
+    std::uint64_t rest = dropped.foreign + dropped.malformed;
+    while (rest >= 10 && rest % 10 == 0) {
+        rest /= 10;
+    }
+    if (rest == 1) {
+        common::ProgramLog().Warning("dropped packets: " + std::to_string(dropped.foreign) +
+                                     " of other senders, " + std::to_string(dropped.malformed) +
+                                     " that are no stream's");
+    }
 }
 
 /// Removes what rtpbin keeps for a sender; should it come back, it is new. Only in the receiving thread,

@@ -13,7 +13,7 @@
 
 #include "roomplayer/GstPointers.h"
 #include "roomplayer/Options.h"
-#include "roomplayer/SenderGate.h"
+#include "roomplayer/PacketGate.h"
 #include "roomplayer/UdpPorts.h"
 #include "roomplayer/WavWriter.h"
 
@@ -37,7 +37,7 @@ public:
     /// @param recording takes all that is heard, silence included; null for none
     /// @param onError hears why playing has failed; called from the main loop
     /// @throws std::runtime_error with one line of text
-    Pipeline(const Options& options, const UdpPorts& ports, SenderGate& gate, WavWriter* recording,
+    Pipeline(const Options& options, const UdpPorts& ports, PacketGate& gate, WavWriter* recording,
              ErrorNotify onError);
     /// Stops. When that takes too long, as with a device that hangs, the program ends with a failure.
     ~Pipeline();
@@ -55,12 +55,13 @@ private:
 
     void Build(const Options& options, const UdpPorts& ports);
     void Stop();
-    void AddReceiver(GSocket* socket, const char* rtpbinPad, bool gated);
+    void AddReceiver(GSocket* socket, const char* rtpbinPad, GstPadProbeCallback gate);
     void AddMixer(const Options& options);
     void AddDevice(const Options& options);
     void AddRecorder();
 
     static GstPadProbeReturn OnPacket(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+    static GstPadProbeReturn OnReport(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstPadProbeReturn OnPlayed(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstCaps* OnPayloadType(GstElement* rtpbin, guint session, guint payloadType, gpointer self);
     static void OnPadAdded(GstElement* rtpbin, GstPad* pad, gpointer self);
@@ -68,8 +69,9 @@ private:
     static GstFlowReturn OnSound(GstAppSink* sink, gpointer self);
     static gboolean OnMessage(GstBus* bus, GstMessage* message, gpointer self);
     void ForgetSender(std::uint32_t sender);
+    void LogDropped() const;
 
-    SenderGate& m_gate; // only used by the receiving thread
+    PacketGate& m_gate;
     WavWriter* m_recording;
     ErrorNotify m_onError;
     std::chrono::milliseconds m_drainTime;

@@ -17,12 +17,23 @@ unsigned QuietLooks(const Options& options) {
                                  OutputWatch::kInterval);
 }
 
+std::vector<SenderAddress> Senders(const Options& options) {
+    std::vector<SenderAddress> senders;
+    for (const std::string& text : options.senders) {
+        if (const auto address = ParseSenderAddress(text)) {
+            senders.push_back(*address);
+        }
+    }
+    return senders;
+}
+
 } // namespace
 
 Player::Player(const Options& options, Report report)
     : m_options(options),
       m_report(std::move(report)),
       m_ports(BindUdpPorts(options.address, options.port)),
+      m_gate(Senders(options)),
       m_watch(QuietLooks(options)),
       m_loop(g_main_loop_new(nullptr, FALSE)),
       m_interrupt(g_unix_signal_add(SIGINT, OnSignal, this)),

@@ -11,8 +11,8 @@
 #include "roomplayer/GstPointers.h"
 #include "roomplayer/Options.h"
 #include "roomplayer/OutputWatch.h"
+#include "roomplayer/PacketGate.h"
 #include "roomplayer/Pipeline.h"
-#include "roomplayer/SenderGate.h"
 #include "roomplayer/UdpPorts.h"
 #include "roomplayer/WavWriter.h"
 
@@ -53,7 +53,7 @@ private:
     Report m_report;
     UdpPorts m_ports;
     std::unique_ptr<WavWriter> m_recording;
-    SenderGate m_gate;
+    PacketGate m_gate;
     OutputWatch m_watch;
     MainLoopPtr m_loop;
     SourceId m_interrupt;

@@ -18,6 +18,8 @@ bool SenderGate::Admit(std::uint32_t sender, std::uint32_t timestamp, Clock::tim
             return false;
         }
         m_earlier.erase(earlier);
+    } else if (m_earlier.size() >= kMaxEarlier && !m_earlier.front().cleared) {
+        return false;
     }
     Change(sender, timestamp, now);
     return true;
@@ -50,6 +52,12 @@ void SenderGate::Change(std::uint32_t sender, std::uint32_t timestamp, Clock::ti
     }
     m_current = Sender{sender, timestamp, {}, {}, false};
     m_changed = now;
+}
+
+bool SenderGate::Knows(std::uint32_t sender) const {
+    return (m_current && m_current->id == sender) ||
+           std::any_of(m_earlier.begin(), m_earlier.end(),
+                       [sender](const Sender& one) { return one.id == sender; });
 }
 
 std::optional<std::uint32_t> SenderGate::TakeLeft(Clock::time_point now, std::chrono::milliseconds age) {

@@ -28,7 +28,8 @@ public:
     static constexpr std::chrono::milliseconds kLost{500};
     /// Earliest change after a change, so that noise on the port cannot flap the room.
     static constexpr std::chrono::milliseconds kHold{40};
-    /// Earlier senders that are remembered.
+    /// Earlier senders that are remembered. A new one waits while the oldest of them has not been taken by
+    /// TakeLeft(), so that no more than these are anything to whoever listens.
     static constexpr std::size_t kMaxEarlier = 8;
 
     /// Whether a packet of this sender is heard.
@@ -37,6 +38,9 @@ public:
 
     /// Takes a sender that was left at least so long ago; what it still had to play has been played.
     std::optional<std::uint32_t> TakeLeft(Clock::time_point now, std::chrono::milliseconds age);
+
+    /// Whether it is heard or is one of the earlier senders.
+    bool Knows(std::uint32_t sender) const;
 
     /// The sender that is heard; empty before the first packet.
     std::optional<std::uint32_t> Current() const;

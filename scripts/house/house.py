@@ -60,7 +60,8 @@ class House:
     def start_player(self, number, name):
         port = self.first_port + 2 * (number - 1) if self.first_port else 0
         recording = os.path.join(self.folder, f"room{number}.wav") if self.record else None
-        arguments = ["--port", str(port)] + (["--record", recording, "--no-device"] if recording else [])
+        arguments = ["--port", str(port), "--sender", "127.0.0.1"]
+        arguments += (["--record", recording, "--no-device"] if recording else [])
         port = self.start_listening(f"player{number}", "korvel-roomplayer", arguments)
         self.rooms.append(Room(number, name, port, recording))
 

@@ -9,9 +9,11 @@
 namespace korvel::tests {
 namespace {
 
-Process StartPlayer(const std::string& folder, const std::string& name, const std::string& hindrance) {
+Process StartPlayer(const std::string& folder, const std::string& name, const std::string& hindrance,
+                    const std::vector<std::string>& more) {
     std::vector<std::string> options{
         "--port", "0", "--no-device", "--latency", "60", "--record", folder + "/" + name + ".recording"};
+    options.insert(options.end(), more.begin(), more.end());
     if (!hindrance.empty()) {
         options.insert(options.begin(), hindrance);
     }
@@ -21,8 +23,9 @@ Process StartPlayer(const std::string& folder, const std::string& name, const st
 
 } // namespace
 
-Room::Room(const std::string& folder, const std::string& name, const std::string& hindrance)
-    : m_process(StartPlayer(folder, name, hindrance)),
+Room::Room(const std::string& folder, const std::string& name, const std::string& hindrance,
+           const std::vector<std::string>& options)
+    : m_process(StartPlayer(folder, name, hindrance, options)),
       m_recording(folder + "/" + name + ".recording"),
       m_port(PortOf(m_process.ReadLine().value_or(""))) {
     EXPECT_NE(m_port, 0) << m_process.Errors();
@@ -77,8 +80,9 @@ std::unique_ptr<LineClient> Bed::Connect() {
     return std::make_unique<LineClient>(ServerPort());
 }
 
-std::unique_ptr<Room> Bed::AddRoom(const std::string& name, const std::string& hindrance) {
-    return std::make_unique<Room>(m_folder, name, hindrance);
+std::unique_ptr<Room> Bed::AddRoom(const std::string& name, const std::string& hindrance,
+                                   const std::vector<std::string>& options) {
+    return std::make_unique<Room>(m_folder, name, hindrance, options);
 }
 
 std::string Bed::ToneFile(const std::string& name, const std::vector<Tone>& tones) {

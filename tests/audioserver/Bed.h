@@ -18,7 +18,9 @@ namespace korvel::tests {
 class Room {
 public:
     /// @param hindrance what is in the player's way, see HinderedPlayer.cpp; "" for nothing
-    Room(const std::string& folder, const std::string& name, const std::string& hindrance);
+    /// @param options of the player, besides those that every room has
+    Room(const std::string& folder, const std::string& name, const std::string& hindrance,
+         const std::vector<std::string>& options);
 
     std::uint16_t Port() const { return m_port; }
     /// "127.0.0.1 PORT", as "addcli" takes it.
@@ -30,6 +32,7 @@ public:
     std::string NextReport() { return m_process.ReadLine().value_or(""); }
     /// What the player has logged so far.
     std::string Log() const { return m_process.Errors(); }
+    unsigned Threads() const { return m_process.Threads(); }
     /// The exit code of a player that ends by itself.
     int WaitForExit() { return m_process.WaitForExit().value_or(-1); }
     /// Ends the player as a service manager would; whether it ended well.
@@ -50,7 +53,8 @@ protected:
     Process& Server();
     std::uint16_t ServerPort();
     std::unique_ptr<LineClient> Connect();
-    std::unique_ptr<Room> AddRoom(const std::string& name = "room", const std::string& hindrance = "");
+    std::unique_ptr<Room> AddRoom(const std::string& name = "room", const std::string& hindrance = "",
+                                  const std::vector<std::string>& options = {});
 
     /// Writes a WAV of the tones and returns its path.
     std::string ToneFile(const std::string& name, const std::vector<Tone>& tones);

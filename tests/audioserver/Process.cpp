@@ -72,6 +72,17 @@ void Process::Signal(int number) const {
     ::kill(m_pid, number);
 }
 
+unsigned Process::Threads() const {
+    std::ifstream status("/proc/" + std::to_string(m_pid) + "/status");
+    const std::string key = "Threads:";
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(key)) {
+            return static_cast<unsigned>(std::stoul(line.substr(key.size())));
+        }
+    }
+    return 0;
+}
+
 std::optional<int> Process::WaitForExit(std::chrono::milliseconds patience) {
     WaitUntil(
         [this] {

@@ -28,6 +28,9 @@ public:
 
     void Signal(int number) const;
 
+    /// How many threads it has; 0 when it has ended.
+    unsigned Threads() const;
+
     /// The exit code; 128 + signal when it was killed; empty when it does not end within the patience.
     std::optional<int> WaitForExit(std::chrono::milliseconds patience = kPatience);
 

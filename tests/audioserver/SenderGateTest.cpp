@@ -108,7 +108,26 @@ TEST_F(SenderGateTest, ManySendersAreForgotten) {
     for (std::uint32_t sender = 1; sender < 1000; ++sender) {
         Send(sender, milliseconds(100));
         EXPECT_EQ(m_gate.Current(), sender);
+        m_gate.TakeLeft(m_now, milliseconds(300));
     }
+}
+
+TEST_F(SenderGateTest, NoMoreAreLetInThanAreLeftAgain) {
+    std::uint32_t sender = 1;
+    for (; sender <= 1 + SenderGate::kMaxEarlier; ++sender) {
+        EXPECT_TRUE(Send(sender, SenderGate::kHold));
+    }
+    EXPECT_FALSE(Send(sender, SenderGate::kHold));
+    EXPECT_EQ(m_gate.TakeLeft(m_now, milliseconds(0)), 1U);
+    EXPECT_TRUE(Send(sender, SenderGate::kHold));
+}
+
+TEST_F(SenderGateTest, KnowsThePresentAndEarlierSenders) {
+    Send(1, milliseconds(100));
+    Send(2, milliseconds(100));
+    EXPECT_TRUE(m_gate.Knows(1));
+    EXPECT_TRUE(m_gate.Knows(2));
+    EXPECT_FALSE(m_gate.Knows(3));
 }
 
 } // namespace
