@@ -1,6 +1,7 @@
 // What each request does. Every request gets exactly one answer.
 #include <stdexcept>
 
+#include "audioserver/Descriptors.h"
 #include "audioserver/LineFormat.h"
 #include "audioserver/MediaReference.h"
 #include "audioserver/Session.h"
@@ -35,6 +36,10 @@ std::string Session::CreateStream(const Request& request) {
     const std::string_view word = CommandWord(request.command);
     if (m_streams.size() >= kMaxStreamsPerConnection) {
         common::ProgramLog().Warning(m_lines->GetPeer() + " has too many streams");
+        return AnnouncementEvent(word) + NoLine(request.sequence, word);
+    }
+    if (!HasDescriptors(kDescriptorsPerStream)) {
+        common::ProgramLog().Warning("no stream: too many files are open");
         return AnnouncementEvent(word) + NoLine(request.sequence, word);
     }
     const StreamNumber number = m_context.numbers.Take();

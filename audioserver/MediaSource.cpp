@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "audioserver/Descriptors.h"
 #include "audioserver/PcmFormat.h"
 #include "audioserver/PipelineStart.h"
 #include "audioserver/PlaylistGuard.h"
@@ -155,11 +156,15 @@ void DeleteNotify(gpointer notify) {
 } // namespace
 
 bool MediaSource::HasRoom(std::string& error) {
-    if (SourceThread::Abandoned() < SourceThread::kMaxAbandoned) {
-        return true;
+    if (SourceThread::Abandoned() >= SourceThread::kMaxAbandoned) {
+        error = "too many sources hang";
+        return false;
     }
-    error = "too many sources hang";
-    return false;
+    if (!HasDescriptors(kDescriptorsPerSource)) {
+        error = "too many files are open";
+        return false;
+    }
+    return true;
 }
 
 std::unique_ptr<MediaSource> MediaSource::OpenFile(const std::string& path, Owner owner, std::string& error) {

@@ -9,6 +9,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "audioserver/Descriptors.h"
 #include "audioserver/Options.h"
 #include "audioserver/Server.h"
 #include "common/Log.h"
@@ -32,6 +33,7 @@ void TrimMemory(boost::asio::steady_timer& timer) {
 }
 
 int Run(const Options& options) {
+    RaiseDescriptorLimit();
     GError* failure = nullptr;
     if (gst_init_check(nullptr, nullptr, &failure) == FALSE) {
         throw std::runtime_error(failure != nullptr ? failure->message : "GStreamer cannot start");
