@@ -149,6 +149,41 @@ GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) 
     return GST_BUS_DROP;
 }
 
+void FindAdaptive(const GValue* item, gpointer found) {
+    GstElementFactory* factory = gst_element_get_factory(GST_ELEMENT(g_value_get_object(item)));
+    const gchar* kind =
+        factory != nullptr ? gst_element_factory_get_metadata(factory, GST_ELEMENT_METADATA_KLASS) : nullptr;
+    if (kind != nullptr && std::strstr(kind, "Adaptive") != nullptr) {
+        *static_cast<bool*>(found) = true;
+    }
+}
+
+/// Whether it is a playlist of parts, whose own length says nothing.
+bool IsAdaptive(GstElement* pipeline) {
+    bool found = false;
+    GstIterator* elements = gst_bin_iterate_recurse(GST_BIN(pipeline));
+    while (gst_iterator_foreach(elements, FindAdaptive, &found) == GST_ITERATOR_RESYNC) {
+        gst_iterator_resync(elements);
+    }
+    gst_iterator_free(elements);
+    return found;
+}
+
+/// May wait for a playlist that is just being fetched.
+bool IsBroadcast(GstElement* pipeline, GstElement* head) {
+    gint64 length = 0;
+    if (IsAdaptive(pipeline)) {
+        return gst_element_query_duration(pipeline, GST_FORMAT_TIME, &length) == FALSE || length <= 0;
+    }
+    GstElement* source = nullptr;
+    if (g_object_class_find_property(G_OBJECT_GET_CLASS(head), "source") != nullptr) {
+        g_object_get(head, "source", &source, nullptr);
+    }
+    const ElementPtr owner(source);
+    return source == nullptr || gst_element_query_duration(source, GST_FORMAT_BYTES, &length) == FALSE ||
+           length <= 0;
+}
+
 void DeleteNotify(gpointer notify) {
     delete static_cast<MediaNotify*>(notify);
 }
@@ -221,7 +256,6 @@ MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, std::string de
     : m_outlet(std::make_shared<Outlet>()),
       m_pipeline(ElementPtr(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))))),
       m_head(head.get()),
-      m_live(reserve.live),
       m_thread(owner.executor, owner.toEnd, std::move(device)) {
     GuardPlaylists();
     m_outlet->notify = std::move(owner.notify);
@@ -297,41 +331,12 @@ void MediaSource::SetAbandonedNotify(std::function<void()> notify) {
     m_thread.SetAbandonedNotify(std::move(notify));
 }
 
-/// Whether it is a playlist of parts, whose own length says nothing.
-bool MediaSource::IsAdaptive() const {
-    bool found = false;
-    GstIterator* elements = gst_bin_iterate_recurse(GST_BIN(m_pipeline.get()));
-    const auto look = [](const GValue* item, gpointer result) {
-        GstElementFactory* factory = gst_element_get_factory(GST_ELEMENT(g_value_get_object(item)));
-        const gchar* kind = factory != nullptr
-                                ? gst_element_factory_get_metadata(factory, GST_ELEMENT_METADATA_KLASS)
-                                : nullptr;
-        if (kind != nullptr && std::strstr(kind, "Adaptive") != nullptr) {
-            *static_cast<bool*>(result) = true;
+void MediaSource::FindLength() {
+    m_thread.Do([pipeline = m_pipeline, head = m_head, outlet = m_outlet] {
+        if (IsBroadcast(pipeline.get(), head)) {
+            outlet->Notify({MediaEvent::Kind::kBroadcast, {}});
         }
-    };
-    while (gst_iterator_foreach(elements, look, &found) == GST_ITERATOR_RESYNC) {
-        gst_iterator_resync(elements);
-    }
-    gst_iterator_free(elements);
-    return found;
-}
-
-bool MediaSource::IsBroadcast() const {
-    if (m_live) {
-        return true;
-    }
-    gint64 length = 0;
-    if (IsAdaptive()) {
-        return gst_element_query_duration(m_pipeline.get(), GST_FORMAT_TIME, &length) == FALSE || length <= 0;
-    }
-    GstElement* source = nullptr;
-    if (g_object_class_find_property(G_OBJECT_GET_CLASS(m_head), "source") != nullptr) {
-        g_object_get(m_head, "source", &source, nullptr);
-    }
-    const ElementPtr owner(source);
-    return source == nullptr || gst_element_query_duration(source, GST_FORMAT_BYTES, &length) == FALSE ||
-           length <= 0;
+    });
 }
 
 } // namespace korvel::audioserver

@@ -45,9 +45,9 @@ public:
     /// Where the sender draws. The feed may outlive the source; it is then at its end.
     std::shared_ptr<PcmFeed> Feed() const { return m_feed; }
 
-    /// Whether the source has no length, so that pausing would only lose what is played meanwhile. Meaningful
-    /// once kReady was notified.
-    bool IsBroadcast() const;
+    /// Finds out whether the source has no length, so that pausing would only lose what is played meanwhile,
+    /// and notifies kBroadcast if so. To be called after kReady.
+    void FindLength();
 
     /// To be called on the loop when the source, once destroyed, does not end in time.
     void SetAbandonedNotify(std::function<void()> notify);
@@ -63,13 +63,11 @@ private:
 
     void Start(Look look, bool trusted);
     void ConnectHead(GstElement* head, GstElement* converter);
-    bool IsAdaptive() const;
     static bool HasRoom(std::string& error);
 
     std::shared_ptr<Outlet> m_outlet;
     std::shared_ptr<GstElement> m_pipeline; // the steps of the thread hold it, too
     GstElement* m_head = nullptr;           // owned by the pipeline
-    bool m_live;
     std::shared_ptr<PcmFeed> m_feed;
     SourceThread m_thread;
 };

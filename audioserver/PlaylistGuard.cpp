@@ -47,9 +47,9 @@ const gchar* const* RefusedProtocols() {
         std::transform(names.begin(), names.end(), std::back_inserter(*list),
                        [](const std::string& name) { return g_strdup(name.c_str()); });
         list->push_back(nullptr);
-        return list->data();
+        return list;
     }();
-    return protocols;
+    return protocols->data();
 }
 
 gboolean SetAddress(GstURIHandler* handler, const gchar* address, GError** error) {

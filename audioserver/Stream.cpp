@@ -191,6 +191,9 @@ void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
         case MediaEvent::Kind::kFailed:
             OnFailed(event.text);
             break;
+        case MediaEvent::Kind::kBroadcast:
+            OnBroadcast();
+            break;
         case MediaEvent::Kind::kMoved:
             ConnectFeed();
             break;
@@ -248,10 +251,18 @@ void Stream::OnReady() {
     if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile) {
         return;
     }
-    if (m_media->IsBroadcast() && !std::exchange(m_broadcast, true)) {
-        m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
+    if (m_mediaKind == MediaReference::Kind::kInput) {
+        OnBroadcast();
+    } else {
+        m_media->FindLength();
     }
     MoveToStart();
+}
+
+void Stream::OnBroadcast() {
+    if (!std::exchange(m_broadcast, true)) {
+        m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
+    }
 }
 
 /// Whether it is news.

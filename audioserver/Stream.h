@@ -83,6 +83,7 @@ private:
     std::unique_ptr<MediaSource> OpenMedia(const MediaReference& reference, std::string& error);
     void OnMediaEvent(std::uint64_t generation, MediaEvent& event);
     void OnReady();
+    void OnBroadcast();
     void OnDrained();
     void OnFailed(const std::string& reason);
     void Fail(const std::string& reason);
