@@ -15,6 +15,12 @@ std::string_view View(beast::string_view text) {
     return {text.data(), text.size()};
 }
 
+// Where a header is said twice, whoever passed the request on may have gone by the other one.
+bool IsAmbiguous(const http::fields& header) {
+    return header.count(http::field::host) > 1 || header.count(http::field::content_length) > 1 ||
+           View(header[http::field::content_length]).find(',') != std::string_view::npos;
+}
+
 // What a page of this server may do: load from here, talk to here.
 constexpr const char* kContentPolicy =
     "default-src 'self'; img-src 'self' data: http: https:; frame-ancestors 'none'";
@@ -58,7 +64,9 @@ void HttpSession::Read() {
 
 void HttpSession::OnRequest(boost::system::error_code error) {
     m_place.SetBusy();
-    if (!error && beast::websocket::is_upgrade(m_parser->get()))
+    if (!error && IsAmbiguous(m_parser->get()))
+        Reply(ErrorReply(400, "Host and Content-Length may be there once only"), false, 11);
+    else if (!error && beast::websocket::is_upgrade(m_parser->get()))
         Upgrade();
     else if (!error)
         Serve(m_parser->get());

@@ -77,6 +77,19 @@ TEST_F(HttpLimitsTest, WhatIsNoRequestIsRefused) {
     EXPECT_EQ(Send("GET nowhere HTTP/1.1\r\nHost: localhost").status, 400);
 }
 
+TEST_F(HttpLimitsTest, AHeaderThatIsThereTwiceIsRefused) {
+    const std::string status = "GET /api/status HTTP/1.1\r\nHost: localhost";
+    EXPECT_EQ(Send(status).status, 200);
+    EXPECT_EQ(Send(status + "\r\nHost: localhost").status, 400);
+    EXPECT_EQ(Send(status + "\r\nhost: evil.example").status, 400);
+    const std::string command =
+        "POST /api/command HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/json\r\n";
+    EXPECT_EQ(Send(command + "Content-Length: 2\r\nContent-Length: 2", "{}").status, 400);
+    EXPECT_EQ(Send(command + "Content-Length: 2\r\nContent-Length: 3", "{}").status, 400);
+    EXPECT_EQ(Send(command + "Content-Length: 2, 2", "{}").status, 400);
+    EXPECT_EQ(Send(command + "Content-Length: 2\r\nTransfer-Encoding: chunked", "{}").status, 400);
+}
+
 TEST_F(HttpLimitsTest, AMethodThatDoesNotFitNamesTheOneThatDoes) {
     const RawReply get = house.Get("/api/command");
     EXPECT_EQ(get.status, 405);
