@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 
-/// From the request to the answer, a connection in between included.
+// From the request to the answer, a connection in between included.
 constexpr std::chrono::milliseconds kPatience{5000};
 constexpr std::uint64_t kMaxOffsetMilliseconds = 24ULL * 3600 * 1000;
 
@@ -21,15 +21,14 @@ std::string LineOf(const json& request) {
     return request.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
-/// Throws json's exceptions for a reply of another shape.
+// Throws json's exceptions for a reply of another shape.
 CatalogClient::Place ReadPlace(const json& reply) {
     CatalogClient::Place place;
     place.media = reply.at("media").get<std::string>();
     const auto offset = reply.at("offset").get<std::uint64_t>();
     place.offsetMilliseconds = static_cast<std::uint32_t>(std::min(offset, kMaxOffsetMilliseconds));
-    if (reply.contains("turn")) {
+    if (reply.contains("turn"))
         place.turn = reply.at("turn").get<std::uint32_t>();
-    }
     return place;
 }
 
@@ -53,18 +52,16 @@ void CatalogClient::Resolve(StreamNumber stream, const std::string& id, std::opt
                             Resolved resolved) {
     const std::uint32_t number = ++m_lastId;
     json request = {{"id", number}, {"op", "resolve"}, {"stream", stream}, {"media", id}};
-    if (after) {
+    if (after)
         request["after"] = *after;
-    }
     auto deadline = std::make_shared<common::asio::steady_timer>(m_executor, kPatience);
     deadline->async_wait([weak = weak_from_this(), number](const common::error_code& cancelled) {
         const auto self = weak.lock();
-        if (self && !cancelled) {
+        if (self && !cancelled)
             self->Answer(number, std::nullopt,
                          self->m_link->IsConnected()
                              ? "the catalogue does not answer"
                              : "the catalogue cannot be reached: no connection in time");
-        }
     });
     Request& entry = m_requests[stream];
     entry = {number, LineOf(request), std::move(resolved), std::move(deadline)};
@@ -83,9 +80,8 @@ void CatalogClient::Close() {
 }
 
 void CatalogClient::OnConnected(common::OutgoingLink& link, const std::string&) {
-    for (const auto& [stream, request] : m_requests) {
+    for (const auto& [stream, request] : m_requests)
         link.Send(request.line);
-    }
 }
 
 void CatalogClient::OnLine(common::OutgoingLink&, const common::Line& line) {
@@ -97,9 +93,8 @@ void CatalogClient::OnLine(common::OutgoingLink&, const common::Line& line) {
     const json reply = json::parse(line.GetText(), nullptr, false);
     const auto id = reply.is_object() ? reply.find("id") : reply.end();
     if (!reply.is_object() || id == reply.end() || !id->is_number_unsigned() ||
-        id->get<std::uint64_t>() > UINT32_MAX) {
+        id->get<std::uint64_t>() > UINT32_MAX)
         return;
-    }
     const auto number = id->get<std::uint32_t>();
     try {
         if (reply.contains("error")) {
@@ -116,23 +111,21 @@ void CatalogClient::OnLine(common::OutgoingLink&, const common::Line& line) {
 void CatalogClient::Answer(std::uint32_t id, const std::optional<Place>& place, const std::string& error) {
     const auto request = std::find_if(m_requests.begin(), m_requests.end(),
                                       [id](const auto& entry) { return entry.second.id == id; });
-    if (request == m_requests.end()) {
+    if (request == m_requests.end())
         return; // released, or answered too late
-    }
     const Resolved resolved = std::move(request->second.resolved);
     m_requests.erase(request);
     resolved(place, error);
 }
 
-/// A new connection is made for the next request.
+// A new connection is made for the next request.
 void CatalogClient::OnLost(common::OutgoingLink&, bool, const std::string& why) {
     FailAll("the catalogue cannot be reached: " + why);
 }
 
 void CatalogClient::FailAll(const std::string& reason) {
-    for (auto& [stream, request] : std::exchange(m_requests, {})) {
+    for (auto& [stream, request] : std::exchange(m_requests, {}))
         request.resolved(std::nullopt, reason);
-    }
 }
 
 } // namespace korvel::audioserver

@@ -13,20 +13,20 @@
 
 namespace korvel::audioserver {
 
-/// One connection to the gateway, made when it is needed and kept. Nothing waits for it: answers come later,
-/// on the loop, never from inside a call. The gateway takes a stream for playing what was last resolved for
-/// it, until Release() or the end of the connection.
+// One connection to the gateway, made when it is needed and kept. Nothing waits for it: answers come later,
+// on the loop, never from inside a call. The gateway takes a stream for playing what was last resolved for
+// it, until Release() or the end of the connection.
 class CatalogClient : public std::enable_shared_from_this<CatalogClient>,
                       private common::OutgoingLink::Listener {
 public:
     struct Place {
-        /// A path or a web address.
+        // A path or a web address.
         std::string media;
         std::uint32_t offsetMilliseconds = 0;
-        /// Set for a channel: what to give with the request for the track after this one.
+        // Set for a channel: what to give with the request for the track after this one.
         std::optional<std::uint32_t> turn;
     };
-    /// Takes the place, or for lack of one the reason.
+    // Takes the place, or for lack of one the reason.
     using Resolved = std::function<void(const std::optional<Place>& place, const std::string& error)>;
 
     CatalogClient(common::asio::any_io_executor executor, common::HostPort address);
@@ -34,14 +34,14 @@ public:
     CatalogClient(const CatalogClient&) = delete;
     CatalogClient& operator=(const CatalogClient&) = delete;
 
-    /// @param after the turn of the channel's track that has ended on this stream
+    // `after`: the turn of the channel's track that has ended on this stream.
     void Resolve(StreamNumber stream, const std::string& id, std::optional<std::uint32_t> after,
                  Resolved resolved);
 
-    /// Forgets a request of this stream that is under way and what the stream plays.
+    // Forgets a request of this stream that is under way and what the stream plays.
     void Release(StreamNumber stream);
 
-    /// Ends the connection and answers nothing more.
+    // Ends the connection and answers nothing more.
     void Close();
 
 private:
@@ -62,7 +62,7 @@ private:
     common::asio::any_io_executor m_executor;
     std::shared_ptr<common::OutgoingLink> m_link;
     std::uint32_t m_lastId = 0;
-    /// A stream has one request at a time.
+    // A stream has one request at a time.
     std::map<StreamNumber, Request> m_requests;
 };
 

@@ -60,9 +60,8 @@ std::string Session::CreateStream(const Request& request) {
 
 std::string Session::RemoveStream(const Request& request) {
     const std::string_view word = CommandWord(request.command);
-    if (m_streams.erase(request.stream) == 0) {
+    if (m_streams.erase(request.stream) == 0)
         return NoLine(request.sequence, word, request.stream);
-    }
     m_context.numbers.Release(request.stream);
     common::ProgramLog().Info("stream " + std::to_string(request.stream) + ": removed");
     return OkLine(request.sequence, word, request.stream);
@@ -71,9 +70,8 @@ std::string Session::RemoveStream(const Request& request) {
 std::string Session::WithStream(const Request& request) {
     const std::string_view word = CommandWord(request.command);
     const auto stream = m_streams.find(request.stream);
-    if (stream == m_streams.end()) {
+    if (stream == m_streams.end())
         return NoLine(request.sequence, word, request.stream);
-    }
     try {
         return Apply(request, *stream->second) ? OkLine(request.sequence, word, request.stream)
                                                : NoLine(request.sequence, word, request.stream);
@@ -112,9 +110,8 @@ bool Session::Apply(const Request& request, Stream& stream) {
 }
 
 void Session::RemoveAllStreams() {
-    for (const auto& [number, stream] : m_streams) {
+    for (const auto& [number, stream] : m_streams)
         m_context.numbers.Release(number);
-    }
     m_streams.clear();
 }
 

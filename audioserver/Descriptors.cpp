@@ -9,8 +9,8 @@
 namespace korvel::audioserver {
 namespace {
 
-/// Enough for every stream of every connection with a media in each. More costs the libraries time where they
-/// walk over all possible ones.
+// Enough for every stream of every connection with a media in each. More costs the libraries time where they
+// walk over all possible ones.
 constexpr rlim_t kEnough = 131072;
 
 std::size_t OpenDescriptors() {

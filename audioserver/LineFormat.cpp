@@ -9,13 +9,12 @@ std::string Reply(std::uint32_t sequence, std::string_view result, std::string_v
                   std::optional<StreamNumber> stream) {
     std::string line = std::to_string(sequence);
     line.append(" ").append(result).append(" ").append(command);
-    if (stream) {
+    if (stream)
         line.append(" ").append(std::to_string(*stream));
-    }
     return line.append(kLineEnd);
 }
 
-/// "* <command> <result>=<S>" without the line's end.
+// "* <command> <result>=<S>" without the line's end.
 std::string EventStart(std::string_view command, std::string_view result, StreamNumber stream) {
     std::string line(kEventMark);
     line.append(" ").append(command).append(" ").append(result).append("=").append(std::to_string(stream));
@@ -54,9 +53,8 @@ std::string EndOfMediaLine(StreamNumber stream) {
 
 std::string BadMediaLine(StreamNumber stream, std::string_view reason) {
     std::string text = OneLine(reason);
-    if (text.size() < kMinEventTextBytes) {
+    if (text.size() < kMinEventTextBytes)
         text = "media failed";
-    }
     return EventStart("addmed", kBadMedia, stream).append(" ").append(text).append(kLineEnd);
 }
 

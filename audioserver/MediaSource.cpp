@@ -16,23 +16,22 @@
 
 namespace korvel::audioserver {
 
-/// How much decoded sound is kept between decoder and sender.
+// How much decoded sound is kept between decoder and sender.
 struct MediaSource::Reserve {
     std::uint64_t queueMilliseconds;
     PcmFeed::Reserve feed;
     bool live;
 };
 
-/// Closed on the loop, used from everywhere.
+// Closed on the loop, used from everywhere.
 struct MediaSource::Outlet {
     std::mutex mutex;
     MediaNotify notify;
 
     void Notify(MediaEvent event) {
         const std::lock_guard lock(mutex);
-        if (notify) {
+        if (notify)
             notify(std::move(event));
-        }
     }
     void Close() {
         const std::lock_guard lock(mutex);
@@ -43,28 +42,26 @@ struct MediaSource::Outlet {
 namespace {
 
 constexpr guint kWebTimeoutSeconds = 10;
-/// A file is decoded much faster than it plays, but not while a busy machine does something else. What is
-/// there for that moment delays the start by the few milliseconds that decoding it takes.
+// A file is decoded much faster than it plays, but not while a busy machine does something else. What is
+// there for that moment delays the start by the few milliseconds that decoding it takes.
 constexpr PcmFeed::Reserve kFileReserve{100, false};
 constexpr PcmFeed::Reserve kWebReserve{1500, true};
-/// What is live comes at the pace at which it is played.
+// What is live comes at the pace at which it is played.
 constexpr PcmFeed::Reserve kInputReserve{0, false};
 
-/// "No such file" beats "could not read from resource"; and opening a pipe or a device would wait for ever.
-/// Empty when it is a file.
+// "No such file" beats "could not read from resource"; and opening a pipe or a device would wait for ever.
+// Empty when it is a file.
 std::string LookAtFile(const std::string& path) {
     struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) {
+    if (::stat(path.c_str(), &info) != 0)
         return std::strerror(errno);
-    }
     return S_ISREG(info.st_mode) ? "" : "not a file";
 }
 
 ElementPtr MakeElement(const char* factory) {
     GstElement* element = gst_element_factory_make(factory, nullptr);
-    if (element == nullptr) {
+    if (element == nullptr)
         throw std::runtime_error(std::string("GStreamer has no element ") + factory);
-    }
     return ElementPtr(GST_ELEMENT(gst_object_ref_sink(element)));
 }
 
@@ -79,17 +76,15 @@ ElementPtr MakeUriHead(const std::string& uri) {
 void ConfigureWebSource(GstElement*, GstElement* source, gpointer) {
     GObjectClass* type = G_OBJECT_GET_CLASS(source);
     if (g_object_class_find_property(type, "timeout") != nullptr &&
-        g_object_class_find_property(type, "user-agent") != nullptr) {
+        g_object_class_find_property(type, "user-agent") != nullptr)
         g_object_set(source, "timeout", kWebTimeoutSeconds, "user-agent", "korvel-audioserver", nullptr);
-    }
 }
 
-/// Runs in a thread of the source: the first pad with sound is linked, every other one is left alone.
+// Runs in a thread of the source: the first pad with sound is linked, every other one is left alone.
 void LinkFirstAudioPad(GstElement*, GstPad* pad, gpointer converter) {
     const PadPtr sink(gst_element_get_static_pad(static_cast<GstElement*>(converter), "sink"));
-    if (!gst_pad_is_linked(sink.get())) {
+    if (!gst_pad_is_linked(sink.get()))
         gst_pad_link(pad, sink.get());
-    }
 }
 
 std::string TagText(const GstTagList* tags, const char* tag) {
@@ -99,13 +94,12 @@ std::string TagText(const GstTagList* tags, const char* tag) {
     return value != nullptr ? std::string(value) : std::string();
 }
 
-/// "Artist - Title", what there is of it, or the name of the station.
+// "Artist - Title", what there is of it, or the name of the station.
 std::string DescribeTags(const GstTagList* tags) {
     const std::string title = TagText(tags, GST_TAG_TITLE);
     const std::string artist = TagText(tags, GST_TAG_ARTIST);
-    if (title.empty()) {
+    if (title.empty())
         return TagText(tags, GST_TAG_ORGANIZATION);
-    }
     return artist.empty() ? title : artist + " - " + title;
 }
 
@@ -114,9 +108,8 @@ void NotifyTags(GstMessage* message, const MediaNotify& notify) {
     gst_message_parse_tag(message, &tags);
     const TagListPtr owner(tags);
     std::string text = DescribeTags(tags);
-    if (!text.empty()) {
+    if (!text.empty())
         notify({MediaEvent::Kind::kTags, std::move(text)});
-    }
 }
 
 void NotifyError(GstMessage* message, const MediaNotify& notify) {
@@ -129,7 +122,7 @@ void NotifyError(GstMessage* message, const MediaNotify& notify) {
         {MediaEvent::Kind::kFailed, error == nullptr || generic ? "the source has failed" : error->message});
 }
 
-/// Runs in whatever thread posts: turns the few messages of interest into events and keeps nothing.
+// Runs in whatever thread posts: turns the few messages of interest into events and keeps nothing.
 GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) {
     const auto& notify = *static_cast<const MediaNotify*>(notifyPointer);
     switch (GST_MESSAGE_TYPE(message)) {
@@ -153,32 +146,28 @@ void FindAdaptive(const GValue* item, gpointer found) {
     GstElementFactory* factory = gst_element_get_factory(GST_ELEMENT(g_value_get_object(item)));
     const gchar* kind =
         factory != nullptr ? gst_element_factory_get_metadata(factory, GST_ELEMENT_METADATA_KLASS) : nullptr;
-    if (kind != nullptr && std::strstr(kind, "Adaptive") != nullptr) {
+    if (kind != nullptr && std::strstr(kind, "Adaptive") != nullptr)
         *static_cast<bool*>(found) = true;
-    }
 }
 
-/// Whether it is a playlist of parts, whose own length says nothing.
+// Whether it is a playlist of parts, whose own length says nothing.
 bool IsAdaptive(GstElement* pipeline) {
     bool found = false;
     GstIterator* elements = gst_bin_iterate_recurse(GST_BIN(pipeline));
-    while (gst_iterator_foreach(elements, FindAdaptive, &found) == GST_ITERATOR_RESYNC) {
+    while (gst_iterator_foreach(elements, FindAdaptive, &found) == GST_ITERATOR_RESYNC)
         gst_iterator_resync(elements);
-    }
     gst_iterator_free(elements);
     return found;
 }
 
-/// May wait for a playlist that is just being fetched.
+// May wait for a playlist that is just being fetched.
 bool IsBroadcast(GstElement* pipeline, GstElement* head) {
     gint64 length = 0;
-    if (IsAdaptive(pipeline)) {
+    if (IsAdaptive(pipeline))
         return gst_element_query_duration(pipeline, GST_FORMAT_TIME, &length) == FALSE || length <= 0;
-    }
     GstElement* source = nullptr;
-    if (g_object_class_find_property(G_OBJECT_GET_CLASS(head), "source") != nullptr) {
+    if (g_object_class_find_property(G_OBJECT_GET_CLASS(head), "source") != nullptr)
         g_object_get(head, "source", &source, nullptr);
-    }
     const ElementPtr owner(source);
     return source == nullptr || gst_element_query_duration(source, GST_FORMAT_BYTES, &length) == FALSE ||
            length <= 0;
@@ -204,12 +193,10 @@ bool MediaSource::HasRoom(std::string& error) {
 
 std::unique_ptr<MediaSource> MediaSource::OpenFile(const std::string& path, Owner owner, std::string& error) {
     const GStringPtr uri(gst_filename_to_uri(path.c_str(), nullptr));
-    if (!uri) {
+    if (!uri)
         error = "unusable path";
-    }
-    if (!uri || !HasRoom(error)) {
+    if (!uri || !HasRoom(error))
         return nullptr;
-    }
     std::unique_ptr<MediaSource> source(
         new MediaSource(MakeUriHead(uri.get()), {500, kFileReserve, false}, "", std::move(owner)));
     source->Start([path] { return LookAtFile(path); }, true);
@@ -217,9 +204,8 @@ std::unique_ptr<MediaSource> MediaSource::OpenFile(const std::string& path, Owne
 }
 
 std::unique_ptr<MediaSource> MediaSource::OpenWeb(const std::string& url, Owner owner, std::string& error) {
-    if (!HasRoom(error)) {
+    if (!HasRoom(error))
         return nullptr;
-    }
     ElementPtr head = MakeUriHead(url);
     g_signal_connect(head.get(), "source-setup", G_CALLBACK(ConfigureWebSource), nullptr);
     std::unique_ptr<MediaSource> source(
@@ -230,9 +216,8 @@ std::unique_ptr<MediaSource> MediaSource::OpenWeb(const std::string& url, Owner 
 
 std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& description, Owner owner,
                                                     std::string& error) {
-    if (!HasRoom(error)) {
+    if (!HasRoom(error))
         return nullptr;
-    }
     ElementPtr head;
     if (gst_uri_is_valid(description.c_str())) {
         head = MakeUriHead(description);
@@ -296,17 +281,14 @@ void MediaSource::Start(Look look, bool trusted) {
     m_thread.Do([pipeline = m_pipeline, feed = m_feed, outlet = m_outlet, look = std::move(look), trusted] {
         std::string error = look ? look() : "";
         std::optional<TrustedAddress> trust;
-        if (trusted) {
+        if (trusted)
             trust.emplace();
-        }
-        if (error.empty() && !StartPlaying(pipeline.get())) {
+        if (error.empty() && !StartPlaying(pipeline.get()))
             error = "cannot be opened";
-        }
-        if (error.empty()) {
+        if (error.empty())
             feed->Open();
-        } else {
+        else
             outlet->Notify({MediaEvent::Kind::kFailed, std::move(error)});
-        }
     });
 }
 
@@ -333,9 +315,8 @@ void MediaSource::SetAbandonedNotify(std::function<void()> notify) {
 
 void MediaSource::FindLength() {
     m_thread.Do([pipeline = m_pipeline, head = m_head, outlet = m_outlet] {
-        if (IsBroadcast(pipeline.get(), head)) {
+        if (IsBroadcast(pipeline.get(), head))
             outlet->Notify({MediaEvent::Kind::kBroadcast, {}});
-        }
     });
 }
 

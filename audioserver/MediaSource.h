@@ -15,48 +15,48 @@
 
 namespace korvel::audioserver {
 
-/// A pipeline of its own, so that whatever a media does (errors, odd timestamps, a stalled server) ends with
-/// it and never reaches the sending half. Made, used and destroyed on the loop; all that may take long happens
-/// in its SourceThread. Events go through the notify, from any thread, and none once it is destroyed.
+// A pipeline of its own, so that whatever a media does (errors, odd timestamps, a stalled server) ends with
+// it and never reaches the sending half. Made, used and destroyed on the loop; all that may take long happens
+// in its SourceThread. Events go through the notify, from any thread, and none once it is destroyed.
 class MediaSource {
 public:
     struct Owner {
         boost::asio::any_io_executor executor;
-        std::chrono::milliseconds toEnd; ///< patience with the end of the source
+        std::chrono::milliseconds toEnd; // patience with the end of the source
         MediaNotify notify;
     };
 
-    /// Each makes a source for a media and begins to open it. Null when there is nothing to open, with the
-    /// reason in error; what opening finds is notified.
-    /// @throws std::runtime_error when GStreamer or the machine lacks what it takes
+    // Each makes a source for a media and begins to open it. Null when there is nothing to open, with the
+    // reason in error; what opening finds is notified.
+    // Throws std::runtime_error when GStreamer or the machine lacks what it takes.
     static std::unique_ptr<MediaSource> OpenFile(const std::string& path, Owner owner, std::string& error);
     static std::unique_ptr<MediaSource> OpenWeb(const std::string& url, Owner owner, std::string& error);
-    /// @param description a URI, or source elements in the notation of gst-launch
+    // `description`: a URI, or source elements in the notation of gst-launch.
     static std::unique_ptr<MediaSource> OpenInput(const std::string& description, Owner owner,
                                                   std::string& error);
     ~MediaSource();
     MediaSource(const MediaSource&) = delete;
     MediaSource& operator=(const MediaSource&) = delete;
 
-    /// Goes to a place other than the beginning, if the media can, and notifies kMoved. To be called after
-    /// kReady; until then nothing must be drawn from the feed.
+    // Goes to a place other than the beginning, if the media can, and notifies kMoved. To be called after
+    // kReady; until then nothing must be drawn from the feed.
     void StartAt(std::uint32_t milliseconds);
 
-    /// Where the sender draws. The feed may outlive the source; it is then at its end.
+    // Where the sender draws. The feed may outlive the source; it is then at its end.
     std::shared_ptr<PcmFeed> Feed() const { return m_feed; }
 
-    /// Finds out whether the source has no length, so that pausing would only lose what is played meanwhile,
-    /// and notifies kBroadcast if so. To be called after kReady.
+    // Finds out whether the source has no length, so that pausing would only lose what is played meanwhile,
+    // and notifies kBroadcast if so. To be called after kReady.
     void FindLength();
 
-    /// To be called on the loop when the source, once destroyed, does not end in time.
+    // To be called on the loop when the source, once destroyed, does not end in time.
     void SetAbandonedNotify(std::function<void()> notify);
 
 private:
     struct Reserve;
-    /// The notify for as long as the source lives.
+    // The notify for as long as the source lives.
     struct Outlet;
-    /// What is found before the pipeline starts; empty when nothing is wrong.
+    // What is found before the pipeline starts; empty when nothing is wrong.
     using Look = std::function<std::string()>;
 
     MediaSource(ElementPtr head, const Reserve& reserve, std::string device, Owner owner);

@@ -11,18 +11,16 @@ constexpr unsigned kMaxTimeMilliseconds = 3600000;
 void SetInputs(const std::vector<std::string>& inputs, Options& options) {
     for (const std::string& input : inputs) {
         const auto equals = input.find('=');
-        if (equals == std::string::npos || equals == 0 || equals + 1 == input.size()) {
+        if (equals == std::string::npos || equals == 0 || equals + 1 == input.size())
             throw CLI::ValidationError("--input", "an input has the form NAME=URI or NAME=PIPELINE");
-        }
         options.inputs[input.substr(0, equals)] = input.substr(equals + 1);
     }
 }
 
 void SetCatalogue(const std::string& text, Options& options) {
     const auto address = common::ParseHostPort(text);
-    if (!address) {
+    if (!address)
         throw CLI::ValidationError("--catalog", "a catalogue has the form HOST:PORT");
-    }
     options.catalogue = *address;
 }
 

@@ -16,16 +16,16 @@ namespace korvel::audioserver {
 
 struct Options {
     std::string address = "127.0.0.1";
-    /// 0 picks a free port.
+    // 0 picks a free port.
     std::uint16_t port = 0;
-    /// Local inputs by name: a URI, or source elements in the notation of gst-launch.
+    // Local inputs by name: a URI, or source elements in the notation of gst-launch.
     std::map<std::string, std::string> inputs;
-    /// The gateway of the catalogue.
+    // The gateway of the catalogue.
     common::HostPort catalogue{"127.0.0.1", 5555};
     SourceTimes times;
 };
 
-/// Lets the command line set the options, which must outlive its reading.
+// Lets the command line set the options, which must outlive its reading.
 void AddOptions(CLI::App& app, Options& options);
 
 } // namespace korvel::audioserver

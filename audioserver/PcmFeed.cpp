@@ -9,7 +9,7 @@
 namespace korvel::audioserver {
 namespace {
 
-/// A status line per this much of the reserve: enough to watch, too few to flood a connection.
+// A status line per this much of the reserve: enough to watch, too few to flood a connection.
 constexpr std::size_t kFillStepPercent = 25;
 
 } // namespace
@@ -27,9 +27,8 @@ PcmFeed::~PcmFeed() {
 }
 
 PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
-    if (!m_open || (m_filling && !IsFilled())) {
+    if (!m_open || (m_filling && !IsFilled()))
         return Result::kStarved;
-    }
     Draw(packet.size());
     std::size_t available = gst_adapter_available(m_adapter);
     if (available < packet.size()) {
@@ -40,9 +39,8 @@ PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
         // The end may have come together with a last buffer after the first look.
         Draw(packet.size());
         available = std::min<std::size_t>(gst_adapter_available(m_adapter), packet.size());
-        if (available == 0) {
+        if (available == 0)
             return Result::kDrained;
-        }
         std::fill(packet.begin(), packet.end(), std::uint8_t{0});
     }
     const std::size_t taken = std::min(available, packet.size());
@@ -56,7 +54,7 @@ PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
     return Result::kAudio;
 }
 
-/// Without a reserve there is nothing to fill: what comes late is as good as what came in time.
+// Without a reserve there is nothing to fill: what comes late is as good as what came in time.
 void PcmFeed::Starve() {
     m_filling = m_fillBytes > 0;
     if (m_filling && std::exchange(m_playing, false)) {
@@ -66,9 +64,8 @@ void PcmFeed::Starve() {
 }
 
 void PcmFeed::ReportEnd() {
-    if (std::exchange(m_endReported, true)) {
+    if (std::exchange(m_endReported, true))
         return;
-    }
     m_notify(m_hadAudio ? MediaEvent{MediaEvent::Kind::kDrained, {}}
                         : MediaEvent{MediaEvent::Kind::kFailed, "no audio in it"});
 }
@@ -88,12 +85,10 @@ bool PcmFeed::IsFilled() {
 void PcmFeed::Draw(std::size_t wanted) {
     while (gst_adapter_available(m_adapter) < wanted) {
         const SamplePtr sample(gst_app_sink_try_pull_sample(GST_APP_SINK(m_sink.get()), 0));
-        if (!sample) {
+        if (!sample)
             return;
-        }
-        if (GstBuffer* buffer = gst_sample_get_buffer(sample.get())) {
+        if (GstBuffer* buffer = gst_sample_get_buffer(sample.get()))
             gst_adapter_push(m_adapter, gst_buffer_ref(buffer));
-        }
     }
 }
 
@@ -106,9 +101,8 @@ void PcmFeed::ReportFill(std::size_t percent) {
 }
 
 void PcmFeed::ReportStatus(std::string status) {
-    if (m_told) {
+    if (m_told)
         m_notify({MediaEvent::Kind::kStatus, std::move(status)});
-    }
 }
 
 } // namespace korvel::audioserver

@@ -15,7 +15,7 @@
 namespace korvel::audioserver {
 namespace {
 
-/// GStreamer asks the handlers of an address in the order of their ranks.
+// GStreamer asks the handlers of an address in the order of their ranks.
 constexpr guint kBeforeAllOthers = GST_RANK_PRIMARY * 16;
 constexpr const char* kAddressKey = "address";
 
@@ -25,16 +25,15 @@ bool IsWebProtocol(std::string_view protocol) {
     return protocol == "http" || protocol == "https";
 }
 
-/// Every protocol that some element of this machine opens, but for those of the web. Kept for good.
+// Every protocol that some element of this machine opens, but for those of the web. Kept for good.
 const gchar* const* RefusedProtocols() {
     static const auto* protocols = [] {
         std::set<std::string> names;
         GList* factories = gst_registry_get_feature_list(gst_registry_get(), GST_TYPE_ELEMENT_FACTORY);
         for (const GList* one = factories; one != nullptr; one = one->next) {
             auto* factory = GST_ELEMENT_FACTORY(one->data);
-            if (gst_element_factory_get_uri_type(factory) != GST_URI_SRC) {
+            if (gst_element_factory_get_uri_type(factory) != GST_URI_SRC)
                 continue;
-            }
             for (const gchar* const* name = gst_element_factory_get_uri_protocols(factory);
                  name != nullptr && *name != nullptr; ++name) {
                 const GStringPtr lower(g_ascii_strdown(*name, -1));

@@ -25,9 +25,8 @@ void Server::Stop() {
     m_acceptor.Stop();
     // A closing session takes itself out of the set.
     const auto sessions = m_sessions;
-    for (const auto& session : sessions) {
+    for (const auto& session : sessions)
         session->Close("server stops");
-    }
     m_catalogue->Close();
 }
 

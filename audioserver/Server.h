@@ -11,24 +11,24 @@
 
 namespace korvel::audioserver {
 
-/// Lives on the loop of the given context, which must outlive it.
+// Lives on the loop of the given context, which must outlive it.
 class Server {
 public:
-    /// Starts to listen.
-    /// @param port 0 picks a free one
-    /// @param settings of all streams
-    /// @param catalogue asked when a media is one of the streaming service
-    /// @throws std::runtime_error with one line of text when the address is unusable or the port is taken
+    // Starts to listen.
+    // `port`: 0 picks a free one.
+    // `settings`: of all streams.
+    // `catalogue`: asked when a media is one of the streaming service.
+    // Throws std::runtime_error with one line of text when the address is unusable or the port is taken.
     Server(common::asio::io_context& context, const std::string& address, std::uint16_t port,
            StreamSettings settings, common::HostPort catalogue);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// "ADDRESS:PORT" with the real port.
+    // "ADDRESS:PORT" with the real port.
     std::string Endpoint() const { return m_acceptor.GetEndpoint(); }
 
-    /// Stops listening and ends every session. The context then runs out of work.
+    // Stops listening and ends every session. The context then runs out of work.
     void Stop();
 
 private:

@@ -9,7 +9,7 @@ namespace korvel::audioserver {
 namespace {
 
 constexpr common::LineLimits kLimits{kMaxLineBytes, kMaxPendingBytes, kLinePatience, kLinePatience};
-/// The kernel's share of what waits to go out; the rest is bounded by kMaxPendingBytes.
+// The kernel's share of what waits to go out; the rest is bounded by kMaxPendingBytes.
 constexpr int kSendBufferBytes = 256 * 1024;
 
 common::tcp::socket WithSendBuffer(common::tcp::socket socket) {
@@ -40,9 +40,8 @@ void Session::Start() {
 }
 
 void Session::Close(const std::string& reason) {
-    if (!std::exchange(m_open, false)) {
+    if (!std::exchange(m_open, false))
         return;
-    }
     const auto self = shared_from_this();
     common::ProgramLog().Info(m_lines->GetPeer() + " closed: " + reason);
     RemoveAllStreams();
@@ -77,13 +76,12 @@ void Session::Send(std::string_view line) {
     m_lines->Send(line);
 }
 
-/// Whether the connection may have to give way to another: what plays is not to end for a newcomer.
+// Whether the connection may have to give way to another: what plays is not to end for a newcomer.
 void Session::Settle() {
-    if (m_streams.empty()) {
+    if (m_streams.empty())
         m_place.SetIdle([this] { Close("gives way to another"); });
-    } else {
+    else
         m_place.SetBusy();
-    }
 }
 
 } // namespace korvel::audioserver

@@ -15,21 +15,21 @@
 
 namespace korvel::audioserver {
 
-/// What all sessions of a server share. Must outlive them.
+// What all sessions of a server share. Must outlive them.
 struct SessionContext {
     StreamNumbers& numbers;
     const StreamSettings& settings;
     CatalogClient& catalogue;
 };
 
-/// Reads request lines, answers each in order, and passes on the events of the streams that it made. A
-/// session touches no other session's streams; its own go with it when the connection ends. While it has none,
-/// it gives way to others. Lives on the loop.
+// Reads request lines, answers each in order, and passes on the events of the streams that it made. A
+// session touches no other session's streams; its own go with it when the connection ends. While it has none,
+// it gives way to others. Lives on the loop.
 class Session : public std::enable_shared_from_this<Session>, private common::LineConnection::Listener {
 public:
     using Closed = std::function<void(const std::shared_ptr<Session>&)>;
 
-    /// @param closed called once when the session has ended
+    // `closed`: called once when the session has ended.
     Session(common::tcp::socket socket, common::Acceptor::Place place, SessionContext context, Closed closed);
     ~Session();
     Session(const Session&) = delete;
@@ -37,7 +37,7 @@ public:
 
     void Start();
 
-    /// Removes the streams and closes the connection. A second call does nothing.
+    // Removes the streams and closes the connection. A second call does nothing.
     void Close(const std::string& reason);
 
 private:

@@ -50,7 +50,7 @@ struct SourceThread::Shared {
     }
 };
 
-/// Never destroyed: a thread that was abandoned may outlive everything else.
+// Never destroyed: a thread that was abandoned may outlive everything else.
 SourceThread::Endings& SourceThread::DevicesThatEnd() {
     static auto* endings = new Endings;
     std::erase_if(*endings, [](const std::shared_ptr<Shared>& one) {
@@ -73,9 +73,8 @@ SourceThread::SourceThread(boost::asio::any_io_executor executor, std::chrono::m
 }
 
 SourceThread::~SourceThread() {
-    if (!m_shared->device.empty()) {
+    if (!m_shared->device.empty())
         DevicesThatEnd().push_back(m_shared);
-    }
     m_shared->patience->expires_after(m_patience);
     m_shared->patience->async_wait(
         [shared = m_shared](const boost::system::error_code&) { OnPatienceOver(*shared); });
@@ -99,9 +98,8 @@ unsigned SourceThread::Abandoned() {
 }
 
 void SourceThread::Run(const std::shared_ptr<Shared>& shared) {
-    for (const auto& earlier : std::exchange(shared->before, {})) {
+    for (const auto& earlier : std::exchange(shared->before, {}))
         earlier->WaitUntilOver();
-    }
     RunSteps(*shared);
     const std::lock_guard lock(shared->mutex);
     if (shared->state == Shared::State::kAbandoned) {
@@ -114,9 +112,8 @@ void SourceThread::Run(const std::shared_ptr<Shared>& shared) {
     shared->changed.notify_all();
     // Under the lock, so that the timer's own end, if it comes now, finds the loop with this still to do.
     boost::asio::post(shared->executor, [shared] {
-        if (shared->patience) {
+        if (shared->patience)
             shared->patience->cancel();
-        }
     });
 }
 
@@ -125,9 +122,8 @@ void SourceThread::RunSteps(Shared& shared) {
     for (;;) {
         shared.changed.wait(lock,
                             [&] { return !shared.steps.empty() || shared.state != Shared::State::kInUse; });
-        if (shared.steps.empty()) {
+        if (shared.steps.empty())
             return;
-        }
         Step step = std::move(shared.steps.front());
         shared.steps.pop_front();
         lock.unlock();
@@ -137,23 +133,21 @@ void SourceThread::RunSteps(Shared& shared) {
     }
 }
 
-/// Also when the thread has ended in time.
+// Also when the thread has ended in time.
 void SourceThread::OnPatienceOver(Shared& shared) {
     shared.patience.reset();
     const Step onAbandoned = std::exchange(shared.onAbandoned, nullptr);
     {
         const std::lock_guard lock(shared.mutex);
-        if (shared.state != Shared::State::kEnding) {
+        if (shared.state != Shared::State::kEnding)
             return;
-        }
         shared.state = Shared::State::kAbandoned;
         ++g_abandoned;
         shared.changed.notify_all();
     }
     LogAbandoned("a source does not end: abandoned");
-    if (onAbandoned) {
+    if (onAbandoned)
         onAbandoned();
-    }
 }
 
 } // namespace korvel::audioserver

@@ -9,7 +9,7 @@
 namespace korvel::audioserver {
 namespace {
 
-/// A channel may have a track that cannot be played; when several in a row cannot, it is of no use.
+// A channel may have a track that cannot be played; when several in a row cannot, it is of no use.
 constexpr unsigned kMaxFailedTracks = 3;
 
 } // namespace
@@ -53,21 +53,18 @@ void Stream::Start() {
 }
 
 bool Stream::AddClient(const ClientAddress& client) {
-    if (m_clients.contains(client)) {
+    if (m_clients.contains(client))
         return true;
-    }
-    if (m_clients.size() >= kMaxClientsPerStream) {
+    if (m_clients.size() >= kMaxClientsPerStream)
         return false;
-    }
     m_clients.insert(client);
     m_output->AddClient(client);
     return true;
 }
 
 void Stream::RemoveClient(const ClientAddress& client) {
-    if (m_clients.erase(client) > 0) {
+    if (m_clients.erase(client) > 0)
         m_output->RemoveClient(client);
-    }
 }
 
 void Stream::AddMedia(const MediaReference& reference) {
@@ -129,25 +126,22 @@ void Stream::SetState(PlayState state) {
     m_output->SetPaused(m_paused);
     // Nothing is drawn while it is paused, and so nothing can be missed.
     m_patience.cancel();
-    if (m_media && !m_sounds) {
+    if (m_media && !m_sounds)
         StartPatience();
-    }
 }
 
-/// Hands events of the media that is being loaded over to the loop, marked with its generation.
+// Hands events of the media that is being loaded over to the loop, marked with its generation.
 MediaNotify Stream::MakeNotify() {
     return [executor = m_executor, weak = weak_from_this(), generation = m_generation,
             title = m_title](MediaEvent event) {
         if (event.kind == MediaEvent::Kind::kTags) {
             const std::lock_guard lock(title->mutex);
-            if (std::exchange(title->text, std::move(event.text))) {
+            if (std::exchange(title->text, std::move(event.text)))
                 return; // the loop has not come for the one before
-            }
         }
         boost::asio::post(executor, [weak, generation, event = std::move(event)]() mutable {
-            if (const auto stream = weak.lock()) {
+            if (const auto stream = weak.lock())
                 stream->OnMediaEvent(generation, event);
-            }
         });
     };
 }
@@ -163,10 +157,8 @@ std::unique_ptr<MediaSource> Stream::OpenMedia(const MediaReference& reference, 
         case MediaReference::Kind::kWeb:
             return MediaSource::OpenWeb(reference.target, MakeOwner(), error);
         case MediaReference::Kind::kInput:
-            if (const auto input = m_settings.inputs.find(reference.target);
-                input != m_settings.inputs.end()) {
+            if (const auto input = m_settings.inputs.find(reference.target); input != m_settings.inputs.end())
                 return MediaSource::OpenInput(input->second, MakeOwner(), error);
-            }
             error = "no input of this name";
             return nullptr;
         case MediaReference::Kind::kCatalogue: // a place of it is opened
@@ -178,9 +170,8 @@ std::unique_ptr<MediaSource> Stream::OpenMedia(const MediaReference& reference, 
 }
 
 void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
-    if (generation != m_generation) {
+    if (generation != m_generation)
         return;
-    }
     switch (event.kind) {
         case MediaEvent::Kind::kReady:
             OnReady();
@@ -248,28 +239,24 @@ void Stream::Fail(const std::string& reason) {
 }
 
 void Stream::OnReady() {
-    if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile) {
+    if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile)
         return;
-    }
-    if (m_mediaKind == MediaReference::Kind::kInput) {
+    if (m_mediaKind == MediaReference::Kind::kInput)
         OnBroadcast();
-    } else {
+    else
         m_media->FindLength();
-    }
     MoveToStart();
 }
 
 void Stream::OnBroadcast() {
-    if (!std::exchange(m_broadcast, true)) {
+    if (!std::exchange(m_broadcast, true))
         m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
-    }
 }
 
-/// Whether it is news.
+// Whether it is news.
 bool Stream::Report(std::string_view prefix, const std::string& text, std::string& last) {
-    if (std::exchange(last, text) == text) {
+    if (std::exchange(last, text) == text)
         return false;
-    }
     m_sink(ReportLine(m_number, prefix, text));
     return true;
 }

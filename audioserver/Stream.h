@@ -23,36 +23,36 @@
 
 namespace korvel::audioserver {
 
-/// Local inputs by name.
+// Local inputs by name.
 using Inputs = std::map<std::string, std::string>;
 
-/// What all streams of a server have in common.
+// What all streams of a server have in common.
 struct StreamSettings {
     Inputs inputs;
     SourceTimes times;
 };
 
-/// Lives on the loop. A new media replaces the one before at once; each source of it has a generation, and an
-/// event of an earlier generation is dropped, so nothing is ever reported about a media that is no longer
-/// loaded.
-///
-///     empty --AddMedia--> playing <--SetState play/pause--> paused
-///     playing, paused --AddMedia--> playing            (the new media)
-///     playing, paused --Unload, end, failure--> empty  (the stream and its clients stay)
-///
-/// A source that gives no sound for too long has failed, unless it is paused. A station that has played does
-/// not end and does not fail: it is connected to again, after ever longer waits, until it is unloaded.
-///
-/// A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
-/// track the next is looked up.
+// Lives on the loop. A new media replaces the one before at once; each source of it has a generation, and an
+// event of an earlier generation is dropped, so nothing is ever reported about a media that is no longer
+// loaded.
+//
+//     empty --AddMedia--> playing <--SetState play/pause--> paused
+//     playing, paused --AddMedia--> playing            (the new media)
+//     playing, paused --Unload, end, failure--> empty  (the stream and its clients stay)
+//
+// A source that gives no sound for too long has failed, unless it is paused. A station that has played does
+// not end and does not fail: it is connected to again, after ever longer waits, until it is unloaded.
+//
+// A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
+// track the next is looked up.
 class Stream : public std::enable_shared_from_this<Stream> {
 public:
-    /// Takes the lines of events, on the loop and never from inside a call of this class.
+    // Takes the lines of events, on the loop and never from inside a call of this class.
     using LineSink = std::function<void(std::string_view line)>;
 
-    /// @param settings must outlive the stream
-    /// @param catalogue must outlive the stream
-    /// @throws std::runtime_error when the output cannot be built
+    // `settings`: must outlive the stream.
+    // `catalogue`: must outlive the stream.
+    // Throws std::runtime_error when the output cannot be built.
     static std::shared_ptr<Stream> Create(boost::asio::any_io_executor executor, StreamNumber number,
                                           const StreamSettings& settings, CatalogClient& catalogue,
                                           LineSink sink);
@@ -60,16 +60,16 @@ public:
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
 
-    /// Whether the client is in the stream now; false when it is full. Adding a client again changes nothing.
+    // Whether the client is in the stream now; false when it is full. Adding a client again changes nothing.
     bool AddClient(const ClientAddress& client);
 
-    /// Removing a client that is not in the stream changes nothing.
+    // Removing a client that is not in the stream changes nothing.
     void RemoveClient(const ClientAddress& client);
 
-    /// Starts a media. What is wrong with it is reported later as an event.
+    // Starts a media. What is wrong with it is reported later as an event.
     void AddMedia(const MediaReference& reference);
 
-    /// Ends the media without an event.
+    // Ends the media without an event.
     void Unload();
 
     void SetState(PlayState state);
@@ -106,12 +106,12 @@ private:
     bool GoOnWithChannel();
     void LeaveCatalogue();
 
-    /// What of the catalogue is loaded.
+    // What of the catalogue is loaded.
     struct CatalogueMedia {
         std::string id;
-        /// Of the channel's track that was found last; none for a track.
+        // Of the channel's track that was found last; none for a track.
         std::optional<std::uint32_t> turn;
-        /// Where the media that is being opened starts; 0 once it has.
+        // Where the media that is being opened starts; 0 once it has.
         std::uint32_t startMilliseconds = 0;
         unsigned failedTracks = 0;
     };
@@ -132,8 +132,8 @@ private:
     std::string m_lastInfo;
     std::string m_lastStatus;
 
-    /// What a source says that it plays, from its thread to the loop. A source that says much replaces what
-    /// has not been told yet.
+    // What a source says that it plays, from its thread to the loop. A source that says much replaces what
+    // has not been told yet.
     struct Title {
         std::mutex mutex;
         std::optional<std::string> text;
@@ -144,11 +144,11 @@ private:
 
     boost::asio::steady_timer m_patience;
     boost::asio::steady_timer m_untilRetry;
-    common::BackOff m_backOff; ///< before the station is connected to again
-    std::string m_address;     ///< of the station
+    common::BackOff m_backOff; // before the station is connected to again
+    std::string m_address;     // of the station
     bool m_broadcast = false;
-    bool m_played = false; ///< ever, since it was added
-    bool m_sounds = false; ///< now, unless it is paused
+    bool m_played = false; // ever, since it was added
+    bool m_sounds = false; // now, unless it is paused
 };
 
 } // namespace korvel::audioserver

@@ -13,14 +13,12 @@ void Stream::LookUp() {
                         [weak = weak_from_this(), generation = m_generation](
                             const std::optional<CatalogClient::Place>& place, const std::string& error) {
                             const auto stream = weak.lock();
-                            if (!stream || generation != stream->m_generation) {
+                            if (!stream || generation != stream->m_generation)
                                 return;
-                            }
-                            if (place) {
+                            if (place)
                                 stream->OnFound(*place);
-                            } else {
+                            else
                                 stream->Fail(error);
-                            }
                         });
 }
 
@@ -29,11 +27,10 @@ void Stream::OnFound(const CatalogClient::Place& place) {
     m_catalogueMedia->startMilliseconds = place.offsetMilliseconds;
     std::string error = "not an absolute path or a web address";
     try {
-        if (common::ParseWebAddress(place.media)) {
+        if (common::ParseWebAddress(place.media))
             m_media = MediaSource::OpenWeb(place.media, MakeOwner(), error);
-        } else if (place.media.starts_with('/')) {
+        else if (place.media.starts_with('/'))
             m_media = MediaSource::OpenFile(place.media, MakeOwner(), error);
-        }
     } catch (const std::runtime_error& failure) {
         error = failure.what();
     }
@@ -42,29 +39,26 @@ void Stream::OnFound(const CatalogClient::Place& place) {
         return;
     }
     StartPatience();
-    if (place.offsetMilliseconds == 0) {
+    if (place.offsetMilliseconds == 0)
         ConnectFeed();
-    }
 }
 
-/// What is not at its beginning is drawn from only when it has been moved.
+// What is not at its beginning is drawn from only when it has been moved.
 void Stream::MoveToStart() {
-    if (m_catalogueMedia && m_catalogueMedia->startMilliseconds > 0) {
+    if (m_catalogueMedia && m_catalogueMedia->startMilliseconds > 0)
         m_media->StartAt(std::exchange(m_catalogueMedia->startMilliseconds, 0));
-    }
 }
 
-/// A pause may have come while the media was looked up.
+// A pause may have come while the media was looked up.
 void Stream::ConnectFeed() {
     m_output->SetFeed(m_media->Feed());
     m_output->SetPaused(m_paused);
 }
 
-/// False when this is no channel.
+// False when this is no channel.
 bool Stream::GoOnWithChannel() {
-    if (!m_catalogueMedia || !m_catalogueMedia->turn) {
+    if (!m_catalogueMedia || !m_catalogueMedia->turn)
         return false;
-    }
     DropMedia();
     LookUp();
     return true;

@@ -9,27 +9,25 @@
 namespace korvel::audioserver {
 namespace {
 
-/// In whole seconds, rounded up.
+// In whole seconds, rounded up.
 std::string InSeconds(std::chrono::milliseconds time) {
     return std::to_string(std::chrono::ceil<std::chrono::seconds>(time).count()) + " s";
 }
 
 } // namespace
 
-/// From now on, until it is cancelled, the source has this long to give sound.
+// From now on, until it is cancelled, the source has this long to give sound.
 void Stream::StartPatience() {
-    if (m_paused) {
+    if (m_paused)
         return;
-    }
     m_patience.expires_after(m_settings.times.toSound);
     m_patience.async_wait(
         [weak = weak_from_this(), generation = m_generation](const boost::system::error_code& cancelled) {
             const auto stream = weak.lock();
             // A wait that was over just before it was cancelled does not know that.
             if (!cancelled && stream && generation == stream->m_generation && !stream->m_sounds &&
-                !stream->m_paused) {
+                !stream->m_paused)
                 stream->OnFailed("no sound for " + InSeconds(stream->m_settings.times.toSound));
-            }
         });
 }
 
@@ -41,9 +39,8 @@ void Stream::Reconnect(const std::string& reason) {
     if (m_media) {
         m_media->SetAbandonedNotify([weak = weak_from_this(), title = m_title] {
             // The title is this media's own, over all of its sources.
-            if (const auto stream = weak.lock(); stream && stream->m_title == title) {
+            if (const auto stream = weak.lock(); stream && stream->m_title == title)
                 stream->Fail("the source does not end");
-            }
         });
     }
     DropMedia();
@@ -55,9 +52,8 @@ void Stream::Reconnect(const std::string& reason) {
     m_untilRetry.async_wait(
         [weak = weak_from_this(), generation = m_generation](const boost::system::error_code& cancelled) {
             const auto stream = weak.lock();
-            if (!cancelled && stream && generation == stream->m_generation) {
+            if (!cancelled && stream && generation == stream->m_generation)
                 stream->Connect();
-            }
         });
 }
 
@@ -77,20 +73,18 @@ void Stream::Connect() {
     StartPatience();
 }
 
-/// One after the other, with a pause between them: a station may say a thousand titles in a second.
+// One after the other, with a pause between them: a station may say a thousand titles in a second.
 void Stream::TellTitle() {
-    if (m_titleWaits) {
+    if (m_titleWaits)
         return;
-    }
     std::optional<std::string> text;
     {
         const std::lock_guard lock(m_title->mutex);
         text.swap(m_title->text);
     }
     // The tags of a file are the controller's business already.
-    if (!text || m_mediaKind != MediaReference::Kind::kWeb || !Report(kStreamInfo, *text, m_lastInfo)) {
+    if (!text || m_mediaKind != MediaReference::Kind::kWeb || !Report(kStreamInfo, *text, m_lastInfo))
         return;
-    }
     m_titleWaits = true;
     m_untilTitle.expires_after(m_settings.times.betweenTitles);
     m_untilTitle.async_wait(

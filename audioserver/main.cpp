@@ -24,9 +24,8 @@ using namespace korvel::audioserver;
 void TrimMemory(boost::asio::steady_timer& timer) {
     timer.expires_after(std::chrono::seconds(10));
     timer.async_wait([&timer](const boost::system::error_code& cancelled) {
-        if (cancelled) {
+        if (cancelled)
             return;
-        }
         malloc_trim(0);
         TrimMemory(timer);
     });
@@ -35,9 +34,8 @@ void TrimMemory(boost::asio::steady_timer& timer) {
 int Run(const Options& options) {
     RaiseDescriptorLimit();
     GError* failure = nullptr;
-    if (gst_init_check(nullptr, nullptr, &failure) == FALSE) {
+    if (gst_init_check(nullptr, nullptr, &failure) == FALSE)
         throw std::runtime_error(failure != nullptr ? failure->message : "GStreamer cannot start");
-    }
     boost::asio::io_context context(1);
     Server server(context, options.address, options.port, {options.inputs, options.times}, options.catalogue);
     boost::asio::steady_timer trimmer(context);

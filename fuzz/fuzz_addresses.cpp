@@ -24,7 +24,7 @@ bool IsAllowed(GstElement* element, const char* address) {
 
 } // namespace
 
-/// What GLib keeps for the life of a program looks like lost memory: it is built without frame pointers.
+// What GLib keeps for the life of a program looks like lost memory: it is built without frame pointers.
 extern "C" const char* __asan_default_options() {
     return "detect_leaks=0";
 }
@@ -36,13 +36,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         return true;
     }();
     const std::string address(reinterpret_cast<const char*>(bytes), size);
-    if (!ready || gst_uri_is_valid(address.c_str()) == FALSE) {
+    if (!ready || gst_uri_is_valid(address.c_str()) == FALSE)
         return 0;
-    }
     GstElement* made = gst_element_make_from_uri(GST_URI_SRC, address.c_str(), nullptr, nullptr);
-    if (made == nullptr) {
+    if (made == nullptr)
         return 0;
-    }
     const ElementPtr element(GST_ELEMENT(gst_object_ref_sink(made)));
     if (!IsAllowed(element.get(), address.c_str())) {
         std::cerr << "broken rule: only the web is opened" << std::endl;

@@ -26,9 +26,8 @@ void Require(bool holds, const char* rule) {
 
 std::uint32_t StreamOf(Bytes packet, std::size_t offset) {
     std::uint32_t stream = 0;
-    for (const std::uint8_t byte : packet.subspan(offset, 4)) {
+    for (const std::uint8_t byte : packet.subspan(offset, 4))
         stream = stream << 8 | byte;
-    }
     return stream;
 }
 
@@ -66,9 +65,8 @@ private:
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    if (size == 0) {
+    if (size == 0)
         return 0;
-    }
     Room room(bytes[0] % 2 != 0);
     for (Bytes rest(bytes + 1, size - 1); rest.size() >= 2;) {
         const Bytes packet = rest.subspan(2, std::min<std::size_t>(rest[1], rest.size() - 2));

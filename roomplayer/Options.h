@@ -11,23 +11,23 @@ class App;
 
 namespace korvel::roomplayer {
 
-/// Bounds of --latency. Below the lower one a packet has no chance to wait for a late one before it.
+// Bounds of --latency. Below the lower one a packet has no chance to wait for a late one before it.
 inline constexpr unsigned kMinLatencyMilliseconds = 5;
 inline constexpr unsigned kMaxLatencyMilliseconds = 5000;
 
 struct Options {
     std::string address = "127.0.0.1";
-    /// RTP port, RTCP on the next; 0 picks a free pair.
+    // RTP port, RTCP on the next; 0 picks a free pair.
     std::uint16_t port = 0;
     unsigned latencyMilliseconds = 100;
-    /// Empty for no recording.
+    // Empty for no recording.
     std::string recordPath;
     bool useDevice = true;
-    /// Numeric addresses of audio servers; empty for whoever plays first.
+    // Numeric addresses of audio servers; empty for whoever plays first.
     std::vector<std::string> senders;
 };
 
-/// Lets the command line set the options, which must outlive its reading.
+// Lets the command line set the options, which must outlive its reading.
 void AddOptions(CLI::App& app, Options& options);
 
 } // namespace korvel::roomplayer

@@ -10,7 +10,7 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 constexpr unsigned kVersion = 2;
-/// The version alone: no padding, no extension, no contributors.
+// The version alone: no padding, no extension, no contributors.
 constexpr unsigned kPlainHeader = kVersion << 6;
 constexpr std::size_t kRtpHeaderBytes = 12;
 constexpr std::size_t kRtpTimestampOffset = 4;
@@ -33,20 +33,19 @@ std::uint32_t NumberAt(Bytes bytes, std::size_t offset) {
            std::uint32_t{bytes[offset + 2]} << 8 | std::uint32_t{bytes[offset + 3]};
 }
 
-/// What an audio server sends, and nothing else.
+// What an audio server sends, and nothing else.
 bool IsRoomPacket(Bytes packet) {
     return packet.size() > kRtpHeaderBytes && packet[0] == kPlainHeader &&
            (packet[1] & kPayloadTypeMask) == PacketGate::kPayloadType;
 }
 
-/// Whether one part of a report speaks of the stream and of nothing else. Reports about what the server
-/// hears, application data and feedback are no business of a room.
+// Whether one part of a report speaks of the stream and of nothing else. Reports about what the server
+// hears, application data and feedback are no business of a room.
 bool SpeaksOf(std::uint32_t stream, Bytes part) {
     const unsigned count = part[0] & kCountMask;
     const unsigned kind = part[1];
-    if (part.size() < kRtcpStreamOffset + 4 || NumberAt(part, kRtcpStreamOffset) != stream) {
+    if (part.size() < kRtcpStreamOffset + 4 || NumberAt(part, kRtcpStreamOffset) != stream)
         return false;
-    }
     switch (kind) {
         case kSenderReport:
             return count == 0 && part.size() >= kSenderReportBytes;
@@ -60,20 +59,16 @@ bool SpeaksOf(std::uint32_t stream, Bytes part) {
     }
 }
 
-/// Every part in turn; lengths are in words of four bytes, without the first.
+// Every part in turn; lengths are in words of four bytes, without the first.
 bool SpeaksOnlyOf(std::uint32_t stream, Bytes packet) {
-    if (packet.empty()) {
+    if (packet.empty())
         return false;
-    }
     while (!packet.empty()) {
-        if (packet.size() < kRtcpHeaderBytes || packet[0] >> 6 != kVersion ||
-            (packet[0] & kPaddingBit) != 0) {
+        if (packet.size() < kRtcpHeaderBytes || packet[0] >> 6 != kVersion || (packet[0] & kPaddingBit) != 0)
             return false;
-        }
         const std::size_t bytes = (std::size_t{packet[2]} << 8 | packet[3]) * 4 + 4;
-        if (bytes > packet.size() || !SpeaksOf(stream, packet.first(bytes))) {
+        if (bytes > packet.size() || !SpeaksOf(stream, packet.first(bytes)))
             return false;
-        }
         packet = packet.subspan(bytes);
     }
     return true;
@@ -83,13 +78,11 @@ bool SpeaksOnlyOf(std::uint32_t stream, Bytes packet) {
 
 std::optional<SenderAddress> ParseSenderAddress(const std::string& text) {
     SenderAddress address{};
-    if (::inet_pton(AF_INET6, text.c_str(), address.data()) == 1) {
+    if (::inet_pton(AF_INET6, text.c_str(), address.data()) == 1)
         return address;
-    }
     address = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff};
-    if (::inet_pton(AF_INET, text.c_str(), address.data() + 12) == 1) {
+    if (::inet_pton(AF_INET, text.c_str(), address.data() + 12) == 1)
         return address;
-    }
     return std::nullopt;
 }
 
@@ -135,15 +128,12 @@ bool PacketGate::AdmitRtcp(const SenderAddress& from, std::span<const std::uint8
 }
 
 bool PacketGate::IsHeardFrom(const SenderAddress& from, Clock::time_point now) {
-    if (!m_senders.empty()) {
+    if (!m_senders.empty())
         return std::find(m_senders.begin(), m_senders.end(), from) != m_senders.end();
-    }
-    if (!m_present || from == m_present) {
+    if (!m_present || from == m_present)
         return true;
-    }
-    if (now - m_lastHeard < kSilent) {
+    if (now - m_lastHeard < kSilent)
         return false;
-    }
     if (m_waiting != from) {
         m_waiting = from;
         m_waitingSince = now;

@@ -20,10 +20,10 @@ namespace {
 
 constexpr const char* kSoundCaps = "audio/x-raw,format=S16LE,layout=interleaved,rate=48000,channels=2";
 constexpr gint kReceiveBufferBytes = 256 * 1024;
-/// The mixer's own allowance for a busy machine, on top of the latency asked for.
+// The mixer's own allowance for a busy machine, on top of the latency asked for.
 constexpr std::uint64_t kMixerMilliseconds = 30;
 constexpr std::uint64_t kMixerBlockMilliseconds = 10;
-/// A sender that was left is forgotten this long after its last sound has been played.
+// A sender that was left is forgotten this long after its last sound has been played.
 constexpr std::chrono::milliseconds kForgetMargin{200};
 constexpr std::chrono::seconds kStopPatience{5};
 
@@ -33,15 +33,14 @@ GstCaps* RtpCaps(guint payloadType) {
                                "payload", G_TYPE_INT, static_cast<gint>(payloadType), nullptr);
 }
 
-/// What a datagram says and where it comes from.
+// What a datagram says and where it comes from.
 class Packet {
 public:
     explicit Packet(GstBuffer* buffer) : m_buffer(buffer) {
         gst_buffer_map(buffer, &m_map, GST_MAP_READ);
         const GstNetAddressMeta* meta = gst_buffer_get_net_address_meta(buffer);
-        if (meta == nullptr || !G_IS_INET_SOCKET_ADDRESS(meta->addr)) {
+        if (meta == nullptr || !G_IS_INET_SOCKET_ADDRESS(meta->addr))
             return;
-        }
         GInetAddress* address = g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(meta->addr));
         const GStringPtr text(g_inet_address_to_string(address));
         m_from = ParseSenderAddress(text.get()).value_or(m_from);
@@ -63,8 +62,8 @@ bool StartsWith(const char* text, const char* prefix) {
     return g_str_has_prefix(text, prefix) != FALSE;
 }
 
-/// Runs beside a step that cannot be interrupted, such as closing a device that hangs. A player that waits
-/// for it for ever would be silent and look alive; whoever started it starts it anew.
+// Runs beside a step that cannot be interrupted, such as closing a device that hangs. A player that waits
+// for it for ever would be silent and look alive; whoever started it starts it anew.
 void EndUnlessStopped(const std::stop_token& stop) {
     std::mutex mutex;
     std::unique_lock lock(mutex);
@@ -113,9 +112,8 @@ void Pipeline::Build(const Options& options, const UdpPorts& ports) {
     AddReceiver(ports.rtp.get(), "recv_rtp_sink_0", OnPacket);
     AddReceiver(ports.rtcp.get(), "recv_rtcp_sink_0", OnReport);
     AddDevice(options);
-    if (m_recording != nullptr) {
+    if (m_recording != nullptr)
         AddRecorder();
-    }
 }
 
 void Pipeline::AddDevice(const Options& options) {
@@ -172,7 +170,7 @@ void Pipeline::AddRecorder() {
     gst_element_link_many(m_tee, queue, sink, nullptr);
 }
 
-/// Runs in the main loop.
+// Runs in the main loop.
 gboolean Pipeline::OnMessage(GstBus*, GstMessage* message, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_LATENCY) {
@@ -186,13 +184,13 @@ gboolean Pipeline::OnMessage(GstBus*, GstMessage* message, gpointer selfPointer)
     return G_SOURCE_CONTINUE;
 }
 
-/// Runs in the device's thread.
+// Runs in the device's thread.
 GstPadProbeReturn Pipeline::OnPlayed(GstPad*, GstPadProbeInfo*, gpointer self) {
     ++static_cast<Pipeline*>(self)->m_played;
     return GST_PAD_PROBE_OK;
 }
 
-/// Runs in the thread of the RTP port, before a packet reaches rtpbin.
+// Runs in the thread of the RTP port, before a packet reaches rtpbin.
 GstPadProbeReturn Pipeline::OnPacket(GstPad*, GstPadProbeInfo* info, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
     const auto now = PacketGate::Clock::now();
@@ -202,16 +200,14 @@ GstPadProbeReturn Pipeline::OnPacket(GstPad*, GstPadProbeInfo* info, gpointer se
         self->LogDropped();
         return GST_PAD_PROBE_DROP;
     }
-    if (const auto sender = self->m_gate.Current(); sender != before) {
+    if (const auto sender = self->m_gate.Current(); sender != before)
         common::ProgramLog().Info("sender " + std::to_string(*sender));
-    }
-    if (const auto left = self->m_gate.TakeLeft(now, self->m_drainTime)) {
+    if (const auto left = self->m_gate.TakeLeft(now, self->m_drainTime))
         self->ForgetSender(*left);
-    }
     return GST_PAD_PROBE_OK;
 }
 
-/// Runs in the thread of the RTCP port.
+// Runs in the thread of the RTCP port.
 GstPadProbeReturn Pipeline::OnReport(GstPad*, GstPadProbeInfo* info, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
     const Packet packet(GST_PAD_PROBE_INFO_BUFFER(info));
@@ -222,14 +218,13 @@ GstPadProbeReturn Pipeline::OnReport(GstPad*, GstPadProbeInfo* info, gpointer se
     return GST_PAD_PROBE_OK;
 }
 
-/// Ever more rarely: whoever sends a million packets does not write a million lines. Packets of a stream that
-/// the room has just left are nothing to tell.
+// Ever more rarely: whoever sends a million packets does not write a million lines. Packets of a stream that
+// the room has just left are nothing to tell.
 void Pipeline::LogDropped() const {
     const PacketGate::Dropped dropped = m_gate.Count();
     std::uint64_t rest = dropped.foreign + dropped.malformed;
-    while (rest >= 10 && rest % 10 == 0) {
+    while (rest >= 10 && rest % 10 == 0)
         rest /= 10;
-    }
     if (rest == 1) {
         common::ProgramLog().Warning("dropped packets: " + std::to_string(dropped.foreign) +
                                      " of other senders, " + std::to_string(dropped.malformed) +
@@ -237,15 +232,14 @@ void Pipeline::LogDropped() const {
     }
 }
 
-/// Removes what rtpbin keeps for a sender; should it come back, it is new. Only in the receiving thread,
-/// through which every packet passes, so none of this sender is under way.
+// Removes what rtpbin keeps for a sender; should it come back, it is new. Only in the receiving thread,
+// through which every packet passes, so none of this sender is under way.
 void Pipeline::ForgetSender(std::uint32_t sender) {
-    if (const ElementPtr demuxer = FindChild(m_rtpbin, "rtpssrcdemux")) {
+    if (const ElementPtr demuxer = FindChild(m_rtpbin, "rtpssrcdemux"))
         g_signal_emit_by_name(demuxer.get(), "clear-ssrc", sender, nullptr);
-    }
 }
 
-/// Every payload type is taken for the one format, since nothing was signalled.
+// Every payload type is taken for the one format, since nothing was signalled.
 GstCaps* Pipeline::OnPayloadType(GstElement*, guint, guint payloadType, gpointer) {
     return RtpCaps(payloadType);
 }
@@ -253,14 +247,12 @@ GstCaps* Pipeline::OnPayloadType(GstElement*, guint, guint payloadType, gpointer
 void Pipeline::OnPadAdded(GstElement*, GstPad* pad, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
     const GStringPtr name(gst_pad_get_name(pad));
-    if (!StartsWith(name.get(), "recv_rtp_src_")) {
+    if (!StartsWith(name.get(), "recv_rtp_src_"))
         return;
-    }
     GstElement* depayloader = gst_element_factory_make("rtpL16depay", nullptr);
     PadPtr mixerPad(gst_element_request_pad_simple(self->m_mixer, "sink_%u"));
-    if (depayloader == nullptr || !mixerPad) {
+    if (depayloader == nullptr || !mixerPad)
         return;
-    }
     gst_bin_add(GST_BIN(self->m_pipeline.get()), depayloader);
     const PadPtr out(gst_element_get_static_pad(depayloader, "src"));
     const PadPtr in(gst_element_get_static_pad(depayloader, "sink"));
@@ -279,9 +271,8 @@ void Pipeline::OnPadRemoved(GstElement*, GstPad* pad, gpointer selfPointer) {
         const std::lock_guard lock(self->m_mutex);
         branch = self->m_branches.extract(name.get());
     }
-    if (branch.empty()) {
+    if (branch.empty())
         return;
-    }
     GstElement* depayloader = branch.mapped().depayloader;
     gst_element_set_locked_state(depayloader, TRUE);
     gst_element_set_state(depayloader, GST_STATE_NULL);
@@ -289,21 +280,19 @@ void Pipeline::OnPadRemoved(GstElement*, GstPad* pad, gpointer selfPointer) {
     gst_element_release_request_pad(self->m_mixer, branch.mapped().mixerPad.get());
 }
 
-/// Runs in the recorder's thread.
+// Runs in the recorder's thread.
 GstFlowReturn Pipeline::OnSound(GstAppSink* sink, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
     const SamplePtr sample(gst_app_sink_pull_sample(sink));
     GstBuffer* buffer = sample ? gst_sample_get_buffer(sample.get()) : nullptr;
     GstMapInfo map;
-    if (buffer == nullptr || gst_buffer_map(buffer, &map, GST_MAP_READ) == FALSE) {
+    if (buffer == nullptr || gst_buffer_map(buffer, &map, GST_MAP_READ) == FALSE)
         return GST_FLOW_OK;
-    }
     const bool wasWhole = !self->m_recordingFailed;
     self->m_recordingFailed = !self->m_recording->Append(std::span(map.data, map.size));
     gst_buffer_unmap(buffer, &map);
-    if (wasWhole && self->m_recordingFailed) {
+    if (wasWhole && self->m_recordingFailed)
         common::ProgramLog().Error("recording ends: the file takes no more");
-    }
     // A full disk must not silence the room.
     return GST_FLOW_OK;
 }

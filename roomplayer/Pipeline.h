@@ -19,32 +19,32 @@
 
 namespace korvel::roomplayer {
 
-/// One pipeline from start to end:
-///
-///     udpsrc (RTP, RTCP) ! rtpbin ! rtpL16depay ! audiomixer ! tee ! device or nothing
-///     audiotestsrc (silence)       !              audiomixer   tee ! recording
-///
-/// The silence is live and never ends, so the mixer gives sound in real time whether somebody sends or not.
-/// Each sender that the gate lets in gets a depayloader of its own, which goes when the sender does.
-///
-/// Made, used and destroyed in the thread of the default GLib main loop.
+// One pipeline from start to end:
+//
+//     udpsrc (RTP, RTCP) ! rtpbin ! rtpL16depay ! audiomixer ! tee ! device or nothing
+//     audiotestsrc (silence)       !              audiomixer   tee ! recording
+//
+// The silence is live and never ends, so the mixer gives sound in real time whether somebody sends or not.
+// Each sender that the gate lets in gets a depayloader of its own, which goes when the sender does.
+//
+// Made, used and destroyed in the thread of the default GLib main loop.
 class Pipeline {
 public:
     using ErrorNotify = std::function<void(const std::string& reason)>;
 
-    /// Starts to receive and to play. Everything that is handed over must outlive the pipeline; the gate and
-    /// the recording are its own until it is gone.
-    /// @param recording takes all that is heard, silence included; null for none
-    /// @param onError hears why playing has failed; called from the main loop
-    /// @throws std::runtime_error with one line of text
+    // Starts to receive and to play. Everything that is handed over must outlive the pipeline; the gate and
+    // the recording are its own until it is gone.
+    // `recording`: takes all that is heard, silence included; null for none.
+    // `onError`: hears why playing has failed; called from the main loop.
+    // Throws std::runtime_error with one line of text.
     Pipeline(const Options& options, const UdpPorts& ports, PacketGate& gate, WavWriter* recording,
              ErrorNotify onError);
-    /// Stops. When that takes too long, as with a device that hangs, the program ends with a failure.
+    // Stops. When that takes too long, as with a device that hangs, the program ends with a failure.
     ~Pipeline();
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
 
-    /// Buffers that have reached the device so far.
+    // Buffers that have reached the device so far.
     std::uint64_t Played() const { return m_played; }
 
 private:

@@ -11,7 +11,7 @@
 namespace korvel::roomplayer {
 namespace {
 
-/// A device holds back its first sound for as long as the latency.
+// A device holds back its first sound for as long as the latency.
 unsigned QuietLooks(const Options& options) {
     return static_cast<unsigned>(std::chrono::milliseconds(options.latencyMilliseconds) /
                                  OutputWatch::kInterval);
@@ -19,11 +19,9 @@ unsigned QuietLooks(const Options& options) {
 
 std::vector<SenderAddress> Senders(const Options& options) {
     std::vector<SenderAddress> senders;
-    for (const std::string& text : options.senders) {
-        if (const auto address = ParseSenderAddress(text)) {
+    for (const std::string& text : options.senders)
+        if (const auto address = ParseSenderAddress(text))
             senders.push_back(*address);
-        }
-    }
     return senders;
 }
 
@@ -39,9 +37,8 @@ Player::Player(const Options& options, Report report)
       m_interrupt(g_unix_signal_add(SIGINT, OnSignal, this)),
       m_terminate(g_unix_signal_add(SIGTERM, OnSignal, this)),
       m_look(g_timeout_add(static_cast<guint>(OutputWatch::kInterval.count()), OnLook, this)) {
-    if (!options.recordPath.empty()) {
+    if (!options.recordPath.empty())
         m_recording = std::make_unique<WavWriter>(options.recordPath);
-    }
     StartPipeline();
     m_started = Clock::now();
 }
@@ -86,9 +83,8 @@ gboolean Player::OnLook(gpointer selfPointer) {
     switch (self->m_watch.Look(self->m_pipeline->Played())) {
         case OutputWatch::Finding::kStalled:
             common::ProgramLog().Warning("no sound comes out: starting anew");
-            if (!std::exchange(self->m_stalled, true)) {
+            if (!std::exchange(self->m_stalled, true))
                 self->m_report("stalled");
-            }
             self->StartAnew();
             break;
         case OutputWatch::Finding::kRecovered:

@@ -8,7 +8,7 @@
 namespace korvel::roomplayer {
 namespace {
 
-/// Asked before a device is opened: on a machine without one, opening takes long and fills the log.
+// Asked before a device is opened: on a machine without one, opening takes long and fills the log.
 bool HasSoundDevice() {
     GstDeviceMonitor* monitor = gst_device_monitor_new();
     gst_device_monitor_add_filter(monitor, "Audio/Sink", nullptr);
@@ -38,9 +38,8 @@ ElementPtr MakeSoundDevice(bool wanted) {
     }
     common::ProgramLog().Warning("playing without a sound device");
     GstElement* nothing = gst_element_factory_make("fakesink", nullptr);
-    if (nothing == nullptr) {
+    if (nothing == nullptr)
         throw std::runtime_error("GStreamer has no element fakesink");
-    }
     g_object_set(nothing, "sync", TRUE, nullptr);
     return ElementPtr(GST_ELEMENT(gst_object_ref_sink(nothing)));
 }

@@ -16,9 +16,8 @@ using namespace korvel::roomplayer;
 
 int Run(const Options& options) {
     GError* failure = nullptr;
-    if (gst_init_check(nullptr, nullptr, &failure) == FALSE) {
+    if (gst_init_check(nullptr, nullptr, &failure) == FALSE)
         throw std::runtime_error(failure != nullptr ? failure->message : "GStreamer cannot start");
-    }
     // Whoever reads the first line only must not end the player with the next.
     std::signal(SIGPIPE, SIG_IGN);
     Player player(options, [](std::string_view event) { std::cout << event << std::endl; });

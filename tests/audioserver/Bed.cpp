@@ -14,9 +14,8 @@ Process StartPlayer(const std::string& folder, const std::string& name, const st
     std::vector<std::string> options{
         "--port", "0", "--no-device", "--latency", "60", "--record", folder + "/" + name + ".recording"};
     options.insert(options.end(), more.begin(), more.end());
-    if (!hindrance.empty()) {
+    if (!hindrance.empty())
         options.insert(options.begin(), hindrance);
-    }
     return Process(hindrance.empty() ? KORVEL_ROOMPLAYER : KORVEL_HINDERED_ROOMPLAYER, options,
                    folder + "/" + name + ".log");
 }
@@ -46,9 +45,8 @@ bool Room::Stop() {
 }
 
 Bed::Bed() : m_folder((std::filesystem::temp_directory_path() / "korvel-audio-XXXXXX").string()) {
-    if (::mkdtemp(m_folder.data()) == nullptr) {
+    if (::mkdtemp(m_folder.data()) == nullptr)
         throw std::runtime_error("no temporary folder");
-    }
 }
 
 Bed::~Bed() {
@@ -93,9 +91,8 @@ std::string Bed::ToneFile(const std::string& name, const std::vector<Tone>& tone
 std::uint16_t PortOf(const std::string& line) {
     const std::string start = "listening on ";
     const auto colon = line.rfind(':');
-    if (!line.starts_with(start) || colon == std::string::npos) {
+    if (!line.starts_with(start) || colon == std::string::npos)
         return 0;
-    }
     return static_cast<std::uint16_t>(std::stoul(line.substr(colon + 1)));
 }
 

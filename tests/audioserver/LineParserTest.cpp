@@ -126,9 +126,8 @@ TEST(LineParser, RefusesEveryMalformedShape) {
                                             "1 addmed 1 a\tb",
                                             std::string("1 addmed 1 \"file://a\0b\"", 22),
                                             "* addmed EOM=1"};
-    for (const std::string& line : lines) {
+    for (const std::string& line : lines)
         Refused(line);
-    }
 }
 
 TEST(LineParser, ABeginningIsRefusedWithWhatItTells) {
@@ -147,9 +146,8 @@ TEST(LineParser, ABeginningIsRefusedWithWhatItTells) {
 }
 
 TEST(LineParser, EveryCommandHasItsWord) {
-    for (const CommandShape& shape : kCommands) {
+    for (const CommandShape& shape : kCommands)
         EXPECT_EQ(CommandWord(shape.command), shape.word);
-    }
 }
 
 } // namespace

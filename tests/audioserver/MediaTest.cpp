@@ -11,7 +11,7 @@ namespace {
 
 using Media = Bed;
 
-/// Events up to the end or failure of the media.
+// Events up to the end or failure of the media.
 std::vector<std::string> EventsToEnd(LineClient& driver) {
     std::vector<std::string> events;
     do {

@@ -9,9 +9,8 @@ using std::chrono::milliseconds;
 using Bytes = std::vector<std::uint8_t>;
 
 void Append(Bytes& bytes, std::uint32_t number, int count) {
-    for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) {
+    for (int shift = 8 * (count - 1); shift >= 0; shift -= 8)
         bytes.push_back(static_cast<std::uint8_t>(number >> shift));
-    }
 }
 
 SenderAddress Address(const char* text) {
@@ -46,7 +45,7 @@ protected:
     bool Send(const SenderAddress& from, const Bytes& packet) {
         return m_gate->AdmitRtp(from, packet, m_now);
     }
-    /// Packets every 4 ms for a while; whether the last one passed.
+    // Packets every 4 ms for a while; whether the last one passed.
     bool Play(const SenderAddress& from, std::uint32_t stream, milliseconds length) {
         bool passed = false;
         for (milliseconds sent{0}; sent < length; sent += milliseconds(4)) {
@@ -152,9 +151,8 @@ TEST_F(PacketGateTest, ReportsOfAnotherShapeDoNotPass) {
     for (const Bytes& packet :
          {Bytes{}, Bytes{0x80}, Part(200, 1, 1, 52), Part(201, 1, 1, 32), Part(202, 2, 1, 24),
           Part(203, 0, 1, 8), Part(204, 0, 1, 12), Part(206, 1, 1, 12), Part(200, 0, 1, 24),
-          Bytes{0x80, 201, 0, 0}, Part(200, 0, 1, 28) + Bytes{0x80}, padded, old}) {
+          Bytes{0x80, 201, 0, 0}, Part(200, 0, 1, 28) + Bytes{0x80}, padded, old})
         EXPECT_FALSE(m_gate->AdmitRtcp(kServer, packet)) << testing::PrintToString(packet);
-    }
     Bytes cut = Part(200, 0, 1, 28);
     cut.pop_back();
     EXPECT_FALSE(m_gate->AdmitRtcp(kServer, cut));

@@ -8,12 +8,11 @@
 namespace korvel::audioserver {
 namespace {
 
-/// The name of the factory whose element opens the address; "" when none does.
+// The name of the factory whose element opens the address; "" when none does.
 std::string OpenerOf(const char* address) {
     GstElement* made = gst_element_make_from_uri(GST_URI_SRC, address, nullptr, nullptr);
-    if (made == nullptr) {
+    if (made == nullptr)
         return "";
-    }
     const ElementPtr element(GST_ELEMENT(gst_object_ref_sink(made)));
     return GST_OBJECT_NAME(gst_element_get_factory(element.get()));
 }
@@ -30,9 +29,8 @@ TEST_F(PlaylistGuardTest, OnlyWebAddressesAreOpened) {
     EXPECT_EQ(OpenerOf("http://radio.example/a"), "souphttpsrc");
     EXPECT_EQ(OpenerOf("https://radio.example/a"), "souphttpsrc");
     for (const char* address : {"file:///dev/ptmx", "FILE:///dev/ptmx", "rtsp://x/", "udp://0.0.0.0:5004",
-                                "data:audio/wav;base64,UklGRg==", "appsrc://"}) {
+                                "data:audio/wav;base64,UklGRg==", "appsrc://"})
         EXPECT_EQ(OpenerOf(address), "korvelrefusedsrc") << address;
-    }
     EXPECT_EQ(OpenerOf("nonsense://x"), "");
 }
 

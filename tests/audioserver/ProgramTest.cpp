@@ -10,7 +10,7 @@ namespace {
 
 class Program : public Bed {
 protected:
-    /// Runs a program that ends by itself; its exit code, and its stderr in m_errors.
+    // Runs a program that ends by itself; its exit code, and its stderr in m_errors.
     int Run(const std::string& program, const std::vector<std::string>& arguments) {
         Process process(program, arguments, PathOf("run.log"));
         m_output = process.ReadLine().value_or("");
@@ -18,7 +18,7 @@ protected:
         m_errors = process.Errors();
         return code;
     }
-    /// Whether the run ended with an error code and said why in one line.
+    // Whether the run ended with an error code and said why in one line.
     bool Fails(const std::string& program, const std::vector<std::string>& arguments) {
         return Run(program, arguments) > 0 && std::count(m_errors.begin(), m_errors.end(), '\n') == 1;
     }

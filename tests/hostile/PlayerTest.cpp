@@ -15,14 +15,13 @@ namespace {
 constexpr const char* kStranger = "127.0.0.2";
 constexpr const char* kServer = "127.0.0.1";
 
-/// Sends to a room from an address of this machine.
+// Sends to a room from an address of this machine.
 class Sender {
 public:
     explicit Sender(const std::string& address) : m_socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
         const sockaddr_in from = AddressOf(address, 0);
-        if (::bind(m_socket, reinterpret_cast<const sockaddr*>(&from), sizeof(from)) != 0) {
+        if (::bind(m_socket, reinterpret_cast<const sockaddr*>(&from), sizeof(from)) != 0)
             ADD_FAILURE() << "cannot send from " << address;
-        }
     }
     ~Sender() { ::close(m_socket); }
     Sender(const Sender&) = delete;
@@ -48,19 +47,18 @@ private:
 
 std::string Number(std::uint32_t number, int bytes) {
     std::string text;
-    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
+    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
         text += static_cast<char>(number >> shift & 0xffU);
-    }
     return text;
 }
 
-/// A sender report and a description, as a receiver wants them.
+// A sender report and a description, as a receiver wants them.
 std::string Report(std::uint32_t stream) {
     return std::string("\x80\xc8") + Number(6, 2) + Number(stream, 4) + std::string(20, '\x01') + "\x81\xca" +
            Number(3, 2) + Number(stream, 4) + Number(0x01046e61, 4) + Number(0x6d650000, 4);
 }
 
-/// 4 ms of noise.
+// 4 ms of noise.
 std::string Packet(std::uint32_t stream, std::uint32_t number) {
     return std::string("\x80\x60") + Number(number, 2) + Number(number * 192, 4) + Number(stream, 4) +
            std::string(768, '\x11');
@@ -68,23 +66,22 @@ std::string Packet(std::uint32_t stream, std::uint32_t number) {
 
 class HostilePlayer : public Bed {
 protected:
-    /// A stream that plays a long tone to the room.
+    // A stream that plays a long tone to the room.
     void PlayTo(const Room& room) {
         m_driver = Connect();
         const std::string stream = std::to_string(m_driver->AddStream());
         m_driver->Ask("addcli " + stream + " " + room.Client());
         m_driver->Ask("addmed " + stream + " " + FileMedia(ToneFile("a.wav", {{500, 60}})));
     }
-    /// Sends until the room has said that it dropped so many.
+    // Sends until the room has said that it dropped so many.
     static void FloodReports(const Room& room, const std::string& from, int count) {
         std::mt19937 random(20260101);
         const Sender sender(from);
         const auto port = static_cast<std::uint16_t>(room.Port() + 1);
         for (int sent = 0; sent < count; ++sent) {
             sender.Send(Report(static_cast<std::uint32_t>(random())), port);
-            if (sent % 100 == 0) {
+            if (sent % 100 == 0)
                 std::this_thread::yield();
-            }
         }
     }
     static bool IsLogged(const Room& room, const std::string& text) {
@@ -135,9 +132,8 @@ TEST_F(HostilePlayer, AStrangerIsNotHeard) {
 TEST_F(HostilePlayer, ARoomThatIsToldOfItsSenderTakesNoOtherAlsoWhenNobodyPlays) {
     const auto room = AddRoom("room", "", {"--sender", kStranger});
     const Sender server(kServer);
-    for (std::uint32_t number = 0; number < 10; ++number) {
+    for (std::uint32_t number = 0; number < 10; ++number)
         server.Send(Packet(77, number), room->Port());
-    }
     EXPECT_TRUE(IsLogged(*room, "dropped packets: 10 of other senders"));
     const Sender sender(kStranger);
     sender.Send(Packet(78, 0), room->Port());

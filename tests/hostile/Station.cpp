@@ -25,11 +25,10 @@ bool IsReadable(int socket) {
 bool Visit::Send(std::string_view bytes) const {
     while (!bytes.empty() && !m_stopping) {
         const ssize_t count = ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (count > 0) {
+        if (count > 0)
             bytes.remove_prefix(static_cast<std::size_t>(count));
-        } else if ((errno != EAGAIN && errno != EWOULDBLOCK) || !Dawdle()) {
+        else if ((errno != EAGAIN && errno != EWOULDBLOCK) || !Dawdle())
             return false;
-        }
     }
     return !m_stopping;
 }

@@ -11,16 +11,16 @@
 
 namespace korvel::tests {
 
-/// A request to a station, and the way to answer it.
+// A request to a station, and the way to answer it.
 class Visit {
 public:
     Visit(int socket, std::string path, const std::atomic<bool>& stopping)
         : m_socket(socket), m_path(std::move(path)), m_stopping(stopping) {}
 
     const std::string& Path() const { return m_path; }
-    /// False when the visitor is gone or the station is to stop.
+    // False when the visitor is gone or the station is to stop.
     bool Send(std::string_view bytes) const;
-    /// Waits for a moment that the station chooses; false as for Send().
+    // Waits for a moment that the station chooses; false as for Send().
     bool Dawdle() const;
 
 private:
@@ -29,8 +29,8 @@ private:
     const std::atomic<bool>& m_stopping;
 };
 
-/// Listens on 127.0.0.1 and gives every request to the host, each in a thread of its own. The connection is
-/// closed when the host returns.
+// Listens on 127.0.0.1 and gives every request to the host, each in a thread of its own. The connection is
+// closed when the host returns.
 class Station {
 public:
     using Host = std::function<void(const Visit& visit)>;
@@ -40,7 +40,7 @@ public:
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
 
-    /// "http://127.0.0.1:PORT", without a path.
+    // "http://127.0.0.1:PORT", without a path.
     std::string Url() const;
     unsigned Visits() const { return m_visits; }
 
@@ -57,7 +57,7 @@ private:
     std::jthread m_thread;
 };
 
-/// The head of an answer of this type, without a length.
+// The head of an answer of this type, without a length.
 std::string Head(const std::string& type, const std::string& more = "");
 
 } // namespace korvel::tests

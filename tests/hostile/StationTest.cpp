@@ -30,7 +30,7 @@ protected:
     bool IsBad(const std::string& event, const std::string& reason = "") const {
         return event.starts_with("* addmed BAD=" + m_stream + " " + reason);
     }
-    /// Events up to this one, which is not among them; it is missing when it does not come.
+    // Events up to this one, which is not among them; it is missing when it does not come.
     std::vector<std::string> EventsUntil(const std::string& last) {
         std::vector<std::string> events;
         for (std::string event = m_driver->NextEvent(); event != last; event = m_driver->NextEvent()) {
@@ -42,12 +42,11 @@ protected:
         }
         return events;
     }
-    /// The last event of a media that fails.
+    // The last event of a media that fails.
     std::string Failure() {
         std::string event = m_driver->NextEvent();
-        while (!event.empty() && !event.starts_with("* addmed")) {
+        while (!event.empty() && !event.starts_with("* addmed"))
             event = m_driver->NextEvent();
-        }
         return event;
     }
     bool StillPlays() {
@@ -65,18 +64,17 @@ protected:
 constexpr const char* kPlaylistType = "application/vnd.apple.mpegurl";
 constexpr const char* kPlaylistStart = "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:5\n";
 
-/// A pipe that nobody writes to: whoever opens it waits for ever.
+// A pipe that nobody writes to: whoever opens it waits for ever.
 class Trap {
 public:
     explicit Trap(std::string path) : m_path(std::move(path)) { ::mkfifo(m_path.c_str(), 0600); }
 
     const std::string& Path() const { return m_path; }
-    /// Whether somebody has it open for reading or waits to; lets whoever waits go.
+    // Whether somebody has it open for reading or waits to; lets whoever waits go.
     bool HasVisitor() const {
         const int writer = ::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-        if (writer >= 0) {
+        if (writer >= 0)
             ::close(writer);
-        }
         return writer >= 0;
     }
 
@@ -162,20 +160,17 @@ TEST_F(HostileStation, AStationThatHasPlayedIsConnectedToUntilItIsRemoved) {
     m_serverOptions = {"--first-retry", "100"};
     std::atomic<bool> works{true};
     const Station station([&](const Visit& visit) {
-        if (works) {
+        if (works)
             visit.Send(Head("audio/x-wav") + WavOf({{500, 1}}));
-        }
     });
     Listen();
     Play(station.Url() + "/");
     EventsUntil(Status("playing"));
     works = false;
     // Whether it closes the connection, as here, or does not answer.
-    for (const char* wait : {"1 s", "1 s", "1 s", "1 s", "2 s"}) {
-        for (const std::string& event : EventsUntil(Status("reconnecting in " + std::string(wait)))) {
+    for (const char* wait : {"1 s", "1 s", "1 s", "1 s", "2 s"})
+        for (const std::string& event : EventsUntil(Status("reconnecting in " + std::string(wait))))
             EXPECT_FALSE(event.starts_with("* addmed")) << event;
-        }
-    }
     works = true;
     EventsUntil(Status("playing"));
     EventsUntil(Status("reconnecting in 1 s"));
@@ -206,9 +201,8 @@ TEST_F(HostileStation, TitlesAreThrottled) {
     Listen();
     Play(station.Url() + "/");
     std::size_t told = 0;
-    for (const std::string& event : EventsUntil(Info("Title " + std::to_string(kTitles)))) {
+    for (const std::string& event : EventsUntil(Info("Title " + std::to_string(kTitles))))
         told += event.starts_with(Info("")) ? 1 : 0;
-    }
     EXPECT_LT(told, kTitles / 2);
 }
 
