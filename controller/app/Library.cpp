@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/Ids.h"
+#include "host/Refused.h"
 
 namespace korvel::controller {
 namespace {
@@ -81,22 +82,34 @@ void Library::OnProgress(const media::ScanProgress& progress) {
     if (IsOver(progress.phase)) {
         m_log.Info(std::string("scan ") + NameOf(progress.phase) + ": " + std::to_string(progress.filesSeen) +
                    " files, " + std::to_string(progress.added) + " added, " +
-                   std::to_string(progress.changed) + " changed, " + std::to_string(progress.removed) +
-                   " removed, " + std::to_string(progress.broken) + " not playable");
+                   std::to_string(progress.changed) + " changed, " + std::to_string(progress.missing) +
+                   " missing, " + std::to_string(progress.broken) + " not playable");
     }
     nlohmann::json event = ScanStatus();
     event["type"] = "scan";
     m_events.Publish(event);
 }
 
+std::uint32_t Library::ForgetMissing() {
+    if (m_scanner.IsRunning())
+        throw Refused(Refused::Why::Conflict, "a scan is running");
+    const std::uint32_t forgotten = m_database.ForgetGoneSongs();
+    m_progress.missing = m_database.CountSongs(media::Presence::Away);
+    return forgotten;
+}
+
 nlohmann::json Library::ScanStatus() const {
+    nlohmann::json away = nlohmann::json::array();
+    for (const media::AwayPlace& place : m_progress.away)
+        away.push_back({{"path", place.path}, {"reason", place.reason}});
     return {{"phase", m_scanned ? NameOf(m_progress.phase) : "idle"},
             {"running", m_scanner.IsRunning()},
             {"seen", m_progress.filesSeen},
             {"done", m_progress.filesDone},
             {"added", m_progress.added},
             {"changed", m_progress.changed},
-            {"removed", m_progress.removed},
+            {"missing", m_progress.missing},
+            {"away", std::move(away)},
             {"broken", m_progress.broken},
             {"skipped", m_progress.skipped},
             {"path", m_progress.currentPath},

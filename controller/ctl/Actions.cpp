@@ -73,7 +73,9 @@ void Actions::Status() {
     }
     const json& scan = status.at("scan");
     m_out << "scan: " << Text(scan, "phase") << ", " << scan.at("done") << " of " << scan.at("seen")
-          << " files, " << scan.at("added") << " added, " << scan.at("removed") << " removed\n";
+          << " files, " << scan.at("added") << " added, " << scan.at("missing") << " missing\n";
+    for (const json& place : scan.at("away"))
+        m_out << "not there now: " << Text(place, "path") << " (" << Text(place, "reason") << ")\n";
 }
 
 void Actions::Search(const std::string& text) {

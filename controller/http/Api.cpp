@@ -99,7 +99,7 @@ bool IsPostPath(const std::vector<std::string>& path) {
     if (path.size() == 2)
         return path[1] == "command" || path[1] == "request" || path[1] == "announce";
     if (path.size() == 3)
-        return path[1] == "library" && path[2] == "scan";
+        return path[1] == "library" && (path[2] == "scan" || path[2] == "forget-missing");
     return path.size() == 4 && path[1] == "rooms" && std::ranges::find(kActions, path[3]) != kActions.end();
 }
 
@@ -158,11 +158,8 @@ std::optional<HttpReply> Api::Post(const Target& target, const HttpRequest& requ
     const json body = ParseBody(request);
     if (target.path[1] == "request")
         return RunRequest(body);
-    if (target.path[1] == "library") {
-        if (!m_core.GetLibrary().StartScan())
-            throw Refused(Why::Conflict, "a scan is running already");
-        return JsonReply({{"started", true}}, 202);
-    }
+    if (target.path[1] == "library")
+        return ChangeLibrary(m_core.GetLibrary(), target.path[2]);
     if (target.path[1] == "command")
         RunCommand(body, done);
     else if (target.path[1] == "announce")

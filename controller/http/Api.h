@@ -40,6 +40,8 @@ private:
     std::string m_webFolder;
 };
 
+// POST /api/library/scan and /forget-missing. Throws Refused.
+HttpReply ChangeLibrary(Library& library, const std::string& action);
 // GET under /api/library.
 HttpReply BrowseLibrary(Library& library, const Target& target);
 

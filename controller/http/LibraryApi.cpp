@@ -19,7 +19,8 @@ json ToJson(const media::SongRecord& song) {
             {"image", song.image},
             {"track", song.trackNumber},
             {"disc", song.discNumber},
-            {"durationMs", song.durationMs}};
+            {"durationMs", song.durationMs},
+            {"missing", song.presence != media::Presence::Here}};
 }
 
 json ToJson(const media::AlbumSummary& album) {
@@ -154,6 +155,17 @@ json One(MediaDatabase& database, const std::string& kind, std::uint32_t id, con
 }
 
 } // namespace
+
+HttpReply ChangeLibrary(Library& library, const std::string& action) {
+    if (action == "forget-missing") {
+        const std::uint32_t forgotten = library.ForgetMissing();
+        return JsonReply(
+            {{"forgotten", forgotten}, {"kept", library.Database().CountSongs(media::Presence::Away)}});
+    }
+    if (!library.StartScan())
+        throw Refused(Refused::Why::Conflict, "a scan is running already");
+    return JsonReply({{"started", true}}, 202);
+}
 
 HttpReply BrowseLibrary(Library& library, const Target& target) {
     MediaDatabase& database = library.Database();

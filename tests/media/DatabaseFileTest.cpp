@@ -10,8 +10,10 @@
 #include "Songs.h"
 #include "TempFolder.h"
 #include "media/MediaDatabase.h"
+#include "media/ScanRecords.h"
 
 using korvel::media::MediaDatabase;
+using korvel::media::Presence;
 using testing::HasSubstr;
 
 namespace {
@@ -66,6 +68,34 @@ TEST(DatabaseFile, RefusesANewerSchema) {
     { MediaDatabase database(folder / "media.db"); }
     Execute(folder / "media.db", "PRAGMA user_version = 99");
     EXPECT_THAT(OpenError(folder / "media.db"), HasSubstr("newer version of this program (schema 99"));
+}
+
+// What the first version made. Its steps are never changed, so this is its file.
+TEST(DatabaseFile, OfAnEarlierVersionKeepsAllThatIsInIt) {
+    const TempFolder folder;
+    const std::string path = folder / "media.db";
+    std::uint32_t playlist = 0;
+    {
+        MediaDatabase database(path);
+        database.PutSong(MakeSong(1005, "Blue", "Ann"));
+        playlist = database.PutPlaylist(0, 100002, "Mine", {{1, "", 1005, 0}});
+        database.PutBrokenFile({0, "/music/broken.wav", 0, 7, 8, false, Presence::Here, ""});
+    }
+    Execute(path,
+            "DROP INDEX songs_not_here; ALTER TABLE songs DROP COLUMN presence;"
+            "ALTER TABLE broken_files DROP COLUMN reason; PRAGMA user_version = 1");
+    for (int round = 0; round < 2; ++round) {
+        MediaDatabase database(path);
+        const auto song = database.FindSong(1005);
+        ASSERT_TRUE(song);
+        EXPECT_EQ(song->title, "Blue");
+        EXPECT_EQ(song->presence, Presence::Here);
+        EXPECT_EQ(database.GetPlaylistSongs(playlist).size(), 1u);
+        ASSERT_EQ(database.ListBrokenFiles().size(), 1u);
+        EXPECT_EQ(database.ListBrokenFiles()[0].fileSize, 7u);
+        EXPECT_EQ(database.PutSong(MakeSong(0, "New")), 1006u + static_cast<std::uint32_t>(round));
+        database.SetSongPresence(1005, Presence::Here);
+    }
 }
 
 TEST(DatabaseFile, ReportsDamageInsteadOfCrashing) {

@@ -184,7 +184,8 @@ TEST_F(ScanFolders, ThatMayNotBeReadKeepTheirSongs) {
     const PlainOwner plainOwner;
     const ScanProgress last = Scan();
     fs::permissions(music + "/closed", fs::perms::owner_all);
-    EXPECT_EQ(last.removed, 0u);
+    EXPECT_EQ(SongAt("closed/a.wav")->presence, Presence::Away);
+    EXPECT_EQ(last.missing, 1u);
     EXPECT_EQ(Locations(), (Texts{"b.wav", "closed/a.wav"}));
     EXPECT_TRUE(HasMessage("Cannot scan " + music + "/closed: Permission denied"));
 }

@@ -41,6 +41,8 @@ std::string Join(const std::string& folder, const std::string& name) {
     return folder == "/" ? folder + name : folder + "/" + name;
 }
 
+constexpr const char* kEmpty = "it is empty, as when a disk is not mounted";
+
 std::string NormalPath(const std::string& path) {
     std::error_code error;
     std::string normal = fs::absolute(path, error).lexically_normal().native();
@@ -53,9 +55,8 @@ std::string NormalPath(const std::string& path) {
 
 } // namespace
 
-FolderWalk::FolderWalk(std::stop_token stop, std::function<void(const std::string&)> found,
-                       std::function<void(const std::string&)> skipped)
-    : m_stop(std::move(stop)), m_found(std::move(found)), m_skipped(std::move(skipped)) {}
+FolderWalk::FolderWalk(std::stop_token stop, Listener listener)
+    : m_stop(std::move(stop)), m_listener(std::move(listener)) {}
 
 void FolderWalk::Walk(const ScanFolder& folder) {
     m_deviceId = folder.deviceId;
@@ -69,7 +70,7 @@ void FolderWalk::Walk(const ScanFolder& folder) {
         return GiveUp(root, "its name has a control character or a double quote");
     std::error_code error;
     if (fs::is_empty(root, error) && !error)
-        return GiveUp(root, "it is empty, as when a disk is not mounted");
+        return GiveUp(root, kEmpty);
     Enter(root, 0);
     for (std::size_t i = 0; i < m_links.size() && !m_stop.stop_requested(); ++i) {
         const Link link = m_links[i]; // the list grows meanwhile
@@ -78,11 +79,11 @@ void FolderWalk::Walk(const ScanFolder& folder) {
     m_links.clear();
 }
 
-bool FolderWalk::IsUnknown(const std::string& location) const {
-    return m_full || std::any_of(m_unknown.begin(), m_unknown.end(), [&](const std::string& path) {
-               return location.starts_with(path) &&
-                      (location.size() == path.size() || path == "/" || location[path.size()] == '/');
-           });
+bool FolderWalk::IsAway(const std::string& location) const {
+    return std::any_of(m_away.begin(), m_away.end(), [&](const std::string& path) {
+        return location.starts_with(path) &&
+               (location.size() == path.size() || path == "/" || location[path.size()] == '/');
+    });
 }
 
 void FolderWalk::Enter(const std::string& path, int depth) {
@@ -96,6 +97,8 @@ void FolderWalk::Enter(const std::string& path, int depth) {
     Names names;
     if (!ListNames(path, names))
         return;
+    if (names.empty && m_listener.hasSongs(path))
+        return GiveUp(path, kEmpty);
     for (const std::string& name : names.files)
         AddFile(Join(path, name), false, names.hasPicture);
     for (const std::string& name : names.links)
@@ -125,6 +128,7 @@ bool FolderWalk::ListNames(const std::string& path, Names& names) {
 }
 
 void FolderWalk::SortOut(const std::string& folder, const std::string& name, Names& names) {
+    names.empty = false;
     // Hidden files: among them the shadows that some systems leave beside every file.
     if (name.starts_with('.'))
         return;
@@ -142,7 +146,7 @@ void FolderWalk::SortOut(const std::string& folder, const std::string& name, Nam
     if (!link && !isFolder && !music)
         return;
     if (!FitsIntoLine(name)) {
-        m_skipped(path + " is left out: its name has a control character or a double quote");
+        m_listener.skipped(path + " is left out: its name has a control character or a double quote");
         return;
     }
     (link ? names.links : isFolder ? names.folders : names.files).push_back(name);
@@ -158,13 +162,13 @@ void FolderWalk::AddFile(const std::string& path, bool isLink, bool folderHasPic
         return;
     if (m_files.size() >= MediaScanner::kMaxFiles) {
         if (!m_full)
-            m_skipped(path + " and all further files are left out: there are too many");
+            m_listener.skipped(path + " and all further files are left out: there are too many");
         m_full = true;
         return;
     }
     m_files.push_back(
         {path, m_deviceId, static_cast<std::uint64_t>(status.st_size), TimeNs(status), folderHasPicture});
-    m_found(path);
+    m_listener.found(path);
 }
 
 void FolderWalk::FollowLink(const std::string& path, int depth, bool folderHasPicture) {
@@ -179,8 +183,9 @@ void FolderWalk::FollowLink(const std::string& path, int depth, bool folderHasPi
 }
 
 void FolderWalk::GiveUp(const std::string& path, const std::string& why) {
-    m_unknown.push_back(path);
-    m_skipped("Cannot scan " + path + ": " + why);
+    m_away.push_back(path);
+    m_listener.away({path, why});
+    m_listener.skipped("Cannot scan " + path + ": " + why);
 }
 
 } // namespace korvel::media

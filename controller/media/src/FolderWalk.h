@@ -25,15 +25,22 @@ struct FoundFile {
 // to it, so that links in a circle end and a link beside a folder does not double its songs.
 class FolderWalk {
 public:
-    // `found` is told the path of every file found, `skipped` the reason for everything left out.
-    FolderWalk(std::stop_token stop, std::function<void(const std::string&)> found,
-               std::function<void(const std::string&)> skipped);
+    struct Listener {
+        std::function<void(const std::string& path)> found;      // every file
+        std::function<void(const std::string& why)> skipped;     // everything left out
+        std::function<void(const AwayPlace& place)> away;        // what cannot be looked into
+        std::function<bool(const std::string& folder)> hasSongs; // whether an earlier scan found some below
+    };
+
+    FolderWalk(std::stop_token stop, Listener listener);
 
     void Walk(const ScanFolder& folder);
 
     const std::vector<FoundFile>& GetFiles() const { return m_files; }
-    // Whether nothing can be said about the path: it is, or is below, a place that could not be looked into.
-    bool IsUnknown(const std::string& location) const;
+    // Whether the path is, or is below, a place that could not be looked into.
+    bool IsAway(const std::string& location) const;
+    // Whether files were left out because there are too many: nothing is known of those.
+    bool IsFull() const { return m_full; }
 
 private:
     using FileIdentity = std::pair<std::uint64_t, std::uint64_t>; // file system, number
@@ -43,6 +50,7 @@ private:
         std::vector<std::string> folders;
         std::vector<std::string> links;
         bool hasPicture = false;
+        bool empty = true; // nothing at all is in it
     };
 
     void Enter(const std::string& path, int depth);
@@ -59,11 +67,10 @@ private:
     };
 
     std::stop_token m_stop;
-    std::function<void(const std::string&)> m_found;
-    std::function<void(const std::string&)> m_skipped;
+    Listener m_listener;
     std::uint32_t m_deviceId = 0;
     std::vector<FoundFile> m_files;
-    std::vector<std::string> m_unknown;
+    std::vector<std::string> m_away;
     std::vector<Link> m_links; // to be followed when the real folders are done
     std::set<FileIdentity> m_seenFolders;
     std::set<FileIdentity> m_seenFiles;

@@ -20,14 +20,14 @@ void CheckId(std::uint32_t id) {
 constexpr const char* kPutSong =
     "INSERT INTO songs (id, location, device_id, title, artist, album, album_artist, genre, image, track, "
     "disc,"
-    " duration_ms, file_size, file_time, title_folded, folded)"
-    " VALUES (NULLIF(?, 0), ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
+    " duration_ms, file_size, file_time, title_folded, folded, presence)"
+    " VALUES (NULLIF(?, 0), ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
     " ON CONFLICT (id) DO UPDATE SET location = excluded.location, device_id = excluded.device_id,"
     " title = excluded.title, artist = excluded.artist, album = excluded.album,"
     " album_artist = excluded.album_artist, genre = excluded.genre, image = excluded.image,"
     " track = excluded.track, disc = excluded.disc, duration_ms = excluded.duration_ms,"
     " file_size = excluded.file_size, file_time = excluded.file_time, title_folded = excluded.title_folded,"
-    " folded = excluded.folded";
+    " folded = excluded.folded, presence = excluded.presence";
 
 } // namespace
 
@@ -57,7 +57,8 @@ std::uint32_t MediaDatabase::PutSong(const SongRecord& song) {
     query.Bind(song.album).Bind(song.albumArtist).Bind(song.genre).Bind(song.image).Bind(song.trackNumber);
     query.Bind(song.discNumber).Bind(song.durationMs).Bind(static_cast<std::int64_t>(song.fileSize));
     query.Bind(song.fileTimeNs).Bind(FoldText(song.title));
-    query.Bind(FoldText(song.title + " " + song.artist + " " + song.albumArtist + " " + song.album)).Run();
+    query.Bind(FoldText(song.title + " " + song.artist + " " + song.albumArtist + " " + song.album));
+    query.Bind(static_cast<std::int32_t>(song.presence)).Run();
     return song.id != 0 ? song.id : m_connection->LastId();
 }
 

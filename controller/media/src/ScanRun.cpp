@@ -1,5 +1,6 @@
 #include "ScanRun.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -31,16 +32,16 @@ ScanRun::ScanRun(MediaDatabase& database, MediaScanner::Callback callback, std::
     : m_database(database),
       m_callback(std::move(callback)),
       m_stop(stop),
-      m_walk(
-          stop,
-          [this](const std::string& path) {
-              ++m_progress.filesSeen;
-              ReportNowAndThen(path);
-          },
-          [this](const std::string& why) {
-              ++m_progress.skipped;
-              Say(why);
-          }) {}
+      m_walk(stop, {[this](const std::string& path) {
+                        ++m_progress.filesSeen;
+                        ReportNowAndThen(path);
+                    },
+                    [this](const std::string& why) {
+                        ++m_progress.skipped;
+                        Say(why);
+                    },
+                    [this](const AwayPlace& place) { NoteAway(place); },
+                    [this](const std::string& folder) { return HasSongs(folder); }}) {}
 
 ScanProgress ScanRun::Run(const std::vector<ScanFolder>& folders) {
     EnterPhase(ScanPhase::Listing);
@@ -49,7 +50,7 @@ ScanProgress ScanRun::Run(const std::vector<ScanFolder>& folders) {
     EnterPhase(ScanPhase::Reading);
     ReadFiles();
     if (!m_stop.stop_requested())
-        RemoveGone();
+        MarkPresence();
     FlushWrites();
     m_database.RefreshAlbums();
     m_progress.phase = m_stop.stop_requested() ? ScanPhase::Cancelled : ScanPhase::Finished;
@@ -58,8 +59,11 @@ ScanProgress ScanRun::Run(const std::vector<ScanFolder>& folders) {
 }
 
 void ScanRun::LoadStamps() {
-    for (FileStamp& stamp : m_database.ListScannedFiles())
+    for (FileStamp& stamp : m_database.ListScannedFiles()) {
+        m_songLocations.push_back(stamp.location);
         m_songs.emplace(stamp.location, stamp);
+    }
+    std::sort(m_songLocations.begin(), m_songLocations.end());
     for (FileStamp& stamp : m_database.ListBrokenFiles())
         m_broken.emplace(stamp.location, stamp);
 }
@@ -94,6 +98,7 @@ void ScanRun::ReadFile(const FoundFile& file) {
 
 void ScanRun::KeepSong(const FileStamp& known, const FoundFile& file) {
     const std::uint32_t id = known.songId;
+    SetPresence(known, Presence::Here);
     if (known.deviceId != file.deviceId)
         Write([this, id, device = file.deviceId] { m_database.MoveSongToDevice(id, device); });
     if (!known.hasImage && file.folderHasPicture)
@@ -130,20 +135,43 @@ void ScanRun::NoteBroken(const FoundFile& file, bool remember) {
     Write([this, stamp = std::move(stamp)] { m_database.PutBrokenFile(stamp); });
 }
 
-void ScanRun::RemoveGone() {
+void ScanRun::MarkPresence() {
     std::unordered_set<std::string_view> present;
     for (const FoundFile& file : m_walk.GetFiles())
         present.insert(file.location);
     for (const auto& [location, stamp] : m_songs) {
-        if (present.contains(location) || m_walk.IsUnknown(location))
-            continue;
-        ++m_progress.removed;
-        Write([this, id = stamp.songId] { m_database.RemoveSong(id); });
+        if (!present.contains(location))
+            MarkAbsent(stamp);
     }
     for (const auto& [location, stamp] : m_broken) {
-        if (!present.contains(location) && !m_walk.IsUnknown(location))
+        if (!present.contains(location) && !m_walk.IsFull() && !m_walk.IsAway(location))
             Write([this, location = location] { m_database.ForgetBrokenFile(location); });
     }
+}
+
+void ScanRun::MarkAbsent(const FileStamp& song) {
+    const bool away = m_walk.IsAway(song.location);
+    // One of the files that were too many may well be there.
+    if (m_walk.IsFull() && !away)
+        return;
+    ++m_progress.missing;
+    SetPresence(song, away ? Presence::Away : Presence::Gone);
+}
+
+void ScanRun::SetPresence(const FileStamp& song, Presence presence) {
+    if (song.presence != presence)
+        Write([this, id = song.songId, presence] { m_database.SetSongPresence(id, presence); });
+}
+
+bool ScanRun::HasSongs(const std::string& folder) const {
+    const std::string below = folder + "/";
+    const auto first = std::lower_bound(m_songLocations.begin(), m_songLocations.end(), below);
+    return first != m_songLocations.end() && first->starts_with(below);
+}
+
+void ScanRun::NoteAway(const AwayPlace& place) {
+    if (m_progress.away.size() < MediaScanner::kMaxAwayPlaces)
+        m_progress.away.push_back({CleanText(place.path), CleanText(place.reason)});
 }
 
 void ScanRun::Write(std::function<void()> change) {

@@ -30,7 +30,11 @@ private:
     void KeepSong(const FileStamp& known, const FoundFile& file);
     void ReadSong(const FoundFile& file, const FileStamp* known);
     void NoteBroken(const FoundFile& file, bool remember);
-    void RemoveGone();
+    void MarkPresence();
+    void MarkAbsent(const FileStamp& song);
+    void SetPresence(const FileStamp& song, Presence presence);
+    bool HasSongs(const std::string& folder) const;
+    void NoteAway(const AwayPlace& place);
     void Write(std::function<void()> change);
     void FlushWrites();
     void EnterPhase(ScanPhase phase);
@@ -47,6 +51,7 @@ private:
     // By location.
     std::unordered_map<std::string, FileStamp> m_songs;
     std::unordered_map<std::string, FileStamp> m_broken;
+    std::vector<std::string> m_songLocations; // sorted
     std::vector<std::function<void()>> m_writes;
 };
 

@@ -102,12 +102,18 @@ public:
     Page<AlbumSummary> SearchAlbums(const std::string& text, Window window);
     Page<NameSummary> SearchArtists(const std::string& text, Window window);
 
+    // Removes the songs whose files are gone, and the albums of scans that no song is left in; returns how many
+    // songs that were. Those that are only away stay.
+    std::uint32_t ForgetGoneSongs();
+    std::uint32_t CountSongs(Presence presence);
+
     // For the scanner. The stamps of all songs that scans have found and of all files that they found broken.
     std::vector<FileStamp> ListScannedFiles();
     std::vector<FileStamp> ListBrokenFiles();
     // Stores the song, in the album of its title and group, and returns its id.
     std::uint32_t PutScannedSong(const ScannedSong& scanned);
     void MoveSongToDevice(std::uint32_t id, std::uint32_t deviceId);
+    void SetSongPresence(std::uint32_t id, Presence presence);
     // Whether the song has the picture "cover/<id>".
     void SetSongHasImage(std::uint32_t id, bool hasImage);
     void PutBrokenFile(const FileStamp& file);
