@@ -5,7 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "TagReader.h"
+#include "SongTags.h"
 #include "media/Utf8.h"
 
 namespace korvel::media {
@@ -28,20 +28,23 @@ const FileStamp* Find(const std::unordered_map<std::string, FileStamp>& stamps, 
 
 } // namespace
 
-ScanRun::ScanRun(MediaDatabase& database, MediaScanner::Callback callback, std::stop_token stop)
+ScanRun::ScanRun(MediaDatabase& database, FileReader& reader, MediaScanner::Callback callback,
+                 std::stop_token stop)
     : m_database(database),
+      m_reader(reader),
       m_callback(std::move(callback)),
       m_stop(stop),
-      m_walk(stop, {[this](const std::string& path) {
-                        ++m_progress.filesSeen;
-                        ReportNowAndThen(path);
-                    },
-                    [this](const std::string& why) {
-                        ++m_progress.skipped;
-                        Say(why);
-                    },
-                    [this](const AwayPlace& place) { NoteAway(place); },
-                    [this](const std::string& folder) { return HasSongs(folder); }}) {}
+      m_walk(reader, stop,
+             {[this](const std::string& path) {
+                  ++m_progress.filesSeen;
+                  ReportNowAndThen(path);
+              },
+              [this](const std::string& why) {
+                  ++m_progress.skipped;
+                  Say(why);
+              },
+              [this](const AwayPlace& place) { NoteAway(place); },
+              [this](const std::string& folder) { return HasSongs(folder); }}) {}
 
 ScanProgress ScanRun::Run(const std::vector<ScanFolder>& folders) {
     EnterPhase(ScanPhase::Listing);
@@ -92,7 +95,9 @@ void ScanRun::ReadFile(const FoundFile& file) {
         return KeepSong(*known, file);
     const FileStamp* broken = Find(m_broken, file.location);
     if (broken && IsUnchanged(*broken, file))
-        return NoteBroken(file, false);
+        return NoteBroken(file, broken->reason, false);
+    if (m_walk.Hangs(file.fileSystem))
+        return LeaveOut(file, known);
     ReadSong(file, known);
 }
 
@@ -106,32 +111,48 @@ void ScanRun::KeepSong(const FileStamp& known, const FoundFile& file) {
 }
 
 void ScanRun::ReadSong(const FoundFile& file, const FileStamp* known) {
+    using Outcome = FileReader::Outcome;
+    const auto answer = m_reader.ReadTags(file.location);
+    if (answer.outcome == Outcome::Cancelled)
+        return;
+    if (answer.outcome == Outcome::Stalled)
+        m_walk.NoteStall(file.fileSystem);
+    if (answer.outcome != Outcome::Done) {
+        // A song that turned broken may be in the middle of being copied anew: it is looked at again next
+        // time. What killed or stalled the reader would do so again.
+        const bool harmful = answer.outcome == Outcome::Died || answer.outcome == Outcome::Stalled;
+        return NoteBroken(file, answer.why, harmful || (answer.outcome == Outcome::NoAudio && !known));
+    }
     ScannedSong scanned;
     scanned.song.id = known ? known->songId : 0;
+    scanned.song.location = file.location;
     scanned.song.deviceId = file.deviceId;
     scanned.song.fileSize = file.fileSize;
     scanned.song.fileTimeNs = file.fileTimeNs;
     scanned.hasImage = file.folderHasPicture;
-    const TagOutcome outcome = ReadTags(file.location, scanned);
-    if (outcome != TagOutcome::Song) {
-        // A song that turned broken may be in the middle of being copied anew: it is looked at again next
-        // time.
-        NoteBroken(file, outcome == TagOutcome::NoAudio && !known);
-        return;
-    }
+    TakeTags(answer.value, scanned);
     ++(known ? m_progress.changed : m_progress.added);
     Write([this, scanned = std::move(scanned)] { m_database.PutScannedSong(scanned); });
 }
 
-void ScanRun::NoteBroken(const FoundFile& file, bool remember) {
+void ScanRun::LeaveOut(const FoundFile& file, const FileStamp* known) {
+    ++m_progress.skipped;
+    Say("Cannot read " + file.location + ": its disk does not answer");
+    if (known)
+        SetPresence(*known, Presence::Away);
+}
+
+void ScanRun::NoteBroken(const FoundFile& file, const std::string& why, bool remember) {
     ++m_progress.broken;
-    Say("Cannot play " + file.location + ": no audio can be read from it");
+    // Files of earlier versions were remembered without a reason.
+    Say("Cannot play " + file.location + ": " + (why.empty() ? "no audio can be read from it" : why));
     if (!remember)
         return;
     FileStamp stamp;
     stamp.location = file.location;
     stamp.fileSize = file.fileSize;
     stamp.fileTimeNs = file.fileTimeNs;
+    stamp.reason = CleanText(why);
     Write([this, stamp = std::move(stamp)] { m_database.PutBrokenFile(stamp); });
 }
 

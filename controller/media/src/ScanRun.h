@@ -17,7 +17,8 @@ namespace korvel::media {
 // One scan from beginning to end.
 class ScanRun {
 public:
-    ScanRun(MediaDatabase& database, MediaScanner::Callback callback, std::stop_token stop);
+    ScanRun(MediaDatabase& database, FileReader& reader, MediaScanner::Callback callback,
+            std::stop_token stop);
 
     // Returns the last report, which is for the caller to pass on. Throws when the database fails.
     ScanProgress Run(const std::vector<ScanFolder>& folders);
@@ -29,7 +30,8 @@ private:
     void ReadFile(const FoundFile& file);
     void KeepSong(const FileStamp& known, const FoundFile& file);
     void ReadSong(const FoundFile& file, const FileStamp* known);
-    void NoteBroken(const FoundFile& file, bool remember);
+    void LeaveOut(const FoundFile& file, const FileStamp* known);
+    void NoteBroken(const FoundFile& file, const std::string& why, bool remember);
     void MarkPresence();
     void MarkAbsent(const FileStamp& song);
     void SetPresence(const FileStamp& song, Presence presence);
@@ -42,6 +44,7 @@ private:
     void Say(const std::string& message);
 
     MediaDatabase& m_database;
+    FileReader& m_reader;
     MediaScanner::Callback m_callback;
     std::stop_token m_stop;
     FolderWalk m_walk;

@@ -3,12 +3,15 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace korvel::media {
+
+class FileReader;
 
 // A folder of music and the storage device that its songs belong to.
 struct ScanFolder {
@@ -49,6 +52,9 @@ struct ScanProgress {
 // Keeps the songs of a media database in step with folders of music files (MP3, FLAC, Ogg Vorbis, Opus, M4A,
 // WAV).
 //
+// Files are looked at and read in another program (FileReader). A file that killed or stalled it counts as
+// broken and is remembered by path, size and time with what happened; it is not read again until it changes.
+//
 // A scan runs on a thread of the scanner's own, over a database connection of its own. Files whose size and
 // time have not changed are not read again; a song keeps its id as long as its file keeps its path. A file
 // without audio is no song; one that was a song before keeps its record.
@@ -72,7 +78,9 @@ public:
 
     // `databasePath` must be a file: the scanner opens it a second time.
     MediaScanner(std::string databasePath, Callback callback);
-    // Cancels and waits for the file that is being read.
+    // With a reader of its own.
+    MediaScanner(std::string databasePath, Callback callback, std::unique_ptr<FileReader> reader);
+    // Cancels; does not wait for a file that hangs.
     ~MediaScanner();
     MediaScanner(const MediaScanner&) = delete;
     MediaScanner& operator=(const MediaScanner&) = delete;
@@ -87,6 +95,7 @@ public:
 private:
     std::string m_databasePath;
     Callback m_callback;
+    std::unique_ptr<FileReader> m_reader;
     std::atomic<bool> m_running = false;
     std::jthread m_worker;
 };

@@ -2,10 +2,10 @@
 
 #include <taglib/audioproperties.h>
 #include <taglib/fileref.h>
-#include <taglib/tfilestream.h>
 
 #include <filesystem>
 
+#include "BoundedStream.h"
 #include "TagReader.h"
 
 namespace korvel::media {
@@ -18,13 +18,13 @@ constexpr long kLeastBytesWithoutLength = 1024;
 constexpr unsigned kHeadBytes = 64 * 1024;
 
 // A stream whose format is found by its bytes alone.
-class Nameless final : public TagLib::FileStream {
+class Nameless final : public BoundedStream {
 public:
-    using TagLib::FileStream::FileStream;
+    using BoundedStream::BoundedStream;
     TagLib::FileName name() const override { return ""; }
 };
 
-bool HoldsSound(TagLib::FileStream& stream) {
+bool HoldsSound(BoundedStream& stream) {
     const TagLib::FileRef reference(&stream);
     const TagLib::AudioProperties* audio = AudioOf(reference);
     return audio && (audio->lengthInMilliseconds() > 0 || stream.length() >= kLeastBytesWithoutLength);
@@ -47,13 +47,13 @@ SoundFile LookForSound(const std::string& location) {
     if (!std::filesystem::is_regular_file(location, failed))
         return SoundFile::Unreadable;
     try {
-        TagLib::FileStream named(location.c_str(), true);
+        BoundedStream named(location.c_str());
         if (!named.isOpen())
             return SoundFile::Unreadable;
         if (HoldsSound(named))
             return SoundFile::Sound;
         // A name may belie what is in the file, and the audio server goes by the bytes.
-        Nameless nameless(location.c_str(), true);
+        Nameless nameless(location.c_str());
         const bool sound = HoldsSound(nameless) || IsWavWithoutLength(nameless);
         return sound ? SoundFile::Sound : SoundFile::NoSound;
     } catch (const std::exception&) {

@@ -6,16 +6,15 @@
 #include <taglib/id3v2tag.h>
 #include <taglib/mp4file.h>
 #include <taglib/mpegfile.h>
-#include <taglib/tfilestream.h>
 #include <taglib/wavfile.h>
 #include <taglib/xiphcomment.h>
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 
+#include "BoundedStream.h"
 #include "FolderPicture.h"
 #include "TagReader.h"
 
@@ -24,9 +23,6 @@ namespace korvel::media {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::array kPictureNames = {"folder.jpg", "cover.jpg",  "front.jpg", "folder.jpeg", "cover.jpeg",
-                                      "front.jpeg", "folder.png", "cover.png", "front.png"};
 
 // By what the bytes are: a type that a tag states would be passed on to browsers unseen. "" for no picture.
 std::string MimeTypeOf(std::string_view bytes) {
@@ -71,7 +67,7 @@ std::optional<CoverImage> EmbeddedPicture(const std::string& location) {
     // To open a pipe would wait for its other end.
     if (!fs::is_regular_file(location))
         return std::nullopt;
-    TagLib::FileStream stream(location.c_str(), true);
+    BoundedStream stream(location.c_str());
     if (!stream.isOpen())
         return std::nullopt;
     const TagLib::FileRef reference(&stream, false);
@@ -112,19 +108,6 @@ std::optional<CoverImage> FolderPicture(const std::string& location) {
 }
 
 } // namespace
-
-std::string LowerAscii(std::string text) {
-    for (char& c : text) {
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    }
-    return text;
-}
-
-int FolderPictureRank(const std::string& name) {
-    const auto found = std::find(kPictureNames.begin(), kPictureNames.end(), LowerAscii(name));
-    return found == kPictureNames.end() ? -1 : static_cast<int>(found - kPictureNames.begin());
-}
 
 std::vector<TagPicture> ReadPictures(TagLib::File& file) {
     std::vector<TagPicture> pictures;

@@ -1,0 +1,49 @@
+// The talk with the program that reads files.
+#include <gtest/gtest.h>
+
+#include "Records.h"
+
+namespace korvel::media {
+namespace {
+
+TEST(Records, ComeOutAsTheyWentIn) {
+    const Record record = {"done", "", std::string("a\0b\n", 4), std::string(100000, 'x')};
+    RecordReader reader;
+    reader.Add(EncodeRecord(record) + EncodeRecord({}));
+    EXPECT_EQ(reader.Next(), record);
+    EXPECT_EQ(reader.Next(), Record{});
+    EXPECT_EQ(reader.Next(), std::nullopt);
+}
+
+TEST(Records, MayComeByteByByte) {
+    const Record record = {"one", "two"};
+    RecordReader reader;
+    const std::string bytes = EncodeRecord(record);
+    for (std::size_t i = 0; i + 1 < bytes.size(); ++i) {
+        reader.Add(bytes.substr(i, 1));
+        EXPECT_EQ(reader.Next(), std::nullopt);
+    }
+    reader.Add(bytes.substr(bytes.size() - 1));
+    EXPECT_EQ(reader.Next(), record);
+}
+
+TEST(Records, ThatDoNotAddUpEndTheTalk) {
+    for (const std::string& bytes : {std::string("\3\0\0\0abc", 7),       // no room for a length
+                                     std::string("\5\0\0\0\2\0\0\0a", 9), // a text beyond the end
+                                     std::string("\4\0\0\0\xFF\xFF\xFF\xFF", 8),
+                                     std::string("\xFF\xFF\xFF\xFF", 4)}) { // longer than any
+        RecordReader reader;
+        reader.Add(bytes);
+        EXPECT_THROW(reader.Next(), BadRecord);
+    }
+}
+
+TEST(Records, AreLimited) {
+    EXPECT_NO_THROW(EncodeRecord({std::string(kMaxRecordBytes - 8, 'x')}));
+    EXPECT_THROW(EncodeRecord({std::string(kMaxRecordBytes, 'x')}), BadRecord);
+    EXPECT_THROW(EncodeRecord({std::string(kMaxRecordBytes / 2, 'x'), std::string(kMaxRecordBytes / 2, 'x')}),
+                 BadRecord);
+}
+
+} // namespace
+} // namespace korvel::media
