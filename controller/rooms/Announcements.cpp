@@ -5,7 +5,7 @@
 
 #include "common/Text.h"
 #include "host/Ids.h"
-#include "media/SoundFile.h"
+#include "media/FileReader.h"
 
 namespace korvel::controller {
 namespace {
@@ -21,16 +21,20 @@ void CheckPath(const std::string& file) {
 }
 
 // Not for the loop: it reads the file.
-std::optional<Refused> CheckFile(const std::string& file) {
-    switch (media::LookForSound(file)) {
-        case media::SoundFile::Unreadable:
-            return Refused(Why::NotFound, file + " is not there or cannot be read");
-        case media::SoundFile::NoSound:
-            return Refused(Why::Unplayable, file + " holds no sound that can be played");
-        case media::SoundFile::Sound:
-            break;
+std::optional<Refused> CheckFile(media::FileReader& reader, const std::string& file) {
+    using Outcome = media::FileReader::Outcome;
+    Outcome outcome = Outcome::Unreadable;
+    try {
+        outcome = reader.FindSound(file).outcome;
+        reader.Rest();
+    } catch (const std::exception& error) {
+        return Refused(Why::Unavailable, error.what());
     }
-    return std::nullopt;
+    if (outcome == Outcome::Done)
+        return std::nullopt;
+    if (outcome == Outcome::NoAudio || outcome == Outcome::Died)
+        return Refused(Why::Unplayable, file + " holds no sound that can be played");
+    return Refused(Why::NotFound, file + " is not there or cannot be read");
 }
 
 } // namespace
@@ -61,7 +65,7 @@ void Announcements::Start(std::vector<std::uint32_t> rooms, const std::string& f
     CheckPath(file);
     RequireFree();
     m_worker.Run(
-        [file] { return CheckFile(file); },
+        [this, file] { return CheckFile(m_reader, file); },
         [this, rooms = std::move(rooms), file, answer = std::move(answer)](std::optional<Refused> refused) {
             try {
                 if (!refused) {
