@@ -35,8 +35,8 @@ public:
     bool StartScan();
     // Ends a running scan soon.
     void CancelScan() { m_scanner.Cancel(); }
-    // Removes the songs whose files are gone; returns how many. Those in places that are only away are kept. Throws
-    // Refused while a scan runs, which would go on with them.
+    // Removes the songs whose files are gone; returns how many. Those in places that are only away are kept.
+    // Throws Refused while a scan runs, which would go on with them.
     std::uint32_t ForgetMissing();
     // {"phase": "idle" or a phase, "seen", "done", ...}
     nlohmann::json ScanStatus() const;

@@ -261,17 +261,13 @@ Config LoadConfig(const std::string& path, const std::string& programFolder) {
 }
 
 void CheckFolders(const Config& config) {
-    const auto check = [](const std::string& folder, const char* what) {
-        std::error_code failed;
-        if (!fs::is_directory(folder, failed))
-            throw ConfigError(std::string("the ") + what + " folder " + folder + " is not there");
-        if (access(folder.c_str(), R_OK | X_OK) != 0)
-            throw ConfigError(std::string("the ") + what + " folder " + folder + " cannot be read");
-    };
-    for (const std::string& folder : config.musicFolders)
-        check(folder, "music");
-    if (!config.webFolder.empty())
-        check(config.webFolder, "web");
+    if (config.webFolder.empty())
+        return;
+    std::error_code failed;
+    if (!fs::is_directory(config.webFolder, failed))
+        throw ConfigError("the web folder " + config.webFolder + " is not there");
+    if (access(config.webFolder.c_str(), R_OK | X_OK) != 0)
+        throw ConfigError("the web folder " + config.webFolder + " cannot be read");
 }
 
 } // namespace korvel::controller

@@ -72,8 +72,8 @@ Config ParseConfig(const std::string& text, const std::string& source, const std
 // ParseConfig of a file. Throws ConfigError, also when it cannot be read.
 Config LoadConfig(const std::string& path, const std::string& programFolder);
 
-// Checks what the text alone cannot tell: music folders and the page's folder can be read. Throws
-// ConfigError.
+// Checks what the text alone cannot tell: the page's folder can be read. Throws ConfigError. A music folder
+// may come and go, and a disk that does not answer must not hold up the start: the scan looks at it.
 void CheckFolders(const Config& config);
 
 } // namespace korvel::controller

@@ -155,17 +155,18 @@ TEST(Config, AFileThatCannotBeReadIsAnError) {
     EXPECT_THROW(LoadConfig("/", "/opt"), ConfigError);
 }
 
-TEST(Config, AMusicFolderThatIsNotThereIsAnError) {
+TEST(Config, AMusicFolderMayComeAndGoAPageMayNot) {
     const ScratchFolder folder;
     Config config = Parse("");
-    config.musicFolders = {folder.Path()};
+    config.webFolder = folder.Path();
+    config.musicFolders = {folder.File("missing")};
     EXPECT_NO_THROW(CheckFolders(config));
-    config.musicFolders.push_back(folder.File("missing"));
+    config.webFolder = folder.File("missing");
     try {
         CheckFolders(config);
         FAIL();
     } catch (const ConfigError& error) {
-        EXPECT_EQ(std::string(error.what()), "the music folder " + folder.File("missing") + " is not there");
+        EXPECT_EQ(std::string(error.what()), "the web folder " + folder.File("missing") + " is not there");
     }
 }
 
