@@ -1,7 +1,7 @@
 // The talk with the program that reads files.
 #include <gtest/gtest.h>
 
-#include "Records.h"
+#include "Answers.h"
 
 namespace korvel::media {
 namespace {
@@ -43,6 +43,42 @@ TEST(Records, AreLimited) {
     EXPECT_THROW(EncodeRecord({std::string(kMaxRecordBytes, 'x')}), BadRecord);
     EXPECT_THROW(EncodeRecord({std::string(kMaxRecordBytes / 2, 'x'), std::string(kMaxRecordBytes / 2, 'x')}),
                  BadRecord);
+}
+
+template <class Value>
+bool Reads(const Record& answer) {
+    Value value{};
+    return ReadAnswer(answer, value);
+}
+
+Record Tags(const std::string& title, const std::string& duration) {
+    return {"done", title, "", "", "", "", "", "", duration, "0"};
+}
+
+TEST(Answers, OfWrongLengthAreNonsense) {
+    EXPECT_TRUE(Reads<FileTags>(Tags("Blue", "100")));
+    EXPECT_FALSE(Reads<FileTags>({"done"}));
+    EXPECT_FALSE(Reads<FileTags>(Tags(std::string(kMaxTagText + 1, 'x'), "100")));
+    EXPECT_FALSE(Reads<FileStatus>({"done", "f", "1", "2", "3"}));
+    EXPECT_FALSE(Reads<SoundFile>({"done", "more"}));
+    EXPECT_TRUE(Reads<std::optional<CoverImage>>({"done", "image/png", std::string(kMaxCoverBytes, 'x')}));
+    EXPECT_FALSE(
+        Reads<std::optional<CoverImage>>({"done", "image/png", std::string(kMaxCoverBytes + 1, 'x')}));
+}
+
+TEST(Answers, WithNumbersThatAreNoneAreNonsense) {
+    for (const char* number : {"", "x", "1x", " 1", "-1", "4294967296"})
+        EXPECT_FALSE(Reads<FileTags>(Tags("Blue", number))) << number;
+    EXPECT_TRUE(Reads<FileStatus>({"done", "d", "1", "2", "3", "-4"}));
+    EXPECT_FALSE(Reads<FileStatus>({"done", "x", "1", "2", "3", "4"}));
+    EXPECT_FALSE(Reads<FileStatus>({"done", "", "1", "2", "3", "4"}));
+}
+
+TEST(Answers, NameWhatIsInTheFolderAlone) {
+    EXPECT_TRUE(Reads<std::vector<FolderEntry>>({"done", "fa.mp3", "d...", "l "}));
+    for (const std::string& entry : {std::string(), std::string("f"), std::string("f."), std::string("d.."),
+                                     std::string("f../a"), std::string("fa\0b", 4), std::string("xa")})
+        EXPECT_FALSE(Reads<std::vector<FolderEntry>>({"done", entry})) << entry;
 }
 
 } // namespace

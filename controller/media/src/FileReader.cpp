@@ -7,13 +7,12 @@
 
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <filesystem>
 #include <stdexcept>
 
+#include "Answers.h"
 #include "ReaderProcess.h"
 #include "ReaderWords.h"
-#include "Records.h"
 
 namespace korvel::media {
 
@@ -21,70 +20,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using Texts = std::vector<std::string>;
-
-// The program's numbers are believed as little as its texts.
-template <class Number>
-bool Take(const std::string& text, Number& number) {
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number);
-    return result.ec == std::errc() && result.ptr == end;
-}
-
-bool Take(const std::string& text, FileType& type) {
-    constexpr std::string_view kTypes = "fdlo";
-    const std::size_t found = text.size() == 1 ? kTypes.find(text[0]) : std::string_view::npos;
-    if (found == std::string_view::npos)
-        return false;
-    type = static_cast<FileType>(found);
-    return true;
-}
-
-bool TakeTags(const Texts& answer, FileTags& tags) {
-    if (answer.size() != 10)
-        return false;
-    std::size_t at = 1;
-    for (std::string* text :
-         {&tags.title, &tags.artist, &tags.album, &tags.albumArtist, &tags.genre, &tags.track, &tags.disc}) {
-        *text = answer[at++];
-        if (text->size() > kMaxTagText)
-            return false;
-    }
-    tags.hasPicture = answer[9] == "1";
-    return Take(answer[8], tags.durationMs);
-}
-
-bool TakePicture(const Texts& answer, std::optional<CoverImage>& picture) {
-    if (answer.size() == 3 && answer[2].size() <= kMaxCoverBytes)
-        picture = CoverImage{answer[1], answer[2]};
-    return picture || answer.size() == 1;
-}
-
-bool TakeSound(const Texts& answer, SoundFile& sound) {
-    sound = SoundFile::Sound;
-    return answer.size() == 1;
-}
-
-bool TakeStatus(const Texts& answer, FileStatus& status) {
-    return answer.size() == 6 && Take(answer[1], status.type) && Take(answer[2], status.fileSystem) &&
-           Take(answer[3], status.number) && Take(answer[4], status.size) && Take(answer[5], status.timeNs);
-}
-
-bool IsName(const std::string& text) {
-    return !text.empty() && text != "." && text != ".." &&
-           text.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
-}
-
-// Each text is a letter for the type and the name.
-bool TakeEntries(const Texts& answer, std::vector<FolderEntry>& entries) {
-    for (std::size_t i = 1; i < answer.size(); ++i) {
-        FolderEntry entry;
-        entry.name = answer[i].substr(std::min<std::size_t>(answer[i].size(), 1));
-        if (!Take(answer[i].substr(0, 1), entry.type) || !IsName(entry.name))
-            return false;
-        entries.push_back(std::move(entry));
-    }
-    return true;
-}
 
 } // namespace
 
@@ -106,11 +41,10 @@ FileReader::~FileReader() {
 }
 
 template <class Value>
-FileReader::Answer<Value> FileReader::Ask(const char* what, const std::string& path,
-                                          const std::function<bool(const Texts&, Value&)>& take) {
+FileReader::Answer<Value> FileReader::Ask(const char* what, const std::string& path) {
     Answer<Texts> reply = Exchange({what, path});
     Answer<Value> answer{reply.outcome, {}, std::move(reply.why)};
-    if (answer.outcome == Outcome::Done && !take(reply.value, answer.value)) {
+    if (answer.outcome == Outcome::Done && !ReadAnswer(reply.value, answer.value)) {
         m_process->End();
         answer = {Outcome::Died, {}, "the reader answered nonsense"};
     }
@@ -118,23 +52,23 @@ FileReader::Answer<Value> FileReader::Ask(const char* what, const std::string& p
 }
 
 FileReader::Answer<FileTags> FileReader::ReadTags(const std::string& path) {
-    return Ask<FileTags>(words::kTags, path, TakeTags);
+    return Ask<FileTags>(words::kTags, path);
 }
 
 FileReader::Answer<std::optional<CoverImage>> FileReader::ReadPicture(const std::string& path) {
-    return Ask<std::optional<CoverImage>>(words::kPicture, path, TakePicture);
+    return Ask<std::optional<CoverImage>>(words::kPicture, path);
 }
 
 FileReader::Answer<SoundFile> FileReader::FindSound(const std::string& path) {
-    return Ask<SoundFile>(words::kSound, path, TakeSound);
+    return Ask<SoundFile>(words::kSound, path);
 }
 
 FileReader::Answer<FileStatus> FileReader::Look(const std::string& path) {
-    return Ask<FileStatus>(words::kLook, path, TakeStatus);
+    return Ask<FileStatus>(words::kLook, path);
 }
 
 FileReader::Answer<std::vector<FolderEntry>> FileReader::List(const std::string& path) {
-    return Ask<std::vector<FolderEntry>>(words::kList, path, TakeEntries);
+    return Ask<std::vector<FolderEntry>>(words::kList, path);
 }
 
 void FileReader::Start() {

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -103,8 +102,7 @@ private:
     using Texts = std::vector<std::string>;
 
     template <class Value>
-    Answer<Value> Ask(const char* what, const std::string& path,
-                      const std::function<bool(const Texts&, Value&)>& take);
+    Answer<Value> Ask(const char* what, const std::string& path);
     Answer<Texts> Exchange(const Texts& request);
     Answer<Texts> Receive();
     void Start();
