@@ -6,6 +6,7 @@
 #include "Rows.h"
 #include "Schema.h"
 #include "Sqlite.h"
+#include "media/DatabaseError.h"
 #include "media/Utf8.h"
 
 namespace korvel::media {
@@ -34,13 +35,13 @@ constexpr const char* kPutSong =
 MediaDatabase::MediaDatabase(const std::string& path) {
     try {
         m_connection = std::make_unique<Connection>(path, kBusyTimeoutMs);
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error("cannot open " + path + ": " + error.what());
+    } catch (const DatabaseError& error) {
+        throw DatabaseError(error.GetKind(), "cannot open " + path + ": " + error.what());
     }
     try {
         PrepareSchema(*m_connection, path);
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error("cannot use " + path + ": " + error.what());
+    } catch (const DatabaseError& error) {
+        throw DatabaseError(error.GetKind(), "cannot use " + path + ": " + error.what());
     }
 }
 

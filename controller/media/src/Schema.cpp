@@ -1,7 +1,8 @@
 #include "Schema.h"
 
 #include <array>
-#include <stdexcept>
+
+#include "media/DatabaseError.h"
 
 namespace korvel::media {
 
@@ -139,11 +140,12 @@ void PrepareSchema(Connection& connection, const std::string& path) {
         connection.Execute("PRAGMA journal_mode = WAL");
         Upgrade(connection);
     } else if (application != kApplicationId || version < 1) {
-        throw std::runtime_error(path + " is a database, but not a media database");
+        throw DatabaseError(DatabaseError::Kind::Damaged, path + " is a database, but not a media database");
     } else if (version > kSchemaVersion) {
-        throw std::runtime_error(path + " was written by a newer version of this program (schema " +
-                                 std::to_string(version) + ", known up to " + std::to_string(kSchemaVersion) +
-                                 ")");
+        throw DatabaseError(DatabaseError::Kind::Other,
+                            path + " was written by a newer version of this program (schema " +
+                                std::to_string(version) + ", known up to " + std::to_string(kSchemaVersion) +
+                                ")");
     } else if (version < kSchemaVersion) {
         Upgrade(connection);
     }

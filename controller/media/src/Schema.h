@@ -7,7 +7,7 @@
 namespace korvel::media {
 
 // Makes the tables in a new file and brings those of an older version up to date, with all that is in them.
-// Throws std::runtime_error.
+// Throws DatabaseError.
 void PrepareSchema(Connection& connection, const std::string& path);
 
 } // namespace korvel::media

@@ -1,5 +1,4 @@
-// A thin layer over SQLite: connections, prepared statements, transactions. Every failure is a
-// std::runtime_error.
+// A thin layer over SQLite: connections, prepared statements, transactions. Every failure is a DatabaseError.
 #pragma once
 
 #include <sqlite3.h>
@@ -61,6 +60,8 @@ public:
     // Rows that the last statement changed.
     int Changes() const { return sqlite3_changes(m_database); }
     void InTransaction(const std::function<void()>& body);
+    // Makes the database of `target` a copy of this one.
+    void CopyTo(Connection& target);
 
 private:
     void Close();

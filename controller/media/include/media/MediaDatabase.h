@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "media/MediaRecords.h"
@@ -27,8 +29,7 @@ struct FileStamp;
 // another one.
 //
 // Errors: the operations of IMediaManager log the failure and return their negative, zero, empty or null
-// result. All others throw std::runtime_error when SQLite fails and std::invalid_argument for an id above
-// kMaxId.
+// result. All others throw DatabaseError when SQLite fails and std::invalid_argument for an id above kMaxId.
 class MediaDatabase final : public IMediaManager {
 public:
     static constexpr int kBusyTimeoutMs = 5000;
@@ -36,12 +37,17 @@ public:
     static constexpr std::uint32_t kMaxItems = 100000;
 
     // Opens the file at `path`, creating it when absent, or a database in memory for ":memory:". Throws
-    // std::runtime_error with a text that names the file when it cannot be opened, is not a media database,
-    // or was written by a newer version of this program.
+    // DatabaseError with a text that names the file when it cannot be opened, is not a media database, or was
+    // written by a newer version of this program.
     explicit MediaDatabase(const std::string& path);
     ~MediaDatabase();
     MediaDatabase(const MediaDatabase&) = delete;
     MediaDatabase& operator=(const MediaDatabase&) = delete;
+
+    // Hears how each change ended that IMediaManager was asked for: with null when it was made, else with why it
+    // was not. Is called within the operation and must neither throw nor use the database.
+    using ChangeListener = std::function<void(const std::exception* failure)>;
+    void SetChangeListener(ChangeListener listener) { m_changeListener = std::move(listener); }
 
     // Runs `body` in one transaction: all of its changes or, when it throws, none. May be nested. Many Put
     // calls are quick only this way.
@@ -61,10 +67,10 @@ public:
     void RemoveStation(std::uint32_t id);
 
     // These are the stations from now on. One of a name that is known keeps its id; the ids given are not
-    // used.
+    // used. Nothing is written when they were so before.
     void SetStations(const std::vector<StationRecord>& stations);
     // These are the local inputs from now on: each is an album without songs of the input's name, and keeps
-    // its id as long as it has that name. Returns the albums' ids.
+    // its id as long as it has that name. Returns the albums' ids. Nothing is written when they were so before.
     std::vector<std::uint32_t> SetInputs(const std::vector<std::string>& names);
 
     std::optional<SongRecord> FindSong(std::uint32_t id);
@@ -152,6 +158,7 @@ public:
 
 private:
     std::unique_ptr<Connection> m_connection;
+    ChangeListener m_changeListener;
 };
 
 } // namespace korvel::media
