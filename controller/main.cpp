@@ -1,9 +1,11 @@
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 
 #include "app/Core.h"
+#include "app/LibraryCopies.h"
 #include "common/Program.h"
 #include "http/HttpServer.h"
 // The order matters: Asio.h comes first, through Core.h.
@@ -54,16 +56,22 @@ int main(int argc, char** argv) {
     CLI::App app("The controller of a house's music.", "korvel-controller");
     std::string file;
     bool quiet = false;
+    bool restore = false;
     app.add_option("--config", file, "configuration file (TOML); without one, three rooms on this machine");
     app.add_flag("--quiet", quiet, "log errors and warnings only");
+    app.add_flag("--restore", restore, "put the newest good copy of the library in its place, and end");
     return korvel::common::RunProgram(app, argc, argv, [&] {
-        // A peer that went away is an error code of the write, not a signal.
+        // A peer that went away is an error code of the write, not a signal; so is a file that may not grow.
         std::signal(SIGPIPE, SIG_IGN);
+        std::signal(SIGXFSZ, SIG_IGN);
         const std::string folder = ProgramFolder();
         Config config = file.empty() ? DefaultConfig(folder) : LoadConfig(file, folder);
         if (quiet)
             config.log = korvel::common::LogLevel::Warning;
-        Run(config);
+        if (restore)
+            std::printf("%s\n", RestoreLibrary(config.stateFolder).c_str());
+        else
+            Run(config);
         return korvel::common::kExitDone;
     });
 }

@@ -42,8 +42,9 @@ public:
     ServerBindings& GetBindings() { return m_bindings; }
     Library& GetLibrary() { return m_library; }
     EventBus& GetEvents() { return m_events; }
+    const StorageStatus& GetStorage() const { return m_storage; }
 
-    // {"version","ready","notReadyBecause","servers","scan","announcement"}
+    // {"version","ready","notReadyBecause","servers","scan","storage","announcement"}
     nlohmann::json Status() const;
     // The event that a new listener begins with: {"type":"snapshot","status","rooms","variables"}.
     nlohmann::json Snapshot() const;
@@ -51,12 +52,15 @@ public:
 private:
     void OfferServices();
     void StartDriver();
+    // What the driver's initialisation returned.
+    std::int32_t LoadDriver(KVXML::INode* persist);
     void EndDriver();
 
     const Config m_config;
     const common::Log& m_log;
     StateFolder m_folder;
     EventBus m_events;
+    StorageStatus m_storage;
     RealSystem m_system;
     DriverPort m_driver;
     TimerService m_timers;

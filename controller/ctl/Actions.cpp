@@ -76,6 +76,20 @@ void Actions::Status() {
           << " files, " << scan.at("added") << " added, " << scan.at("missing") << " missing\n";
     for (const json& place : scan.at("away"))
         m_out << "not there now: " << Text(place, "path") << " (" << Text(place, "reason") << ")\n";
+    StorageStatus(status.at("storage"));
+}
+
+void Actions::StorageStatus(const json& storage) {
+    for (const json& each : storage.at("notWritten"))
+        m_out << "not written: the " << Text(each, "what") << " (" << Text(each, "reason") << ")\n";
+    for (const json& each : storage.at("keptAside"))
+        m_out << "of no use: " << Text(each, "file") << " (" << Text(each, "reason") << "), kept as '"
+              << Text(each, "as") << "'\n";
+    if (const std::string why = Text(storage, "copyFailure"); !why.empty())
+        m_out << "no copy of the library: " << why << "\n";
+    if (const json& copies = storage.at("copies"); !copies.empty())
+        m_out << "copies of the library: " << copies.size() << ", the newest " << copies[0].get<std::string>()
+              << "; korvel-controller --restore brings it back\n";
 }
 
 void Actions::Search(const std::string& text) {

@@ -35,6 +35,7 @@ public:
     void Watch();
 
 private:
+    void StorageStatus(const nlohmann::json& storage);
     std::string RoomId(const std::string& room);
     std::string SongId(const std::string& song);
     // The id of what the library lists under `list` with this id or name.

@@ -1,5 +1,6 @@
 #include "TestHouse.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
@@ -34,6 +35,17 @@ ScratchFolder::~ScratchFolder() {
 std::string ScratchFolder::Write(const std::string& name, const std::string& text) const {
     std::ofstream(File(name), std::ios::binary) << text;
     return File(name);
+}
+
+std::vector<std::string> ScratchFolder::Names(const std::string& folder, const std::string& start) const {
+    std::vector<std::string> names;
+    std::error_code failed;
+    for (const auto& entry : std::filesystem::directory_iterator(File(folder), failed)) {
+        if (entry.path().filename().string().starts_with(start))
+            names.push_back(entry.path().filename().string());
+    }
+    std::ranges::sort(names);
+    return names;
 }
 
 std::string ReadFile(const std::string& path) {

@@ -25,6 +25,8 @@ public:
     std::string File(const std::string& name) const { return m_path + "/" + name; }
     // Writes a file in the folder and returns its path.
     std::string Write(const std::string& name, const std::string& text) const;
+    // The names in `folder`, a folder in this one, that begin with `start`, in order.
+    std::vector<std::string> Names(const std::string& folder, const std::string& start) const;
 
 private:
     std::string m_path;

@@ -18,8 +18,7 @@ rlim_t SetLimit(rlim_t bytes) {
 
 } // namespace
 
-FullDisk::FullDisk(rlim_t bytes)
-    : m_signalBefore(std::signal(SIGXFSZ, SIG_IGN)), m_before(SetLimit(bytes)) {}
+FullDisk::FullDisk(rlim_t bytes) : m_signalBefore(std::signal(SIGXFSZ, SIG_IGN)), m_before(SetLimit(bytes)) {}
 
 FullDisk::~FullDisk() {
     SetLimit(m_before);
