@@ -202,6 +202,22 @@ void TestHouse::Stop() {
     m_core->Stop();
 }
 
+std::string PostText(const std::string& target, const std::string& body) {
+    return "POST " + target + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nContent-Type: " +
+           "application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
+RawReply ParseReply(const std::string& bytes) {
+    RawReply reply;
+    const std::size_t end = bytes.find("\r\n\r\n");
+    if (bytes.rfind("HTTP/1.1 ", 0) == 0 && end != std::string::npos) {
+        reply.status = std::atoi(bytes.c_str() + 9);
+        reply.head = bytes.substr(0, end);
+        reply.body = bytes.substr(end + 4);
+    }
+    return reply;
+}
+
 RawReply TestHouse::Exchange(const std::string& bytes) {
     tcp::socket socket(m_loop.loop);
     socket.connect({kLoopback, GetPort()});
@@ -210,17 +226,10 @@ RawReply TestHouse::Exchange(const std::string& bytes) {
     asio::async_write(socket, asio::buffer(bytes), [](error_code, std::size_t) {});
     asio::async_read(socket, asio::dynamic_buffer(answer), [&](error_code, std::size_t) { over = true; });
     EXPECT_TRUE(m_loop.RunUntil([&] { return over; })) << "no end of: " << answer;
-    RawReply reply;
-    const std::size_t end = answer.find("\r\n\r\n");
-    if (answer.rfind("HTTP/1.1 ", 0) == 0 && end != std::string::npos) {
-        reply.status = std::atoi(answer.c_str() + 9);
-        reply.head = answer.substr(0, end);
-        reply.body = answer.substr(end + 4);
-    }
     error_code ignored;
     socket.close(ignored);
     m_loop.RunReady();
-    return reply;
+    return ParseReply(answer);
 }
 
 RawReply TestHouse::Get(const std::string& target) {
@@ -228,8 +237,7 @@ RawReply TestHouse::Get(const std::string& target) {
 }
 
 RawReply TestHouse::Post(const std::string& target, const std::string& body) {
-    return Exchange("POST " + target + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nContent-Type: " +
-                    "application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+    return Exchange(PostText(target, body));
 }
 
 RawReply TestHouse::Command(const std::string& name, const nlohmann::json& parameters) {

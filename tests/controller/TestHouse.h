@@ -105,6 +105,10 @@ struct RawReply {
     nlohmann::json Json() const { return nlohmann::json::parse(body, nullptr, false); }
 };
 
+// What is sent for a request, after whose answer the connection ends, and what comes back.
+std::string PostText(const std::string& target, const std::string& body);
+RawReply ParseReply(const std::string& bytes);
+
 // A core with its HTTP server, on a scratch folder and a free port.
 class TestHouse {
 public:
