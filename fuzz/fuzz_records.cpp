@@ -1,5 +1,5 @@
-// What the program that reads media files says to the controller, which believes none of it. The first byte of the
-// input tells how many bytes come at a time.
+// What the program that reads media files says to the controller, which believes none of it. The first byte
+// of the input tells how many bytes come at a time.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>

@@ -20,12 +20,12 @@
 
 namespace korvel::controller {
 
-// The media database, the scanner that keeps it in step with the music folders, and its daily copies. The progress
-// of a scan is an event {"type":"scan",...}.
+// The media database, the scanner that keeps it in step with the music folders, and its daily copies. The
+// progress of a scan is an event {"type":"scan",...}.
 class Library {
 public:
-    // Opens the database in the state folder. One that is damaged is kept aside, and a new one is made. Throws
-    // std::runtime_error when it cannot be opened for another reason.
+    // Opens the database in the state folder. One that is damaged is kept aside, and a new one is made.
+    // Throws std::runtime_error when it cannot be opened for another reason.
     Library(asio::io_context& loop, const Config& config, EventBus& events, StorageStatus& storage,
             const common::Log& log);
 

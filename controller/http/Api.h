@@ -32,7 +32,8 @@ private:
     void RunRequest(const nlohmann::json& body, const Done& done);
     void Announce(const nlohmann::json& body, const Done& done);
     void ChangeRoom(const Target& target, const nlohmann::json& body, const Done& done);
-    // `done` for a request that begins now: when something could not be written until the answer, that is the answer.
+    // `done` for a request that begins now: when something could not be written until the answer, that is the
+    // answer.
     Done Checking(const Done& done) const;
     // Answers with what `answer` returns once the rooms have followed the present call of the driver.
     void AnswerSoon(const Done& done, std::function<nlohmann::json()> answer);

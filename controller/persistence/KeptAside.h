@@ -14,8 +14,8 @@ inline constexpr std::size_t kMaxKeptAside = 3;
 // "20261122-084312", in UTC: sorts as time goes.
 std::string StampOf(std::time_t time);
 
-// Renames the file or folder to "<path>.<word>-<stamp of now>", and so what stands beside it under its name and
-// one of `companions`. Returns the new name. Throws std::filesystem::filesystem_error when that fails.
+// Renames the file or folder to "<path>.<word>-<stamp of now>", and so what stands beside it under its name
+// and one of `companions`. Returns the new name. Throws std::filesystem::filesystem_error when that fails.
 std::string KeepAside(const std::string& path, const std::string& word,
                       std::span<const char* const> companions = {});
 

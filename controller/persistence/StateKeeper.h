@@ -9,8 +9,8 @@
 
 namespace korvel::controller {
 
-// Fetches the driver's state when it may have changed, and keeps it in a file. A state that could not be written
-// is told once, and tried again from time to time.
+// Fetches the driver's state when it may have changed, and keeps it in a file. A state that could not be
+// written is told once, and tried again from time to time.
 class StateKeeper {
 public:
     static constexpr std::chrono::seconds kRetryInterval{30};

@@ -11,8 +11,8 @@
 
 namespace korvel::controller {
 
-// How what a controller keeps on disk is: what could not be written, what was damaged, which copies there are.
-// Tells the log and, as the event {"type":"storage",...}, whoever listens. Driver thread.
+// How what a controller keeps on disk is: what could not be written, what was damaged, which copies there
+// are. Tells the log and, as the event {"type":"storage",...}, whoever listens. Driver thread.
 class StorageStatus {
 public:
     struct Failure {
@@ -25,7 +25,8 @@ public:
     // `what`, such as "settings", could not be written because of `reason`, or was.
     void NotWritten(const std::string& what, const std::string& reason, bool noRoom);
     void Written(const std::string& what);
-    // The file `path` was of no use because of `reason` and has the new name `as`; "" when it could not get one.
+    // The file `path` was of no use because of `reason` and has the new name `as`; "" when it could not get
+    // one.
     void KeptAside(const std::string& path, const std::string& as, const std::string& reason);
     // The copies of the library, newest first, and why none could be made; "" when it could.
     void SetCopies(const std::vector<std::string>& copies, const std::string& failure);

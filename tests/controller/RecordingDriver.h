@@ -8,8 +8,8 @@
 
 namespace korvel::controller {
 
-// A driver that writes down what it is told about bindings and selections, has the state that it is given, and does
-// nothing else.
+// A driver that writes down what it is told about bindings and selections, has the state that it is given,
+// and does nothing else.
 class RecordingDriver final : public IDriver {
 public:
     std::vector<std::string> calls;

@@ -16,8 +16,8 @@ namespace fs = std::filesystem;
 namespace korvel::media {
 namespace {
 
-// While one lives, permissions bind the superuser as they bind any owner of a file. Threads and programs started
-// meanwhile inherit that.
+// While one lives, permissions bind the superuser as they bind any owner of a file. Threads and programs
+// started meanwhile inherit that.
 class PlainOwner {
 public:
     PlainOwner() {

@@ -18,7 +18,8 @@ namespace {
 
 using namespace korvel::media;
 
-// What the largest tags that are read take several times over. The sanitizers' own memory is beyond any limit.
+// What the largest tags that are read take several times over. The sanitizers' own memory is beyond any
+// limit.
 constexpr rlim_t kMaxMemory = 1ul << 30;
 constexpr rlim_t kMaxOpenFiles = 16;
 // Of processor time, for each file.
@@ -43,7 +44,8 @@ void SetLimits() {
     Limit(RLIMIT_FSIZE, 0);
     Limit(RLIMIT_CORE, 0);
     Limit(RLIMIT_NOFILE, kMaxOpenFiles);
-    // A signal to the whole group, such as Ctrl-C, must not be held against the file: the controller ends this.
+    // A signal to the whole group, such as Ctrl-C, must not be held against the file: the controller ends
+    // this.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);

@@ -1,5 +1,5 @@
-// What the controller and the program that reads files for it say to each other: records of texts, each behind
-// its length. Neither believes the other: a record that is too long or does not add up ends the talk.
+// What the controller and the program that reads files for it say to each other: records of texts, each
+// behind its length. Neither believes the other: a record that is too long or does not add up ends the talk.
 #pragma once
 
 #include <cstddef>

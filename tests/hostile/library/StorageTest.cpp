@@ -98,7 +98,8 @@ protected:
     }
     std::string Playlists() {
         std::string titles;
-        for (const json& playlist : Get("/api/library/playlists").at("items"))
+        const json list = Get("/api/library/playlists");
+        for (const json& playlist : list.at("items"))
             titles += playlist.at("title").get<std::string>() + " ";
         return titles;
     }

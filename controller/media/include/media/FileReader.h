@@ -47,12 +47,13 @@ struct FolderEntry {
     FileType type = FileType::Other; // not followed
 };
 
-// Reads files and folders of media in a program of its own, korvel-mediareader: what is in a file may crash the
-// one who reads it, eat its memory or its time, and a disk that does not answer holds up whoever asks it. The
-// program is started when it is needed, again after it died, and given up when it does not answer in time.
+// Reads files and folders of media in a program of its own, korvel-mediareader: what is in a file may crash
+// the one who reads it, eat its memory or its time, and a disk that does not answer holds up whoever asks it.
+// The program is started when it is needed, again after it died, and given up when it does not answer in
+// time.
 //
-// For one thread at a time, but for Cancel(). Every operation throws std::runtime_error when the program cannot
-// be started.
+// For one thread at a time, but for Cancel(). Every operation throws std::runtime_error when the program
+// cannot be started.
 class FileReader {
 public:
     enum class Outcome {
@@ -94,7 +95,8 @@ public:
 
     // Ends the program: it takes memory.
     void Rest();
-    // On any thread: the operation that is running and all later ones end at once as Cancelled, until Resume().
+    // On any thread: the operation that is running and all later ones end at once as Cancelled, until
+    // Resume().
     void Cancel();
     void Resume();
 

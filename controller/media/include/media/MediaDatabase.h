@@ -44,8 +44,8 @@ public:
     MediaDatabase(const MediaDatabase&) = delete;
     MediaDatabase& operator=(const MediaDatabase&) = delete;
 
-    // Hears how each change ended that IMediaManager was asked for: with null when it was made, else with why it
-    // was not. Is called within the operation and must neither throw nor use the database.
+    // Hears how each change ended that IMediaManager was asked for: with null when it was made, else with why
+    // it was not. Is called within the operation and must neither throw nor use the database.
     using ChangeListener = std::function<void(const std::exception* failure)>;
     void SetChangeListener(ChangeListener listener) { m_changeListener = std::move(listener); }
 
@@ -70,7 +70,8 @@ public:
     // used. Nothing is written when they were so before.
     void SetStations(const std::vector<StationRecord>& stations);
     // These are the local inputs from now on: each is an album without songs of the input's name, and keeps
-    // its id as long as it has that name. Returns the albums' ids. Nothing is written when they were so before.
+    // its id as long as it has that name. Returns the albums' ids. Nothing is written when they were so
+    // before.
     std::vector<std::uint32_t> SetInputs(const std::vector<std::string>& names);
 
     std::optional<SongRecord> FindSong(std::uint32_t id);
@@ -108,8 +109,8 @@ public:
     Page<AlbumSummary> SearchAlbums(const std::string& text, Window window);
     Page<NameSummary> SearchArtists(const std::string& text, Window window);
 
-    // Removes the songs whose files are gone, and the albums of scans that no song is left in; returns how many
-    // songs that were. Those that are only away stay.
+    // Removes the songs whose files are gone, and the albums of scans that no song is left in; returns how
+    // many songs that were. Those that are only away stay.
     std::uint32_t ForgetGoneSongs();
     std::uint32_t CountSongs(Presence presence);
 
