@@ -62,7 +62,7 @@ kv::auto_com<KVXML::INode> StateFile::Load() {
     const auto document = KVXML::CreateXmlDocument(text);
     auto root = document ? document->GetRoot() : nullptr;
     if (!root) {
-        SetAside("not a document");
+        SetAside(file.is_open() ? "not a document" : "cannot be read");
         return nullptr;
     }
     m_saved = text;

@@ -151,6 +151,9 @@ TEST_F(StorageTest, OnAFullDiskTheHousePlaysOnAndSaysWhatIsNotWritten) {
 
 TEST_F(StorageTest, SettingsThatCannotBeWrittenAreToldAndStayAsTheyWereOnDisk) {
     Start();
+    // The settings of a room are kept from its first queue on.
+    EXPECT_EQ(Play(1).status, 200);
+    EXPECT_TRUE(IsPlayed("1.mp3"));
     EXPECT_EQ(Command("SET_PLAY_PREFERENCE", {{"PLAY_PREF", 2}}).status, 200);
     const std::string before = StateOnDisk();
     // Where the next text goes first is a disk without room.
@@ -158,10 +161,13 @@ TEST_F(StorageTest, SettingsThatCannotBeWrittenAreToldAndStayAsTheyWereOnDisk) {
     const RawReply refused = Command("SET_PLAY_PREFERENCE", {{"PLAY_PREF", 3}});
     EXPECT_EQ(refused.status, 507);
     EXPECT_EQ(refused.Json()["error"], "the settings could not be written: write: No space left on device");
+    EXPECT_EQ(
+        Post("/api/request", {{"name", "SET_PLAY_PREFERENCE"}, {"parameters", {{"PLAY_PREF", 1}}}}).status,
+        507);
     EXPECT_EQ(Storage().at("notWritten").at(0).at("what"), "settings");
     EXPECT_EQ(StateOnDisk(), before);
-    EXPECT_EQ(Play(1).status, 200);
-    EXPECT_TRUE(IsPlayed("1.mp3"));
+    EXPECT_EQ(Play(2).status, 200);
+    EXPECT_TRUE(IsPlayed("2.mp3"));
     Kill();
     EXPECT_EQ(StateOnDisk(), before);
 
