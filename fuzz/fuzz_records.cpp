@@ -78,8 +78,10 @@ void CheckEntries(const Record& record) {
 
 void CheckOthers(const Record& record) {
     std::optional<CoverImage> picture;
-    if (ReadAnswer(record, picture) && picture)
+    if (ReadAnswer(record, picture) && picture) {
         Require(picture->bytes.size() <= kMaxCoverBytes, "a picture has a limit");
+        Require(std::ranges::count(kCoverTypes, picture->mimeType) == 1, "a picture is of a known type");
+    }
     FileStatus status;
     ReadAnswer(record, status);
     SoundFile sound = SoundFile::Unreadable;

@@ -50,7 +50,7 @@ std::string NameOf(const testing::TestParamInfo<const char*>& info) {
 
 INSTANTIATE_TEST_SUITE_P(All, Programs,
                          testing::Values(KORVEL_AUDIOSERVER, KORVEL_CATALOG, KORVEL_CONTROLLER, KORVEL_CTL,
-                                         KORVEL_REPLAY, KORVEL_ROOMPLAYER),
+                                         KORVEL_MEDIAREADER, KORVEL_REPLAY, KORVEL_ROOMPLAYER),
                          NameOf);
 
 } // namespace

@@ -82,7 +82,7 @@ TEST_F(Reader, TellsWhatItCannotRead) {
 TEST_F(Reader, DiesInsteadOfTheController) {
     const auto answer = reader.ReadTags(Put("nested.m4a", NestedAtoms(200000)));
     EXPECT_EQ(answer.outcome, Outcome::Died);
-    EXPECT_EQ(answer.why, "the reader was killed by SIGSEGV");
+    EXPECT_EQ(answer.why, kNestedAtomsEnd);
     EXPECT_TRUE(Children().empty());
     // The next file has the next one.
     EXPECT_EQ(reader.ReadTags(Put("a.wav", WavBytes())).outcome, Outcome::Done);

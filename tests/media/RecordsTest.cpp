@@ -66,6 +66,12 @@ TEST(Answers, OfWrongLengthAreNonsense) {
         Reads<std::optional<CoverImage>>({"done", "image/png", std::string(kMaxCoverBytes + 1, 'x')}));
 }
 
+TEST(Answers, WithPicturesOfOtherTypesAreNonsense) {
+    EXPECT_TRUE(Reads<std::optional<CoverImage>>({"done", "image/webp", "RIFF"}));
+    for (const char* type : {"", "image/", "text/html", "image/png\r\nSet-Cookie: a=b"})
+        EXPECT_FALSE(Reads<std::optional<CoverImage>>({"done", type, "RIFF"})) << type;
+}
+
 TEST(Answers, WithNumbersThatAreNoneAreNonsense) {
     for (const char* number : {"", "x", "1x", " 1", "-1", "4294967296"})
         EXPECT_FALSE(Reads<FileTags>(Tags("Blue", number))) << number;

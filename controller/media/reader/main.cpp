@@ -4,15 +4,16 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <array>
 #include <csignal>
-#include <cstdio>
-#include <exception>
+#include <stdexcept>
 
 #include "Folders.h"
 #include "ReaderWords.h"
 #include "Records.h"
 #include "TagReader.h"
+#include "common/Program.h"
 
 namespace {
 
@@ -160,6 +161,13 @@ bool WriteAll(std::string_view bytes) {
     return true;
 }
 
+// Whether somebody is at the other end of the socket.
+bool IsAsked() {
+    sockaddr_storage peer{};
+    socklen_t length = sizeof peer;
+    return ::getpeername(STDIN_FILENO, reinterpret_cast<sockaddr*>(&peer), &length) == 0;
+}
+
 void Serve() {
     RecordReader in;
     std::array<char, 65536> buffer;
@@ -178,19 +186,13 @@ void Serve() {
 
 } // namespace
 
-int main() {
-    sockaddr_storage peer{};
-    socklen_t length = sizeof peer;
-    if (::getpeername(STDIN_FILENO, reinterpret_cast<sockaddr*>(&peer), &length) != 0) {
-        std::fprintf(stderr, "korvel-mediareader: the controller starts this program\n");
-        return 2;
-    }
-    try {
+int main(int argc, char** argv) {
+    CLI::App app("Reads media files for the controller, which starts it.", "korvel-mediareader");
+    return korvel::common::RunProgram(app, argc, argv, [] {
+        if (!IsAsked())
+            throw std::runtime_error("the controller starts this program");
         SetLimits();
         Serve();
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "korvel-mediareader: %s\n", error.what());
-        return 1;
-    }
-    return 0;
+        return korvel::common::kExitDone;
+    });
 }

@@ -47,7 +47,9 @@ bool ReadAnswer(const Record& answer, FileTags& value) {
 }
 
 bool ReadAnswer(const Record& answer, std::optional<CoverImage>& value) {
-    if (answer.size() == 3 && answer[2].size() <= kMaxCoverBytes)
+    // The type is passed on in a line of its own.
+    if (answer.size() == 3 && std::ranges::find(kCoverTypes, answer[1]) != kCoverTypes.end() &&
+        answer[2].size() <= kMaxCoverBytes)
         value = CoverImage{answer[1], answer[2]};
     return value || answer.size() == 1;
 }

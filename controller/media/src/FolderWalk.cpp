@@ -163,7 +163,9 @@ void FolderWalk::AddFiles(const std::string& folder, const Names& names, std::ui
         if (Hangs(within))
             return GiveUp(folder, kHangs);
         const std::string path = Join(folder, name);
-        if (const auto status = Look(path, within))
+        // It may be another thing by now, such as a pipe.
+        const auto status = Look(path, within);
+        if (status && status->type == FileType::File)
             AddFile(path, *status, false, names.hasPicture);
     }
 }

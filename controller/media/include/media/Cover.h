@@ -1,14 +1,20 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace korvel::media {
 
 struct CoverImage {
-    std::string mimeType; // "image/jpeg" or "image/png" or another image type
+    std::string mimeType; // one of kCoverTypes
     std::string bytes;
 };
+
+// What browsers show.
+inline constexpr std::array<std::string_view, 4> kCoverTypes = {"image/jpeg", "image/png", "image/gif",
+                                                                "image/webp"};
 
 // Larger pictures are treated as absent.
 inline constexpr std::size_t kMaxCoverBytes = 16u << 20;
