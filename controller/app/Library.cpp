@@ -64,6 +64,10 @@ std::string CheckedPath(const std::string& stateFolder, StorageStatus& storage, 
     return path;
 }
 
+// Scanner and copier have connections of their own.
+constexpr const char* kAlone =
+    "no room was left on the disk when the library was opened: this waits for the next start";
+
 struct CopyEnd {
     std::vector<std::string> copies;
     std::string failure;
@@ -148,6 +152,13 @@ const LineInput* Library::FindInput(std::uint32_t albumId) const {
 }
 
 bool Library::StartScan() {
+    if (m_database.IsAlone()) {
+        media::ScanProgress failed;
+        failed.phase = media::ScanPhase::Failed;
+        failed.message = kAlone;
+        OnProgress(failed);
+        return true;
+    }
     return m_scanner.Start(m_folders);
 }
 
@@ -173,8 +184,11 @@ void Library::OnProgress(const media::ScanProgress& progress) {
 }
 
 void Library::CopyWhenDue() {
-    m_copier.Run([copies = m_copies] { return CopyNow(copies); },
-                 [this](const CopyEnd& end) { m_storage.SetCopies(end.copies, end.failure); });
+    m_copier.Run(
+        [copies = m_copies, alone = m_database.IsAlone()] {
+            return alone ? CopyEnd{copies.List(), kAlone} : CopyNow(copies);
+        },
+        [this](const CopyEnd& end) { m_storage.SetCopies(end.copies, end.failure); });
     m_copyTimer.expires_after(kCopyCheckInterval);
     m_copyTimer.async_wait([this](boost::system::error_code error) {
         if (!error)

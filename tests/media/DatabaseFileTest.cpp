@@ -218,6 +218,24 @@ TEST(DatabaseFile, OnAFullDiskStaysAsItWas) {
     EXPECT_THAT(ends, ElementsAre("media database: no room is left on the disk", "made"));
 }
 
+TEST(DatabaseFile, OpensOnAFullDisk) {
+    const TempFolder folder;
+    const std::string path = folder / "media.db";
+    { MediaDatabase(path).PutSong(MakeSong(7, "Blue")); }
+    {
+        const FullDisk full(0);
+        EXPECT_EQ(korvel::media::FindDamage(path), "");
+        MediaDatabase database(path);
+        EXPECT_TRUE(database.IsAlone());
+        EXPECT_EQ(database.FindSong(7)->title, "Blue");
+        EXPECT_EQ(KindOfFailure([&] { database.PutSong(MakeSong(8, "Green")); }), Kind::NoRoom);
+    }
+    MediaDatabase database(path);
+    EXPECT_FALSE(database.IsAlone());
+    database.PutSong(MakeSong(8, "Green"));
+    EXPECT_TRUE(MediaDatabase(path).FindSong(8));
+}
+
 TEST(DatabaseFile, ShowsItsDamage) {
     const TempFolder folder;
     const std::string path = folder / "media.db";

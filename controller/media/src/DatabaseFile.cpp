@@ -20,6 +20,8 @@ bool WasLeftOpen(const std::string& path) {
 std::string FindDamage(const std::string& path) {
     try {
         Connection connection(path, MediaDatabase::kBusyTimeoutMs);
+        // A full disk must not keep it from being read.
+        connection.StayAlone();
         Query check = connection.Prepare("PRAGMA integrity_check(1)");
         const std::string found = check.Next() ? CleanText(check.Text(0)) : "nothing can be read";
         return found == "ok" ? "" : found;

@@ -34,11 +34,25 @@ constexpr const char* kPutSong =
 
 MediaDatabase::MediaDatabase(const std::string& path) {
     try {
+        Open(path, false);
+    } catch (const DatabaseError& error) {
+        if (error.GetKind() != DatabaseError::Kind::NoRoom)
+            throw;
+        m_connection.reset();
+        Open(path, true);
+        m_isAlone = true;
+    }
+}
+
+void MediaDatabase::Open(const std::string& path, bool alone) {
+    try {
         m_connection = std::make_unique<Connection>(path, kBusyTimeoutMs);
     } catch (const DatabaseError& error) {
         throw DatabaseError(error.GetKind(), "cannot open " + path + ": " + error.what());
     }
     try {
+        if (alone)
+            m_connection->StayAlone();
         PrepareSchema(*m_connection, path);
     } catch (const DatabaseError& error) {
         throw DatabaseError(error.GetKind(), "cannot use " + path + ": " + error.what());

@@ -178,6 +178,10 @@ void Connection::InTransaction(const std::function<void()>& body) {
     }
 }
 
+void Connection::StayAlone() {
+    Execute("PRAGMA locking_mode = EXCLUSIVE");
+}
+
 void Connection::CopyTo(Connection& target) {
     sqlite3_backup* backup = sqlite3_backup_init(target.m_database, "main", m_database, "main");
     if (!backup)

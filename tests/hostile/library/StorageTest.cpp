@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "ControllerProcess.h"
+#include "FullDisk.h"
 #include "HostileFiles.h"
 #include "ctl/Client.h"
 // The order matters: Asio.h comes first, through TestHouse.h.
@@ -37,10 +38,10 @@ protected:
                "\"\n[http]\nport = " + std::to_string(port.Number()) +
                "\n[[server]]\nport = " + std::to_string(server.GetPort()) + "\n";
     }
-    void Start() {
+    void Start(const std::string& scanEnd = "finished") {
         controller.emplace(folder, Settings());
         ASSERT_TRUE(loop.RunUntil([&] { return IsReady(); })) << controller->Errors();
-        ASSERT_TRUE(loop.RunUntil([&] { return Status().at("scan").at("phase") == "finished"; }));
+        ASSERT_TRUE(loop.RunUntil([&] { return Status().at("scan").at("phase") == scanEnd; }));
     }
     bool IsReady() {
         try {
@@ -146,6 +147,35 @@ TEST_F(StorageTest, OnAFullDiskTheHousePlaysOnAndSaysWhatIsNotWritten) {
     EXPECT_TRUE(Storage().at("notWritten").empty());
     EXPECT_EQ(Post("/api/library/scan", json::object()).status, 202);
     EXPECT_TRUE(loop.RunUntil([&] { return Get("/api/library/songs").at("total") == 3; }));
+    Stop();
+}
+
+TEST_F(StorageTest, StartsOnAFullDiskWithWhatIsThere) {
+    Start();
+    EXPECT_EQ(Play(1).status, 200);
+    EXPECT_TRUE(IsPlayed("1.mp3"));
+    EXPECT_EQ(SavePlaylist("Before").status, 200);
+    Kill();
+    // A clean end, or a library that was brought here, leaves none: it must be made.
+    fs::remove(Library() + "-shm");
+    {
+        const FullDisk full(8192); // for the programs that are started, too
+        Start("failed");
+        EXPECT_EQ(Status().at("scan").at("message"),
+                  "no room was left on the disk when the library was opened: this waits for the next start");
+        EXPECT_EQ(Storage().at("copyFailure"), Status().at("scan").at("message"));
+        EXPECT_TRUE(Storage().at("keptAside").empty());
+        EXPECT_EQ(Playlists(), "Before ");
+        EXPECT_EQ(Play(2).status, 200);
+        EXPECT_TRUE(IsPlayed("2.mp3"));
+        EXPECT_EQ(SavePlaylist("Evening").status, 507);
+        Stop();
+    }
+    Start();
+    EXPECT_EQ(Playlists(), "Before ");
+    EXPECT_EQ(Play(1).status, 200);
+    EXPECT_TRUE(IsPlayed("1.mp3"));
+    EXPECT_EQ(SavePlaylist("Evening").status, 200);
     Stop();
 }
 

@@ -12,8 +12,8 @@ inline constexpr std::array<const char*, 3> kDatabaseCompanions = {"-wal", "-shm
 // Whether the last program that had the file open ended without closing it.
 bool WasLeftOpen(const std::string& path);
 
-// What is wrong with the database in the file, in one line; "" when it is whole. Reads all of it. Throws
-// DatabaseError when that fails for another reason.
+// What is wrong with the database in the file, in one line; "" when it is whole. Reads all of it. Nobody else has
+// it open meanwhile. Throws DatabaseError when that fails for another reason.
 std::string FindDamage(const std::string& path);
 
 // Makes `to` a copy of the database `from`, as it is at one moment although others may write to it. Throws

@@ -38,11 +38,15 @@ public:
 
     // Opens the file at `path`, creating it when absent, or a database in memory for ":memory:". Throws
     // DatabaseError with a text that names the file when it cannot be opened, is not a media database, or was
-    // written by a newer version of this program.
+    // written by a newer version of this program. A full disk does not prevent it, but see IsAlone().
     explicit MediaDatabase(const std::string& path);
     ~MediaDatabase();
     MediaDatabase(const MediaDatabase&) = delete;
     MediaDatabase& operator=(const MediaDatabase&) = delete;
+
+    // Whether there was no room on the disk for what connections share: as long as this one lives, no other can
+    // open the file.
+    bool IsAlone() const { return m_isAlone; }
 
     // Hears how each change ended that IMediaManager was asked for: with null when it was made, else with why
     // it was not. Is called within the operation and must neither throw nor use the database.
@@ -158,7 +162,10 @@ public:
                                    std::uint32_t position) override;
 
 private:
+    void Open(const std::string& path, bool alone);
+
     std::unique_ptr<Connection> m_connection;
+    bool m_isAlone = false;
     ChangeListener m_changeListener;
 };
 
