@@ -218,6 +218,29 @@ TEST(DatabaseFile, OnAFullDiskStaysAsItWas) {
     EXPECT_THAT(ends, ElementsAre("media database: no room is left on the disk", "made"));
 }
 
+// As a driver renames a playlist: a new one, into which the songs come one by one.
+TEST(DatabaseFile, OnADiskThatFillsUpTakesAllOfAChangeOrNothing) {
+    const TempFolder folder;
+    MediaDatabase database(folder / "media.db");
+    std::vector<std::string> ends;
+    database.SetChangeListener(
+        [&](const std::exception* failure) { ends.push_back(failure ? failure->what() : "made"); });
+    const auto copy = [&](const std::function<void()>& meanwhile) {
+        database.AsOneChange([&] {
+            const std::uint32_t id = database.CreatePlaylist(100002, "Mine", {});
+            meanwhile();
+            EXPECT_EQ(database.AddSongToPlaylist(id, 7, 0), 0);
+        });
+    };
+    std::optional<FullDisk> full;
+    copy([&] { full.emplace(4096); });
+    EXPECT_EQ(database.ListPlaylists({}).total, 0u);
+    full.reset();
+    copy([] {});
+    EXPECT_EQ(database.ListPlaylists({}).total, 1u);
+    EXPECT_THAT(ends, ElementsAre("media database: no room is left on the disk", "made"));
+}
+
 TEST(DatabaseFile, OpensOnAFullDisk) {
     const TempFolder folder;
     const std::string path = folder / "media.db";

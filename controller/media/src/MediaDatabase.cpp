@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 
+#include "ChangeUnit.h"
 #include "Rows.h"
 #include "Schema.h"
 #include "Sqlite.h"
@@ -42,6 +43,7 @@ MediaDatabase::MediaDatabase(const std::string& path) {
         Open(path, true);
         m_isAlone = true;
     }
+    m_changes = std::make_unique<ChangeUnit>(*m_connection);
 }
 
 void MediaDatabase::Open(const std::string& path, bool alone) {
@@ -60,6 +62,14 @@ void MediaDatabase::Open(const std::string& path, bool alone) {
 }
 
 MediaDatabase::~MediaDatabase() = default;
+
+void MediaDatabase::SetChangeListener(ChangeListener listener) {
+    m_changes->SetListener(std::move(listener));
+}
+
+void MediaDatabase::AsOneChange(const std::function<void()>& body) {
+    m_changes->AsOne(body);
+}
 
 void MediaDatabase::InTransaction(const std::function<void()>& body) {
     m_connection->InTransaction(body);

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "ChangeUnit.h"
 #include "Rows.h"
 #include "Sqlite.h"
 #include "media/MediaDatabase.h"
@@ -82,22 +83,9 @@ void InsertItem(Connection& connection, std::uint32_t playlistId, const MediaIte
     WritePlaylist(connection, playlistId, items);
 }
 
-// GuardEntry for a change, whose end is told to the listener. One that failed returns `neutral`.
 template <class Result, class Body>
-Result GuardChange(const MediaDatabase::ChangeListener& listener, const char* entry, Result neutral,
-                   Body&& body) noexcept {
-    return GuardEntry(entry, neutral, [&] {
-        try {
-            const Result result = body();
-            if (listener && result != neutral)
-                listener(nullptr);
-            return result;
-        } catch (const std::exception& failure) {
-            if (listener)
-                listener(&failure);
-            throw;
-        }
-    });
+Result GuardChange(ChangeUnit& changes, const char* entry, Result neutral, Body&& body) noexcept {
+    return GuardEntry(entry, neutral, [&] { return changes.Run(neutral, body); });
 }
 
 } // namespace
@@ -116,12 +104,12 @@ std::string MediaDatabase::GetPlaylistName(std::uint32_t playlistId) {
 
 std::uint32_t MediaDatabase::CreatePlaylist(std::uint32_t deviceId, const std::string& name,
                                             const std::vector<MediaItem>& songs) {
-    return GuardChange(m_changeListener, "MediaDatabase::CreatePlaylist", 0u,
+    return GuardChange(*m_changes, "MediaDatabase::CreatePlaylist", 0u,
                        [&] { return PutPlaylist(0, deviceId, name, songs); });
 }
 
 std::int32_t MediaDatabase::UpdatePlaylist(std::uint32_t playlistId, const std::vector<MediaItem>& songs) {
-    return GuardChange(m_changeListener, "MediaDatabase::UpdatePlaylist", kFailed, [&] {
+    return GuardChange(*m_changes, "MediaDatabase::UpdatePlaylist", kFailed, [&] {
         std::int32_t result = kFailed;
         InTransaction([&] {
             if (!PlaylistExists(*m_connection, playlistId))
@@ -134,7 +122,7 @@ std::int32_t MediaDatabase::UpdatePlaylist(std::uint32_t playlistId, const std::
 }
 
 std::int32_t MediaDatabase::DeletePlaylist(std::uint32_t playlistId) {
-    return GuardChange(m_changeListener, "MediaDatabase::DeletePlaylist", kFailed, [&] {
+    return GuardChange(*m_changes, "MediaDatabase::DeletePlaylist", kFailed, [&] {
         m_connection->Prepare("DELETE FROM playlists WHERE id = ?").Bind(playlistId).Run();
         return m_connection->Changes() > 0 ? 0 : kFailed;
     });
@@ -143,7 +131,7 @@ std::int32_t MediaDatabase::DeletePlaylist(std::uint32_t playlistId) {
 std::int32_t MediaDatabase::AddMedia(std::uint32_t deviceId, const std::string& description,
                                      const std::string&, const std::string& name, std::int32_t replace,
                                      std::uint32_t& newId) {
-    return GuardChange(m_changeListener, "MediaDatabase::AddMedia", kFailed, [&] {
+    return GuardChange(*m_changes, "MediaDatabase::AddMedia", kFailed, [&] {
         const std::string title = DescribedPlaylist(description, name);
         if (title.empty())
             return kFailed;
@@ -159,7 +147,7 @@ std::int32_t MediaDatabase::AddMedia(std::uint32_t deviceId, const std::string& 
 
 std::int32_t MediaDatabase::AddSongToPlaylist(std::uint32_t playlistId, std::uint32_t songId,
                                               std::uint32_t position) {
-    return GuardChange(m_changeListener, "MediaDatabase::AddSongToPlaylist", kFailed, [&] {
+    return GuardChange(*m_changes, "MediaDatabase::AddSongToPlaylist", kFailed, [&] {
         std::int32_t result = kFailed;
         InTransaction([&] {
             if (!PlaylistExists(*m_connection, playlistId))

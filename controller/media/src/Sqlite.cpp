@@ -178,6 +178,11 @@ void Connection::InTransaction(const std::function<void()>& body) {
     }
 }
 
+void Connection::RollBack() {
+    if (!sqlite3_get_autocommit(m_database))
+        sqlite3_exec(m_database, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
 void Connection::StayAlone() {
     Execute("PRAGMA locking_mode = EXCLUSIVE");
 }

@@ -14,6 +14,7 @@
 
 namespace korvel::media {
 
+class ChangeUnit;
 class Connection;
 struct ScannedSong;
 struct FileStamp;
@@ -51,7 +52,9 @@ public:
     // Hears how each change ended that IMediaManager was asked for: with null when it was made, else with why
     // it was not. Is called within the operation and must neither throw nor use the database.
     using ChangeListener = std::function<void(const std::exception* failure)>;
-    void SetChangeListener(ChangeListener listener) { m_changeListener = std::move(listener); }
+    void SetChangeListener(ChangeListener listener);
+    // What IMediaManager is asked for within `body` is one change: made whole or, when part of it fails, not at all.
+    void AsOneChange(const std::function<void()>& body);
 
     // Runs `body` in one transaction: all of its changes or, when it throws, none. May be nested. Many Put
     // calls are quick only this way.
@@ -166,7 +169,7 @@ private:
 
     std::unique_ptr<Connection> m_connection;
     bool m_isAlone = false;
-    ChangeListener m_changeListener;
+    std::unique_ptr<ChangeUnit> m_changes;
 };
 
 } // namespace korvel::media
