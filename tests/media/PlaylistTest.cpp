@@ -1,6 +1,8 @@
 // Saving, renaming and deleting playlists as drivers do.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "Songs.h"
 #include "StatementCount.h"
 #include "media/MediaDatabase.h"

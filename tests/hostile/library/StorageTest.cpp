@@ -208,6 +208,18 @@ TEST_F(StorageTest, SettingsThatCannotBeWrittenAreToldAndStayAsTheyWereOnDisk) {
     Stop();
 }
 
+TEST_F(StorageTest, WhoeverPlaysInARoomForTheFirstTimeIsToldWhatIsNotWritten) {
+    Start();
+    fs::create_symlink("/dev/full", folder.File("state/driver-state.xml.tmp"));
+    const RawReply refused = Play(1);
+    EXPECT_EQ(refused.status, 507);
+    EXPECT_EQ(refused.Json()["error"], "the settings could not be written: write: No space left on device");
+    EXPECT_TRUE(IsPlayed("1.mp3"));
+    EXPECT_EQ(Play(2).status, 200) << "it changes no settings";
+    EXPECT_TRUE(IsPlayed("2.mp3"));
+    Stop();
+}
+
 TEST_F(StorageTest, ADamagedLibraryIsKeptAsideAndBroughtBack) {
     Start();
     EXPECT_EQ(Play(1).status, 200);
