@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "AudioFiles.h"
+#include "BoundedStream.h"
 #include "HangingFile.h"
 #include "HostileFiles.h"
 #include "ScanHarness.h"
@@ -151,6 +152,18 @@ TEST_F(Reader, LeavesPicturesOutThatAreTooLarge) {
     ASSERT_TRUE(AddPicture(path, JpegBytes(std::string(kMaxCoverBytes, 'x'))));
     EXPECT_FALSE(reader.ReadTags(path).value.hasPicture);
     EXPECT_FALSE(reader.ReadPicture(path).value);
+}
+
+TEST_F(Reader, ReadsSoMuchOfAFileAtMost) {
+    constexpr unsigned long kBlock = BoundedStream::kMaxRead / 4;
+    const std::string path = Put("a.wav", WavBytes());
+    fs::resize_file(path, 2 * BoundedStream::kMaxRead);
+    BoundedStream stream(path.c_str());
+    EXPECT_TRUE(stream.readBlock(kMaxTagBlock + 1).isEmpty());
+    EXPECT_TRUE(stream.WasBounded());
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(stream.readBlock(kBlock).size(), kBlock);
+    EXPECT_TRUE(stream.readBlock(1).isEmpty());
 }
 
 TEST_F(Reader, SaysWhichProgramCannotBeStarted) {

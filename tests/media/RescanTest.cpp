@@ -170,6 +170,13 @@ TEST_F(Rescan, KeepsTheSongsOfAMountPointThatIsEmptyToday) {
     EXPECT_EQ(Locations(), (Texts{"disk/x/a.wav", "here.wav"}));
 }
 
+TEST_F(Rescan, ListsSomeOfThePlacesThatAreAway) {
+    PutWav("a.wav");
+    for (std::size_t i = 0; i <= MediaScanner::kMaxAwayPlaces; ++i)
+        fs::create_symlink(folder / "nowhere", music + "/disk " + std::to_string(i));
+    EXPECT_EQ(Scan().away.size(), MediaScanner::kMaxAwayPlaces);
+}
+
 TEST_F(Rescan, KeepsTheSongsBehindALinkToNowhere) {
     folder.Write("disk/a.wav", WavBytes());
     PutWav("b.wav");
