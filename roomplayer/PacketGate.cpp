@@ -89,28 +89,29 @@ std::optional<SenderAddress> ParseSenderAddress(const std::string& text) {
 bool PacketGate::AdmitRtp(const SenderAddress& from, std::span<const std::uint8_t> packet,
                           Clock::time_point now) {
     const std::lock_guard lock(m_mutex);
-    if (!IsHeardFrom(from, now)) {
-        ++m_dropped.foreign;
-        return false;
-    }
+    // What is no stream's keeps nobody from being the next to be heard.
     if (!IsRoomPacket(packet)) {
         ++m_dropped.malformed;
         return false;
     }
+    if (!IsHeardFrom(from, now)) {
+        ++m_dropped.foreign;
+        return false;
+    }
     const std::uint32_t stream = NumberAt(packet, kRtpStreamOffset);
-    // The pipeline knows streams by their numbers alone: two of the same number would be mixed up.
-    const bool taken = m_present && *m_present != from && m_gate.Knows(stream);
     if (from == m_present) {
         m_lastHeard = now;
         m_waiting.reset();
     }
-    if (taken || !m_gate.Admit(stream, NumberAt(packet, kRtpTimestampOffset), now)) {
+    if (IsAnothers(stream, from, now) || !m_gate.Admit(stream, NumberAt(packet, kRtpTimestampOffset), now)) {
         ++m_dropped.others;
         return false;
     }
     m_present = from;
     m_lastHeard = now;
     m_waiting.reset();
+    m_owners[stream] = {from, now};
+    std::erase_if(m_owners, [this](const auto& owned) { return !m_gate.Knows(owned.first); });
     return true;
 }
 
@@ -134,11 +135,28 @@ bool PacketGate::IsHeardFrom(const SenderAddress& from, Clock::time_point now) {
         return true;
     if (now - m_lastHeard < kSilent)
         return false;
-    if (m_waiting != from) {
+    // Who came first waits on: others cannot keep starting the wait anew.
+    if (!m_waiting || now - m_waitingLastSent >= kAlone) {
         m_waiting = from;
         m_waitingSince = now;
     }
+    if (m_waiting != from)
+        return false;
+    m_waitingLastSent = now;
     return now - m_waitingSince >= kAlone;
+}
+
+// The pipeline knows streams by their numbers alone: two of the same number would be mixed up. A number whose
+// owner has been silent is free again, as when a server has got another address.
+bool PacketGate::IsAnothers(std::uint32_t stream, const SenderAddress& from, Clock::time_point now) {
+    const auto owned = m_owners.find(stream);
+    if (owned == m_owners.end())
+        return false;
+    Owner& owner = owned->second;
+    if (owner.address != from)
+        return now - owner.lastSent < kSilent;
+    owner.lastSent = now;
+    return false;
 }
 
 std::optional<std::uint32_t> PacketGate::TakeLeft(Clock::time_point now, std::chrono::milliseconds age) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -62,16 +63,23 @@ public:
     Dropped Count() const;
 
 private:
+    struct Owner {
+        SenderAddress address;
+        Clock::time_point lastSent;
+    };
+
     bool IsHeardFrom(const SenderAddress& from, Clock::time_point now);
-    bool IsConfigured(const SenderAddress& from) const;
+    bool IsAnothers(std::uint32_t stream, const SenderAddress& from, Clock::time_point now);
 
     const std::vector<SenderAddress> m_senders;
     mutable std::mutex m_mutex;
     SenderGate m_gate;
     std::optional<SenderAddress> m_present; // where the stream comes from that is heard
     Clock::time_point m_lastHeard;
-    std::optional<SenderAddress> m_waiting; // who sends while the present one is silent
+    std::map<std::uint32_t, Owner> m_owners; // of the streams that the gate knows
+    std::optional<SenderAddress> m_waiting;  // who came first while the present one is silent
     Clock::time_point m_waitingSince;
+    Clock::time_point m_waitingLastSent;
     Dropped m_dropped;
 };
 

@@ -196,14 +196,16 @@ GstPadProbeReturn Pipeline::OnPacket(GstPad*, GstPadProbeInfo* info, gpointer se
     const auto now = PacketGate::Clock::now();
     const auto before = self->m_gate.Current();
     const Packet packet(GST_PAD_PROBE_INFO_BUFFER(info));
-    if (!self->m_gate.AdmitRtp(packet.From(), packet.Bytes(), now)) {
+    const bool admitted = self->m_gate.AdmitRtp(packet.From(), packet.Bytes(), now);
+    // With each packet: a new stream may wait for the place of one that the room has left.
+    if (const auto left = self->m_gate.TakeLeft(now, self->m_drainTime))
+        self->ForgetSender(*left);
+    if (!admitted) {
         self->LogDropped();
         return GST_PAD_PROBE_DROP;
     }
     if (const auto sender = self->m_gate.Current(); sender != before)
         common::ProgramLog().Info("sender " + std::to_string(*sender));
-    if (const auto left = self->m_gate.TakeLeft(now, self->m_drainTime))
-        self->ForgetSender(*left);
     return GST_PAD_PROBE_OK;
 }
 
@@ -220,16 +222,15 @@ GstPadProbeReturn Pipeline::OnReport(GstPad*, GstPadProbeInfo* info, gpointer se
 
 // Ever more rarely: whoever sends a million packets does not write a million lines. Packets of a stream that
 // the room has just left are nothing to tell.
-void Pipeline::LogDropped() const {
+void Pipeline::LogDropped() {
     const PacketGate::Dropped dropped = m_gate.Count();
-    std::uint64_t rest = dropped.foreign + dropped.malformed;
-    while (rest >= 10 && rest % 10 == 0)
-        rest /= 10;
-    if (rest == 1) {
-        common::ProgramLog().Warning("dropped packets: " + std::to_string(dropped.foreign) +
-                                     " of other senders, " + std::to_string(dropped.malformed) +
-                                     " that are no stream's");
-    }
+    std::uint64_t next = m_nextDroppedLine;
+    if (dropped.foreign + dropped.malformed < next ||
+        !m_nextDroppedLine.compare_exchange_strong(next, next * 10))
+        return;
+    common::ProgramLog().Warning("dropped packets: " + std::to_string(dropped.foreign) +
+                                 " of other senders, " + std::to_string(dropped.malformed) +
+                                 " that are no stream's");
 }
 
 // Removes what rtpbin keeps for a sender; should it come back, it is new. Only in the receiving thread,
@@ -239,7 +240,7 @@ void Pipeline::ForgetSender(std::uint32_t sender) {
         g_signal_emit_by_name(demuxer.get(), "clear-ssrc", sender, nullptr);
 }
 
-// Every payload type is taken for the one format, since nothing was signalled.
+// The format of the one payload type that the gate lets in; nothing was signalled.
 GstCaps* Pipeline::OnPayloadType(GstElement*, guint, guint payloadType, gpointer) {
     return RtpCaps(payloadType);
 }

@@ -69,7 +69,7 @@ private:
     static GstFlowReturn OnSound(GstAppSink* sink, gpointer self);
     static gboolean OnMessage(GstBus* bus, GstMessage* message, gpointer self);
     void ForgetSender(std::uint32_t sender);
-    void LogDropped() const;
+    void LogDropped();
 
     PacketGate& m_gate;
     WavWriter* m_recording;
@@ -82,6 +82,7 @@ private:
     SourceId m_messages;
     bool m_recordingFailed = false; // only used by the recorder's thread
     std::atomic<std::uint64_t> m_played = 0;
+    std::atomic<std::uint64_t> m_nextDroppedLine = 1; // as many dropped packets are told of next
 
     std::mutex m_mutex; // senders come and go in several threads
     std::map<std::string, Branch> m_branches;

@@ -115,6 +115,33 @@ TEST_F(PacketGateTest, ANumberThatIsTakenBelongsToWhoHadItFirst) {
     EXPECT_TRUE(Play(kServer, 1, milliseconds(4)));
 }
 
+TEST_F(PacketGateTest, ARoomComesBackToAnEarlierStreamOfAnotherSender) {
+    Configure({kServer, kOther});
+    Play(kServer, 1, milliseconds(100));
+    Play(kOther, 2, milliseconds(100));
+    EXPECT_TRUE(Play(kServer, 1, milliseconds(700)));
+}
+
+TEST_F(PacketGateTest, ANumberWhoseOwnerIsSilentIsFreeAgain) {
+    Play(kServer, 1, milliseconds(100));
+    EXPECT_FALSE(Play(kOther, 1, milliseconds(100)));
+    Pass(PacketGate::kSilent);
+    EXPECT_TRUE(Play(kOther, 1, PacketGate::kAlone + milliseconds(700)));
+}
+
+TEST_F(PacketGateTest, NobodyKeepsTheNextSenderWaitingForEver) {
+    const SenderAddress noise = Address("10.0.0.3");
+    Play(kServer, 1, milliseconds(100));
+    Pass(PacketGate::kSilent);
+    bool heard = false;
+    for (int packets = 0; packets < 100; ++packets) {
+        EXPECT_FALSE(Send(noise, {}));
+        heard = Play(kOther, 2, milliseconds(4));
+        EXPECT_FALSE(Play(noise, 3, milliseconds(4)));
+    }
+    EXPECT_TRUE(heard);
+}
+
 TEST_F(PacketGateTest, OnlyPlainPacketsOfTheOneTypePass) {
     Bytes packet = Rtp(1);
     for (const unsigned first : {0x00U, 0x40U, 0xc0U, 0x81U, 0x90U, 0xa0U}) {
