@@ -89,8 +89,8 @@ void Acceptor::Accept() {
             AcceptLater();
             return;
         }
+        Accept(); // first: should the owner throw, the next ones come in all the same
         OnConnection(std::move(socket));
-        Accept();
     });
 }
 
@@ -114,7 +114,8 @@ void Acceptor::OnConnection(tcp::socket socket) {
 bool Acceptor::HasRoom(const asio::ip::address& address) {
     const std::string who = "a connection of " + address.to_string();
     if (Count(&address) >= m_limits.perAddress && !MakeRoom(&address)) {
-        m_log.Warning("refused " + who + ", which has " + std::to_string(m_limits.perAddress));
+        m_log.WriteFor(LogLevel::Warning, address.to_string(),
+                       "refused " + who + ", which has " + std::to_string(m_limits.perAddress));
         return false;
     }
     if (Count(nullptr) >= m_limits.total && !MakeRoom(nullptr)) {

@@ -29,6 +29,18 @@ std::string EncodeBeyondAscii(std::string_view text) {
     return encoded;
 }
 
+// A host's name is written as it is, without escapes, and no address of the future is known.
+std::optional<urls::authority_view> ParseAuthority(std::string_view text, std::string& encoded) {
+    const std::size_t host = text.rfind('@') + 1; // 0 without a user
+    if (text.find('%', host) != std::string_view::npos)
+        return std::nullopt;
+    encoded = EncodeBeyondAscii(text);
+    const auto authority = urls::parse_authority(encoded);
+    if (!authority || authority->host_type() == urls::host_type::ipvfuture)
+        return std::nullopt;
+    return *authority;
+}
+
 // `standardPort` counts when no port was written; 0 when one must be.
 std::optional<HostPort> ReadServer(const urls::authority_view& authority, std::uint16_t standardPort) {
     const HostPort server{authority.host_address(),
@@ -42,8 +54,8 @@ std::optional<HostPort> ReadServer(const urls::authority_view& authority, std::u
 } // namespace
 
 std::optional<HostPort> ParseHostPort(std::string_view text) {
-    const std::string encoded = EncodeBeyondAscii(text);
-    const auto authority = urls::parse_authority(encoded);
+    std::string encoded;
+    const auto authority = ParseAuthority(text, encoded);
     if (!authority || authority->has_userinfo())
         return std::nullopt;
     return ReadServer(*authority, 0);
@@ -64,8 +76,8 @@ std::optional<WebAddress> ParseWebAddress(std::string_view text) {
         return std::nullopt;
     text.remove_prefix(secure ? kHttps.size() : kHttp.size());
     const std::size_t end = std::min(text.find_first_of("/?#"), text.size());
-    const std::string encoded = EncodeBeyondAscii(text.substr(0, end));
-    const auto authority = urls::parse_authority(encoded);
+    std::string encoded;
+    const auto authority = ParseAuthority(text.substr(0, end), encoded);
     const auto server = authority ? ReadServer(*authority, secure ? kHttpsPort : kHttpPort) : std::nullopt;
     if (!server)
         return std::nullopt;

@@ -55,10 +55,18 @@ void LineConnection::End(const std::string& why) {
 void LineConnection::Read() {
     m_socket.async_read_some(
         asio::buffer(m_chunk), [self = shared_from_this()](error_code error, std::size_t count) {
-            if (error)
+            if (error) {
                 self->End(error == asio::error::eof ? "end of connection" : error.message());
-            else if (self->IsOpen())
-                self->OnBytes(count);
+                return;
+            }
+            try {
+                if (self->IsOpen())
+                    self->OnBytes(count);
+            } catch (...) {
+                // Nobody would read on.
+                self->End("internal error");
+                throw;
+            }
         });
 }
 

@@ -19,23 +19,25 @@ std::string_view Line::GetText() const {
 }
 
 void LineSplitter::Add(std::string_view bytes) {
+    m_bytes.erase(0, m_begin);
+    m_searched -= m_begin;
+    m_begin = 0;
     m_bytes.append(bytes);
 }
 
 std::optional<Line> LineSplitter::Take() {
     std::size_t end = m_bytes.find('\n', m_searched);
     if (m_skipping) {
-        m_searched = 0;
         if (end == std::string::npos) {
-            m_bytes.clear();
+            m_begin = m_searched = m_bytes.size();
             return std::nullopt;
         }
-        m_bytes.erase(0, end + 1);
+        m_begin = end + 1;
         m_skipping = false;
-        end = m_bytes.find('\n');
+        end = m_bytes.find('\n', m_begin);
     }
     const bool ended = end != std::string::npos;
-    const std::string_view line = std::string_view(m_bytes).substr(0, ended ? end + 1 : end);
+    const std::string_view line = std::string_view(m_bytes).substr(m_begin, ended ? end + 1 - m_begin : end);
     const bool tooLong = WithoutEnd(line).size() > m_most;
     if (!ended && !tooLong) {
         m_searched = m_bytes.size();
@@ -43,13 +45,14 @@ std::optional<Line> LineSplitter::Take() {
     }
     Line taken{std::string(tooLong ? line.substr(0, m_most) : line), tooLong};
     m_skipping = !ended;
-    m_bytes.erase(0, line.size());
-    m_searched = 0;
+    m_begin += line.size();
+    m_searched = m_begin;
     return taken;
 }
 
 void LineSplitter::Clear() {
     m_bytes.clear();
+    m_begin = 0;
     m_searched = 0;
     m_skipping = false;
 }

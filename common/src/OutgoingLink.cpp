@@ -54,24 +54,35 @@ void OutgoingLink::Connect() {
         if (!error && !m_connection)
             Fail("no connection in time");
     }));
+    const std::string& host = m_settings.server.host;
+    const std::uint16_t port = m_settings.server.port;
+    // What is no name is not asked for: all look-ups of a program wait behind one that nobody answers.
+    error_code isName;
+    const auto address = asio::ip::make_address(host, isName);
+    if (!isName && (address.is_v4() || !m_settings.onlyIPv4)) {
+        ConnectTo(
+            tcp::resolver::results_type::create(tcp::endpoint(address, port), host, std::to_string(port)));
+        return;
+    }
     auto resolved = InThisAttempt([this](error_code error, const tcp::resolver::results_type& endpoints) {
-        if (error) {
+        if (error)
             Fail(error.message());
-            return;
-        }
-        asio::async_connect(m_socket, endpoints,
-                            InThisAttempt([this](error_code refused, const tcp::endpoint&) {
-                                if (refused)
-                                    Fail(refused.message());
-                                else
-                                    OnConnected(std::exchange(m_socket, tcp::socket(m_executor)));
-                            }));
+        else
+            ConnectTo(endpoints);
     });
-    const std::string port = std::to_string(m_settings.server.port);
     if (m_settings.onlyIPv4)
-        m_resolver.async_resolve(tcp::v4(), m_settings.server.host, port, std::move(resolved));
+        m_resolver.async_resolve(tcp::v4(), host, std::to_string(port), std::move(resolved));
     else
-        m_resolver.async_resolve(m_settings.server.host, port, std::move(resolved));
+        m_resolver.async_resolve(host, std::to_string(port), std::move(resolved));
+}
+
+void OutgoingLink::ConnectTo(const tcp::resolver::results_type& endpoints) {
+    asio::async_connect(m_socket, endpoints, InThisAttempt([this](error_code refused, const tcp::endpoint&) {
+                            if (refused)
+                                Fail(refused.message());
+                            else
+                                OnConnected(std::exchange(m_socket, tcp::socket(m_executor)));
+                        }));
 }
 
 void OutgoingLink::OnConnected(tcp::socket socket) {

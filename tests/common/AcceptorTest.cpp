@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "Peer.h"
@@ -23,6 +25,8 @@ protected:
             loop.loop.get_executor(), "0.0.0.0", std::uint16_t{0}, limits,
             [this](tcp::socket socket, Acceptor::Place place) {
                 guests.push_back(std::make_shared<Guest>(Guest{std::move(socket), std::move(place)}));
+                if (std::exchange(fails, false))
+                    throw std::runtime_error("no memory for one more");
             },
             log);
     }
@@ -51,6 +55,7 @@ protected:
     std::optional<Acceptor> acceptor;
     std::vector<std::shared_ptr<Guest>> guests; // by the order in which they were let in; null once gone
     std::vector<std::size_t> left;              // who gave way
+    bool fails = false;                         // with the next one
 };
 
 TEST_F(AcceptorTest, LetsInSoManyAndNoMore) {
@@ -60,6 +65,13 @@ TEST_F(AcceptorTest, LetsInSoManyAndNoMore) {
     EXPECT_TRUE(Connect()->ended);
     EXPECT_FALSE(a->ended || b->ended);
     EXPECT_EQ(guests.size(), 2u);
+}
+
+TEST_F(AcceptorTest, AfterAFailureTheNextComesInAllTheSame) {
+    Listen({9, 9});
+    fails = true;
+    EXPECT_THROW(Connect(), std::runtime_error);
+    EXPECT_FALSE(Connect()->ended);
 }
 
 TEST_F(AcceptorTest, APlaceThatEndsMakesRoom) {

@@ -14,10 +14,11 @@ TEST(Address, AHostAndItsPort) {
 
 TEST(Address, WhatIsNotAHostAndItsPort) {
     for (const char* text :
-         {"",           ":",         "home",       "home:",         ":80",        "home:0",
-          "home:65536", "home:-1",   "home:8o",    "home:80 ",      " home:80",   "::1:80",
-          "[::1]",      "[::1:80",   "[home]:80",  "me@home:80",    "home:80:80", "home/:80",
-          "ho me:80",   "home\n:80", "ho%0Ame:80", "http://home:80"})
+         {"",           ":",         "home",       "home:",          ":80",        "home:0",
+          "home:65536", "home:-1",   "home:8o",    "home:80 ",       " home:80",   "::1:80",
+          "[::1]",      "[::1:80",   "[home]:80",  "me@home:80",     "home:80:80", "home/:80",
+          "ho me:80",   "home\n:80", "ho%0Ame:80", "http://home:80", "ho%20me:80", "ho%22me:80",
+          "ho%2Fme:80", "[v1.x]:80"})
         EXPECT_EQ(ParseHostPort(text), std::nullopt) << text;
     EXPECT_EQ(ParseHostPort(std::string(256, 'a') + ":80"), std::nullopt);
 }
@@ -33,7 +34,7 @@ TEST(WebAddress, HasAServerAndATarget) {
     EXPECT_FALSE(plain->secure);
     EXPECT_EQ(plain->server, (HostPort{"radio.example", 80}));
     EXPECT_EQ(plain->target, "/jazz?a=1#b");
-    const auto secure = ParseWebAddress("https://me:word@[::1]:8443?x");
+    const auto secure = ParseWebAddress("https://me:w%40rd@[::1]:8443?x");
     ASSERT_TRUE(secure);
     EXPECT_TRUE(secure->secure);
     EXPECT_EQ(secure->server, (HostPort{"::1", 8443}));
@@ -67,6 +68,8 @@ TEST(WebAddress, WhatIsNone) {
                              "http://a:0/",
                              "http://a:65536/",
                              "http://a:b/",
+                             "http://a%2Fb/",
+                             "http://[v1.x]/",
                              "http://[::1/"})
         EXPECT_FALSE(ParseWebAddress(text)) << text;
 }

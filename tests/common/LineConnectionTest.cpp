@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <vector>
 
 #include "Peer.h"
@@ -17,11 +18,13 @@ protected:
             connection->Close();
     }
 
-    void Open(const LineLimits& these) {
+    // `first`: what the peer has said before anybody listens.
+    void Open(const LineLimits& these, const std::string& first = "") {
         tcp::acceptor acceptor(loop.loop, {asio::ip::address_v4::loopback(), 0});
         tcp::socket far(loop.loop);
         far.connect(acceptor.local_endpoint());
         peer = std::make_shared<Peer>(std::move(far));
+        peer->Send(first);
         connection = std::make_shared<LineConnection>(acceptor.accept(), these,
                                                       static_cast<LineConnection::Listener&>(*this));
         connection->Start();
@@ -29,6 +32,8 @@ protected:
 
     void OnLine(const Line& line) override {
         lines.push_back((line.tooLong ? "!" : "") + std::string(line.GetText()));
+        if (lines.back() == throwAfter)
+            throw std::runtime_error("cannot take it");
         if (closeAfter == lines.back())
             connection->Close();
     }
@@ -44,6 +49,7 @@ protected:
     std::vector<std::string> lines;
     std::vector<std::string> ends;
     std::string closeAfter;
+    std::string throwAfter;
     const LineLimits limits{10, 1u << 20, 1h};
 };
 
@@ -89,6 +95,15 @@ TEST_F(LineConnectionTest, WhoeverClosesItHearsNoMore) {
     EXPECT_TRUE(ends.empty());
 }
 
+TEST_F(LineConnectionTest, WhoeverFailsAtALineIsToldOfTheEnd) {
+    Open(limits);
+    throwAfter = "a";
+    peer->Send("a\nb\n");
+    EXPECT_THROW(loop.RunUntil([&] { return !ends.empty(); }), std::runtime_error);
+    EXPECT_EQ(ends, std::vector<std::string>{"internal error"});
+    EXPECT_FALSE(connection->IsOpen());
+}
+
 TEST_F(LineConnectionTest, ALineThatDoesNotEndEndsTheConnection) {
     Open({10, 1u << 20, 50ms});
     peer->Send("whole\nhalf");
@@ -127,8 +142,7 @@ TEST_F(LineConnectionTest, APeerThatSaysNothingLosesTheConnectionWhereItMustSpea
 }
 
 TEST_F(LineConnectionTest, OnceItHasSpokenItMayKeepSilent) {
-    Open({10, 1u << 20, 1h, 50ms});
-    peer->Send("a\n");
+    Open({10, 1u << 20, 1h, 50ms}, "a\n");
     asio::steady_timer later(loop.loop, 100ms);
     bool over = false;
     later.async_wait([&](error_code) { over = true; });

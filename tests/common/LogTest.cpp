@@ -99,7 +99,8 @@ TEST(Log, APlaceThatGoesOnAndOnIsCountedAndOthersAreNot) {
     EXPECT_LT(lines.size(), kLines / 2u);
     EXPECT_TRUE(
         std::ranges::any_of(lines, [](const auto& line) { return line.ends_with("something else\n"); }));
-    EXPECT_NE(lines.back().find("left out "), std::string::npos) << lines.back();
+    EXPECT_TRUE(std::ranges::any_of(
+        lines, [](const auto& line) { return line.find("left out ") != std::string::npos; }));
 }
 
 // A line from the given place of a program at the given time.

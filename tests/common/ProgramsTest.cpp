@@ -17,7 +17,14 @@ protected:
     Process Start(const std::vector<std::string>& options) const { return {GetParam(), options, m_errors}; }
 
 private:
-    const std::string m_errors = testing::TempDir() + "programs-" + Name() + "-errors";
+    // Of each test its own: they run beside each other.
+    static std::string FileName() {
+        std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
+        std::ranges::replace(name, '/', '-');
+        return testing::TempDir() + "programs-" + name + "-errors";
+    }
+
+    const std::string m_errors = FileName();
 };
 
 TEST_P(Programs, SayWhichTheyAre) {

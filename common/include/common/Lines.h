@@ -30,7 +30,7 @@ public:
     std::optional<Line> Take();
 
     // Whether a line has begun that has not ended. Asked when Take() has nothing more.
-    bool IsInLine() const { return m_skipping || !m_bytes.empty(); }
+    bool IsInLine() const { return m_skipping || m_begin < m_bytes.size(); }
 
     // The next byte begins a line, whatever came before.
     void Clear();
@@ -38,6 +38,7 @@ public:
 private:
     std::size_t m_most;
     std::string m_bytes;
+    std::size_t m_begin = 0;    // what is before it has been taken
     std::size_t m_searched = 0; // no line ends before this place
     bool m_skipping = false;    // the rest of a line that is too long
 };

@@ -64,6 +64,7 @@ private:
     void OnEnd(const std::string& why) override;
 
     void Connect();
+    void ConnectTo(const tcp::resolver::results_type& endpoints);
     void OnConnected(tcp::socket socket);
     void Fail(const std::string& why);
 
