@@ -65,7 +65,8 @@ std::string Process::Errors() const {
 }
 
 void Process::Signal(int number) const {
-    ::kill(m_pid, number);
+    if (!m_exit) // else the number may be another's
+        ::kill(m_pid, number);
 }
 
 unsigned Process::Threads() const {

@@ -24,8 +24,10 @@ protected:
 
     // The controller's, which is started for it; 0 when it does not come up.
     std::uint16_t HttpPort() {
-        std::ofstream(PathOf("house.toml")) << "state = \"" << PathOf("state") << "\"\nplugin = \""
-                                            << KORVEL_DRIVER << "\"\n[http]\nport = 0\n";
+        std::ofstream(PathOf("house.toml"))
+            << "state = \"" << PathOf("state") << "\"\nplugin = \"" << KORVEL_DRIVER
+            << "\"\n[http]\nport = 0\n"
+            << "[[server]]\nhost = \"127.0.0.1\"\nport = " << ServerPort() << "\n";
         m_controller = std::make_unique<Process>(KORVEL_CONTROLLER,
                                                  std::vector<std::string>{"--config", PathOf("house.toml")},
                                                  PathOf("controller.log"));
