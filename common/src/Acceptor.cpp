@@ -114,7 +114,7 @@ void Acceptor::OnConnection(tcp::socket socket) {
 bool Acceptor::HasRoom(const asio::ip::address& address) {
     const std::string who = "a connection of " + address.to_string();
     if (Count(&address) >= m_limits.perAddress && !MakeRoom(&address)) {
-        m_log.WriteFor(LogLevel::Warning, address.to_string(),
+        m_log.WriteFor(address.to_string(), LogLevel::Warning,
                        "refused " + who + ", which has " + std::to_string(m_limits.perAddress));
         return false;
     }

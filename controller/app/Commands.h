@@ -22,7 +22,7 @@ public:
         const ServerBindings& bindings;
         RoomRouter& router;
         const RoomTable& rooms;
-        const Library& library;
+        Library& library;
         StateKeeper& state;
     };
 

@@ -46,7 +46,7 @@ FileReader::Answer<Value> FileReader::Ask(const char* what, const std::string& p
     Answer<Value> answer{reply.outcome, {}, std::move(reply.why)};
     if (answer.outcome == Outcome::Done && !ReadAnswer(reply.value, answer.value)) {
         m_process->End();
-        answer = {Outcome::Died, {}, "the reader answered nonsense"};
+        return {Outcome::Died, {}, "the reader answered nonsense"};
     }
     return answer;
 }
