@@ -177,6 +177,14 @@ void DeleteNotify(gpointer notify) {
     delete static_cast<MediaNotify*>(notify);
 }
 
+// Has its share of what may be open until nothing holds it any more.
+std::shared_ptr<GstElement> MakePipeline() {
+    return {GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))),
+            [share = std::make_shared<DescriptorShare>(kDescriptorsPerSource)](GstElement* pipeline) {
+                gst_object_unref(pipeline);
+            }};
+}
+
 } // namespace
 
 bool MediaSource::HasRoom(std::string& error) {
@@ -239,7 +247,7 @@ std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& descripti
 
 MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, std::string device, Owner owner)
     : m_outlet(std::make_shared<Outlet>()),
-      m_pipeline(ElementPtr(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))))),
+      m_pipeline(MakePipeline()),
       m_head(head.get()),
       m_thread(owner.executor, owner.toEnd, std::move(device)) {
     GuardPlaylists();

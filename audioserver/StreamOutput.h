@@ -10,6 +10,7 @@
 #include <mutex>
 #include <string>
 
+#include "audioserver/Descriptors.h"
 #include "audioserver/GstPointers.h"
 #include "audioserver/LineParser.h"
 #include "audioserver/PcmFeed.h"
@@ -56,6 +57,7 @@ private:
     void RestWhileIdle();
     std::uint64_t PacketsUntilNow() const;
 
+    const DescriptorShare m_share{kDescriptorsPerStream};
     ElementPtr m_pipeline;
     GstElement* m_source = nullptr; // these three are owned by the pipeline
     GstElement* m_rtpSink = nullptr;
