@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -67,6 +68,15 @@ std::string Process::Errors() const {
 void Process::Signal(int number) const {
     if (!m_exit) // else the number may be another's
         ::kill(m_pid, number);
+}
+
+bool Process::HasOpen(const std::string& path) const {
+    std::error_code error;
+    for (const auto& entry :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(m_pid) + "/fd", error))
+        if (std::filesystem::read_symlink(entry, error) == path)
+            return true;
+    return false;
 }
 
 unsigned Process::Threads() const {
