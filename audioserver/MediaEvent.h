@@ -16,7 +16,7 @@ struct MediaEvent {
         kPlaying,   // sound is given out, for the first time or after a starvation
         kStarved,   // it gives no sound at the moment
         kTags,      // text is what the source says it plays
-        kStatus     // text is "buffering N%" or "playing"
+        kStatus     // text is "connecting", "buffering N%" or "playing"
     };
 
     Kind kind = Kind::kFailed;

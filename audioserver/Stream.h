@@ -37,11 +37,13 @@ struct StreamSettings {
 // loaded.
 //
 //     empty --AddMedia--> playing <--SetState play/pause--> paused
-//     playing, paused --AddMedia--> playing            (the new media)
-//     playing, paused --Unload, end, failure--> empty  (the stream and its clients stay)
+//     playing, paused --a station is lost--> reconnecting --a wait--> playing, paused
+//     any --AddMedia--> playing            (the new media)
+//     any --Unload, end, failure--> empty  (the stream and its clients stay)
 //
-// A source that gives no sound for too long has failed, unless it is paused. A station that has played does
-// not end and does not fail: it is connected to again, after ever longer waits, until it is unloaded.
+// A source whose first sound does not come in time has failed, unless it is paused; so has one with a reserve
+// that has run dry for too long. A station that has played does not end and does not fail: it is connected to
+// again, after ever longer waits, until it is unloaded.
 //
 // A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
 // track the next is looked up.
