@@ -113,6 +113,11 @@ void Stream::DropMedia() {
     m_output->SetFeed(nullptr);
     m_patience.cancel();
     m_media.reset();
+    {
+        // The event that would have come for it is of the old generation.
+        const std::lock_guard lock(m_title->mutex);
+        m_title->text.reset();
+    }
     m_ready = false;
     m_sounds = false;
 }
