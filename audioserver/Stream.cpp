@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "audioserver/LineFormat.h"
-#include "common/Log.h"
 
 namespace korvel::audioserver {
 namespace {
@@ -44,8 +43,7 @@ void Stream::Start() {
         std::make_unique<StreamOutput>([executor = m_executor, weak = weak_from_this()](std::string reason) {
             boost::asio::post(executor, [weak, reason = std::move(reason)] {
                 if (const auto stream = weak.lock()) {
-                    common::ProgramLog().Warning("stream " + std::to_string(stream->m_number) +
-                                                 ": output failed: " + OneLine(reason));
+                    stream->Warn("output failed: " + OneLine(reason));
                     stream->m_sink(ReportLine(stream->m_number, kStreamError, reason));
                 }
             });
@@ -227,7 +225,7 @@ void Stream::OnDrained() {
 
 void Stream::OnFailed(const std::string& reason) {
     if (m_catalogueMedia && ++m_catalogueMedia->failedTracks < kMaxFailedTracks && GoOnWithChannel()) {
-        common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": left out: " + OneLine(reason));
+        Warn("left out: " + OneLine(reason));
         return;
     }
     if (IsStationThatPlayed()) {
@@ -239,7 +237,7 @@ void Stream::OnFailed(const std::string& reason) {
 
 void Stream::Fail(const std::string& reason) {
     Unload();
-    common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": bad media: " + OneLine(reason));
+    Warn("bad media: " + OneLine(reason));
     m_sink(BadMediaLine(m_number, reason));
 }
 
@@ -256,6 +254,12 @@ void Stream::OnReady() {
 void Stream::OnBroadcast() {
     if (!std::exchange(m_broadcast, true))
         m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
+}
+
+// No stream that fails all the time hides the lines of another.
+void Stream::Warn(const std::string& text, common::LogPlace place) const {
+    const std::string name = "stream " + std::to_string(m_number);
+    common::ProgramLog().WriteFor(name, common::LogLevel::Warning, name + ": " + text, place);
 }
 
 // Whether it is news.

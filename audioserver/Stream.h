@@ -20,6 +20,7 @@
 #include "audioserver/SourceTimes.h"
 #include "audioserver/StreamOutput.h"
 #include "common/BackOff.h"
+#include "common/Log.h"
 
 namespace korvel::audioserver {
 
@@ -90,6 +91,7 @@ private:
     void OnFailed(const std::string& reason);
     void Fail(const std::string& reason);
     void DropMedia();
+    void Warn(const std::string& text, common::LogPlace place = common::LogPlace::Here()) const;
     bool Report(std::string_view prefix, const std::string& text, std::string& last);
     MediaSource::Owner MakeOwner();
 

@@ -4,7 +4,6 @@
 
 #include "audioserver/LineFormat.h"
 #include "audioserver/Stream.h"
-#include "common/Log.h"
 
 namespace korvel::audioserver {
 namespace {
@@ -45,8 +44,7 @@ void Stream::Reconnect(const std::string& reason) {
     }
     DropMedia();
     const auto wait = m_backOff.Next();
-    common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": the station is lost: " +
-                                 OneLine(reason) + "; again in " + InSeconds(wait));
+    Warn("the station is lost: " + OneLine(reason) + "; again in " + InSeconds(wait));
     Report(kStreamStatus, "reconnecting in " + InSeconds(wait), m_lastStatus);
     m_untilRetry.expires_after(wait);
     m_untilRetry.async_wait(
