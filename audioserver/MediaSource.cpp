@@ -37,6 +37,10 @@ struct MediaSource::Outlet {
         const std::lock_guard lock(mutex);
         notify = nullptr;
     }
+    bool IsClosed() {
+        const std::lock_guard lock(mutex);
+        return !notify;
+    }
 };
 
 namespace {
@@ -187,8 +191,8 @@ std::shared_ptr<GstElement> MakePipeline() {
 
 } // namespace
 
-bool MediaSource::HasRoom(std::string& error) {
-    if (SourceThread::Abandoned() >= SourceThread::kMaxAbandoned) {
+bool MediaSource::HasRoom(SourceThread::Kind kind, std::string& error) {
+    if (!SourceThread::HasRoom(kind)) {
         error = "too many sources hang";
         return false;
     }
@@ -203,28 +207,28 @@ std::unique_ptr<MediaSource> MediaSource::OpenFile(const std::string& path, Owne
     const GStringPtr uri(gst_filename_to_uri(path.c_str(), nullptr));
     if (!uri)
         error = "unusable path";
-    if (!uri || !HasRoom(error))
+    if (!uri || !HasRoom(SourceThread::Kind::kFile, error))
         return nullptr;
-    std::unique_ptr<MediaSource> source(
-        new MediaSource(MakeUriHead(uri.get()), {500, kFileReserve, false}, "", std::move(owner)));
+    std::unique_ptr<MediaSource> source(new MediaSource(MakeUriHead(uri.get()), {500, kFileReserve, false},
+                                                        SourceThread::Kind::kFile, "", std::move(owner)));
     source->Start([path] { return LookAtFile(path); }, true);
     return source;
 }
 
 std::unique_ptr<MediaSource> MediaSource::OpenWeb(const std::string& url, Owner owner, std::string& error) {
-    if (!HasRoom(error))
+    if (!HasRoom(SourceThread::Kind::kWeb, error))
         return nullptr;
     ElementPtr head = MakeUriHead(url);
     g_signal_connect(head.get(), "source-setup", G_CALLBACK(ConfigureWebSource), nullptr);
-    std::unique_ptr<MediaSource> source(
-        new MediaSource(std::move(head), {6000, kWebReserve, false}, "", std::move(owner)));
+    std::unique_ptr<MediaSource> source(new MediaSource(std::move(head), {6000, kWebReserve, false},
+                                                        SourceThread::Kind::kWeb, "", std::move(owner)));
     source->Start({}, false);
     return source;
 }
 
 std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& description, Owner owner,
                                                     std::string& error) {
-    if (!HasRoom(error))
+    if (!HasRoom(SourceThread::Kind::kInput, error))
         return nullptr;
     ElementPtr head;
     if (gst_uri_is_valid(description.c_str())) {
@@ -239,17 +243,19 @@ std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& descripti
         }
         head.reset(GST_ELEMENT(gst_object_ref_sink(made)));
     }
-    std::unique_ptr<MediaSource> source(
-        new MediaSource(std::move(head), {200, kInputReserve, true}, description, std::move(owner)));
+    std::unique_ptr<MediaSource> source(new MediaSource(std::move(head), {200, kInputReserve, true},
+                                                        SourceThread::Kind::kInput, description,
+                                                        std::move(owner)));
     source->Start({}, true);
     return source;
 }
 
-MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, std::string device, Owner owner)
+MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, SourceThread::Kind kind, std::string device,
+                         Owner owner)
     : m_outlet(std::make_shared<Outlet>()),
       m_pipeline(MakePipeline()),
       m_head(head.get()),
-      m_thread(owner.executor, owner.toEnd, std::move(device)) {
+      m_thread(owner.executor, owner.toEnd, kind, std::move(device)) {
     GuardPlaylists();
     m_outlet->notify = std::move(owner.notify);
     const MediaNotify notify = [outlet = m_outlet](MediaEvent event) { outlet->Notify(std::move(event)); };
@@ -288,6 +294,9 @@ void MediaSource::ConnectHead(GstElement* head, GstElement* converter) {
 void MediaSource::Start(Look look, bool trusted) {
     m_thread.Do([pipeline = m_pipeline, feed = m_feed, outlet = m_outlet, look = std::move(look), trusted] {
         std::string error = look ? look() : "";
+        // Nobody wants it any more: the disk hung, or the device was another's for so long.
+        if (outlet->IsClosed())
+            return;
         std::optional<TrustedAddress> trust;
         if (trusted)
             trust.emplace();
@@ -317,8 +326,8 @@ void MediaSource::StartAt(std::uint32_t milliseconds) {
     });
 }
 
-void MediaSource::SetAbandonedNotify(std::function<void()> notify) {
-    m_thread.SetAbandonedNotify(std::move(notify));
+void MediaSource::SetEndNotify(SourceThread::EndNotify notify) {
+    m_thread.SetEndNotify(std::move(notify));
 }
 
 void MediaSource::FindLength() {

@@ -106,10 +106,13 @@ void Stream::Unload() {
     m_lastStatus.clear();
 }
 
-void Stream::DropMedia() {
+// `onEnd`: called when the source has ended or is abandoned, if there is one.
+void Stream::DropMedia(SourceThread::EndNotify onEnd) {
     ++m_generation;
     m_output->SetFeed(nullptr);
     m_patience.cancel();
+    if (m_media && onEnd)
+        m_media->SetEndNotify(std::move(onEnd));
     m_media.reset();
     {
         // The event that would have come for it is of the old generation.
@@ -215,7 +218,7 @@ void Stream::OnDrained() {
         m_catalogueMedia->failedTracks = 0;
         return;
     }
-    if (IsStationThatPlayed()) {
+    if (CanReconnect()) {
         Reconnect("it has ended");
         return;
     }
@@ -228,7 +231,7 @@ void Stream::OnFailed(const std::string& reason) {
         Warn("left out: " + OneLine(reason));
         return;
     }
-    if (IsStationThatPlayed()) {
+    if (CanReconnect()) {
         Reconnect(reason);
         return;
     }

@@ -38,7 +38,7 @@ struct StreamSettings {
 // loaded.
 //
 //     empty --AddMedia--> playing <--SetState play/pause--> paused
-//     playing, paused --a station is lost--> reconnecting --a wait--> playing, paused
+//     playing, paused --a station is lost--> reconnecting --a wait, the end of the source--> playing, paused
 //     any --AddMedia--> playing            (the new media)
 //     any --Unload, end, failure--> empty  (the stream and its clients stay)
 //
@@ -90,15 +90,16 @@ private:
     void OnDrained();
     void OnFailed(const std::string& reason);
     void Fail(const std::string& reason);
-    void DropMedia();
+    void DropMedia(SourceThread::EndNotify onEnd = nullptr);
     void Warn(const std::string& text, common::LogPlace place = common::LogPlace::Here()) const;
     bool Report(std::string_view prefix, const std::string& text, std::string& last);
     MediaSource::Owner MakeOwner();
 
     // StreamStation.cpp
     void StartPatience();
-    bool IsStationThatPlayed() const;
+    bool CanReconnect() const;
     void Reconnect(const std::string& reason);
+    void ConnectWhenFree();
     void Connect();
     void TellTitle();
 
@@ -148,8 +149,9 @@ private:
 
     boost::asio::steady_timer m_patience;
     boost::asio::steady_timer m_untilRetry;
-    common::BackOff m_backOff; // before the station is connected to again
-    std::string m_address;     // of the station
+    common::BackOff m_backOff;   // before the station is connected to again
+    unsigned m_untilConnect = 0; // what has still to happen before: the wait, the end of the source
+    std::string m_address;       // of the station
     bool m_broadcast = false;
     bool m_played = false; // ever, since it was added
     bool m_sounds = false; // now, unless it is paused

@@ -30,19 +30,21 @@ void Stream::StartPatience() {
         });
 }
 
-bool Stream::IsStationThatPlayed() const {
+bool Stream::CanReconnect() const {
     return m_mediaKind == MediaReference::Kind::kWeb && m_broadcast && m_played;
 }
 
 void Stream::Reconnect(const std::string& reason) {
-    if (m_media) {
-        m_media->SetAbandonedNotify([weak = weak_from_this(), title = m_title] {
-            // The title is this media's own, over all of its sources.
-            if (const auto stream = weak.lock(); stream && stream->m_title == title)
-                stream->Fail("the source does not end");
-        });
-    }
-    DropMedia();
+    m_untilConnect = m_media ? 2 : 1;
+    DropMedia([weak = weak_from_this(), generation = m_generation + 1](bool abandoned) {
+        const auto stream = weak.lock();
+        if (!stream || generation != stream->m_generation)
+            return;
+        if (abandoned)
+            stream->Fail("the source does not end");
+        else
+            stream->ConnectWhenFree();
+    });
     const auto wait = m_backOff.Next();
     Warn("the station is lost: " + OneLine(reason) + "; again in " + InSeconds(wait));
     Report(kStreamStatus, "reconnecting in " + InSeconds(wait), m_lastStatus);
@@ -51,8 +53,14 @@ void Stream::Reconnect(const std::string& reason) {
         [weak = weak_from_this(), generation = m_generation](const boost::system::error_code& cancelled) {
             const auto stream = weak.lock();
             if (!cancelled && stream && generation == stream->m_generation)
-                stream->Connect();
+                stream->ConnectWhenFree();
         });
+}
+
+// A station has one source at a time: one that hangs must not take another with it.
+void Stream::ConnectWhenFree() {
+    if (--m_untilConnect == 0)
+        Connect();
 }
 
 void Stream::Connect() {

@@ -35,6 +35,81 @@ protected:
     }};
 };
 
+TEST_F(HostileHindrance, ALostStationIsConnectedToWhenItsSourceHasEnded) {
+    m_serverOptions = {"--first-retry", "100", "--end-patience", kPatient};
+    const auto room = AddRoom();
+    Listen();
+    m_driver->Ask("addcli " + m_stream + " " + room->Client());
+    Hinder("source");
+    Play(m_radio.Url() + "/");
+    EventsUntil(Status("reconnecting in 1 s"));
+    EXPECT_TRUE(room->Hears(0, 0.5));
+    EXPECT_EQ(m_radio.Visits(), 1U);
+    Clear("source");
+    for (const std::string& event : EventsUntil(Status("playing")))
+        EXPECT_FALSE(event.starts_with("* addmed")) << event;
+}
+
+TEST_F(HostileHindrance, ALostStationWhoseSourceDoesNotEndIsBad) {
+    m_serverOptions = {"--first-retry", "100", "--end-patience", "300"};
+    Listen();
+    Hinder("source");
+    Play(m_radio.Url() + "/");
+    EventsUntil(Status("reconnecting in 1 s"));
+    EXPECT_TRUE(IsBad(m_driver->NextEvent(), "the source does not end"));
+    EXPECT_TRUE(StillPlays());
+    Clear("source");
+    EXPECT_TRUE(IsLogged("a source that was abandoned has ended, 0 hang now"));
+}
+
+TEST_F(HostileHindrance, FilesThatHangKeepNoStationFromPlaying) {
+    constexpr unsigned kMaxThatHang = 32;
+    m_serverOptions = {"--end-patience", "200"};
+    const std::string file = LongFile();
+    Listen();
+    Hinder("source");
+    for (unsigned count = 0; count <= kMaxThatHang; ++count)
+        EXPECT_EQ(m_driver->Ask("addmed " + m_stream + " " + file), "OK addmed " + m_stream);
+    EXPECT_TRUE(IsLogged("abandoned, 32 hang now"));
+    m_driver->Ask("addmed " + m_stream + " " + file);
+    EXPECT_TRUE(IsBad(Failure(), "too many sources hang"));
+    Play(m_radio.Url() + "/");
+    EventsUntil(Status("playing"));
+    Clear("source");
+    EXPECT_TRUE(WaitUntil([this] { return StillPlays(); }));
+}
+
+TEST_F(HostileHindrance, WhatIsUnderWayToItsEndIsBounded) {
+    constexpr unsigned kMaxThatEnd = 256;
+    m_serverOptions = {"--end-patience", kPatient};
+    const std::string file = LongFile();
+    Listen();
+    Hinder("source");
+    std::string lines;
+    for (unsigned count = 0; count < kMaxThatEnd + 2; ++count)
+        lines += "1 addmed " + m_stream + " " + file + "\r\n";
+    m_driver->SendRaw(lines);
+    EXPECT_TRUE(IsBad(Failure(), "too many sources hang"));
+    Play(m_radio.Url() + "/");
+    EventsUntil(Status("playing"));
+    Clear("source");
+    EXPECT_TRUE(WaitUntil([this] { return StillPlays(); }));
+}
+
+TEST_F(HostileHindrance, AnInputThatWaitedForItsDeviceInVainIsNotOpened) {
+    m_serverOptions = {"--end-patience", kPatient, "--input", "tone=audiotestsrc is-live=true"};
+    Listen();
+    const unsigned threads = Server().Threads();
+    Hinder("source");
+    m_driver->Ask("addmed " + m_stream + " tone");
+    EXPECT_TRUE(IsLogged("a source is opened"));
+    m_driver->Ask("addmed " + m_stream + " tone");
+    EXPECT_EQ(m_driver->Ask("remmed " + m_stream), "OK remmed " + m_stream);
+    Clear("source");
+    EXPECT_TRUE(WaitUntil([&] { return Server().Threads() <= threads; }));
+    EXPECT_EQ(TimesLogged("a source is opened"), 1U);
+}
+
 TEST_F(HostileHindrance, AnErrorOfTheProgramEndsNoMusic) {
     m_serverOptions = {"--first-retry", "3000"};
     Listen();
