@@ -11,7 +11,9 @@ struct MediaEvent {
         kReady,     // the first sound is decoded
         kDrained,   // the last sound has been sent
         kFailed,    // text is the reason
+        kFinite,    // it has a length
         kBroadcast, // it has no length
+        kStation,   // the same, and says that it goes on for ever
         kMoved,     // it is at the place that StartAt() named
         kPlaying,   // sound is given out, for the first time or after a starvation
         kStarved,   // it gives no sound at the moment

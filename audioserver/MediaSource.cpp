@@ -164,17 +164,43 @@ bool IsAdaptive(GstElement* pipeline) {
     return found;
 }
 
-// May wait for a playlist that is just being fetched.
-bool IsBroadcast(GstElement* pipeline, GstElement* head) {
+bool HasLength(GstElement* element, GstFormat format) {
     gint64 length = 0;
+    return gst_element_query_duration(element, format, &length) != FALSE && length > 0;
+}
+
+gboolean IsOtherHeader(GQuark name, const GValue*, gpointer) {
+    return g_ascii_strncasecmp(g_quark_to_string(name), "icy-", 4) != 0;
+}
+
+// Whether the answer of a web server has the headers of a radio station.
+bool SaysStation(GstElement* source) {
+    const PadPtr pad(gst_element_get_static_pad(source, "src"));
+    for (guint index = 0; pad; ++index) {
+        GstEvent* event = gst_pad_get_sticky_event(pad.get(), GST_EVENT_CUSTOM_DOWNSTREAM_STICKY, index);
+        if (event == nullptr)
+            return false;
+        const std::unique_ptr<GstEvent, MiniObjectUnref> owner(event);
+        const GValue* headers = gst_structure_get_value(gst_event_get_structure(event), "response-headers");
+        if (headers != nullptr && GST_VALUE_HOLDS_STRUCTURE(headers) &&
+            gst_structure_foreach(gst_value_get_structure(headers), IsOtherHeader, nullptr) == FALSE)
+            return true;
+    }
+    return false;
+}
+
+// May wait for a playlist that is just being fetched.
+MediaEvent::Kind LengthOf(GstElement* pipeline, GstElement* head) {
     if (IsAdaptive(pipeline))
-        return gst_element_query_duration(pipeline, GST_FORMAT_TIME, &length) == FALSE || length <= 0;
+        return HasLength(pipeline, GST_FORMAT_TIME) ? MediaEvent::Kind::kFinite : MediaEvent::Kind::kStation;
     GstElement* source = nullptr;
     if (g_object_class_find_property(G_OBJECT_GET_CLASS(head), "source") != nullptr)
         g_object_get(head, "source", &source, nullptr);
     const ElementPtr owner(source);
-    return source == nullptr || gst_element_query_duration(source, GST_FORMAT_BYTES, &length) == FALSE ||
-           length <= 0;
+    if (source != nullptr && HasLength(source, GST_FORMAT_BYTES))
+        return MediaEvent::Kind::kFinite;
+    return source != nullptr && SaysStation(source) ? MediaEvent::Kind::kStation
+                                                    : MediaEvent::Kind::kBroadcast;
 }
 
 void DeleteNotify(gpointer notify) {
@@ -332,8 +358,7 @@ void MediaSource::SetEndNotify(SourceThread::EndNotify notify) {
 
 void MediaSource::FindLength() {
     m_thread.Do([pipeline = m_pipeline, head = m_head, outlet = m_outlet] {
-        if (IsBroadcast(pipeline.get(), head))
-            outlet->Notify({MediaEvent::Kind::kBroadcast, {}});
+        outlet->Notify({LengthOf(pipeline.get(), head), {}});
     });
 }
 

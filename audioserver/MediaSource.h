@@ -46,7 +46,7 @@ public:
     std::shared_ptr<PcmFeed> Feed() const { return m_feed; }
 
     // Finds out whether the source has no length, so that pausing would only lose what is played meanwhile,
-    // and notifies kBroadcast if so. To be called after kReady.
+    // and notifies kFinite, kBroadcast or kStation. To be called after kReady.
     void FindLength();
 
     // To be called on the loop when the source, once destroyed, has ended or is abandoned.

@@ -32,7 +32,8 @@ Stream::Stream(boost::asio::any_io_executor executor, StreamNumber number, const
       m_untilTitle(m_executor),
       m_patience(m_executor),
       m_untilRetry(m_executor),
-      m_backOff(settings.times.firstRetry, settings.times.lastRetry) {}
+      m_backOff(settings.times.firstRetry, settings.times.lastRetry),
+      m_untilLength(m_executor) {}
 
 Stream::~Stream() {
     LeaveCatalogue();
@@ -101,6 +102,7 @@ void Stream::Unload() {
     m_title = std::make_shared<Title>();
     m_backOff.Reset();
     m_broadcast = false;
+    m_station = false;
     m_played = false;
     m_lastInfo.clear();
     m_lastStatus.clear();
@@ -111,6 +113,7 @@ void Stream::DropMedia(SourceThread::EndNotify onEnd) {
     ++m_generation;
     m_output->SetFeed(nullptr);
     m_patience.cancel();
+    m_untilLength.cancel();
     if (m_media && onEnd)
         m_media->SetEndNotify(std::move(onEnd));
     m_media.reset();
@@ -119,6 +122,8 @@ void Stream::DropMedia(SourceThread::EndNotify onEnd) {
         const std::lock_guard lock(m_title->mutex);
         m_title->text.reset();
     }
+    m_lengthIsAsked = false;
+    m_heldEnd.reset();
     m_ready = false;
     m_sounds = false;
 }
@@ -188,8 +193,10 @@ void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
         case MediaEvent::Kind::kFailed:
             OnFailed(event.text);
             break;
+        case MediaEvent::Kind::kFinite:
         case MediaEvent::Kind::kBroadcast:
-            OnBroadcast();
+        case MediaEvent::Kind::kStation:
+            OnLength(event.kind);
             break;
         case MediaEvent::Kind::kMoved:
             ConnectFeed();
@@ -218,7 +225,10 @@ void Stream::OnDrained() {
         m_catalogueMedia->failedTracks = 0;
         return;
     }
-    if (CanReconnect()) {
+    if (HoldEnd({MediaEvent::Kind::kDrained, {}}))
+        return;
+    // What ends in good order and is no station was a file without a length.
+    if (m_station && CanReconnect()) {
         Reconnect("it has ended");
         return;
     }
@@ -231,6 +241,8 @@ void Stream::OnFailed(const std::string& reason) {
         Warn("left out: " + OneLine(reason));
         return;
     }
+    if (HoldEnd({MediaEvent::Kind::kFailed, reason}))
+        return;
     if (CanReconnect()) {
         Reconnect(reason);
         return;
@@ -247,11 +259,20 @@ void Stream::Fail(const std::string& reason) {
 void Stream::OnReady() {
     if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile)
         return;
-    if (m_mediaKind == MediaReference::Kind::kInput)
+    if (m_mediaKind == MediaReference::Kind::kInput) {
         OnBroadcast();
-    else
+    } else {
+        m_lengthIsAsked = true;
         m_media->FindLength();
+    }
     MoveToStart();
+}
+
+void Stream::OnLength(MediaEvent::Kind length) {
+    if (length != MediaEvent::Kind::kFinite)
+        OnBroadcast();
+    m_station = m_station || length == MediaEvent::Kind::kStation;
+    DecideEnd();
 }
 
 void Stream::OnBroadcast() {

@@ -43,8 +43,8 @@ struct StreamSettings {
 //     any --Unload, end, failure--> empty  (the stream and its clients stay)
 //
 // A source whose first sound does not come in time has failed, unless it is paused; so has one with a reserve
-// that has run dry for too long. A station that has played does not end and does not fail: it is connected to
-// again, after ever longer waits, until it is unloaded.
+// that has run dry for too long. A broadcast that has played does not fail and a station does not end: it is
+// connected to again, after ever longer waits, until it is unloaded.
 //
 // A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
 // track the next is looked up.
@@ -86,6 +86,7 @@ private:
     std::unique_ptr<MediaSource> OpenMedia(const MediaReference& reference, std::string& error);
     void OnMediaEvent(std::uint64_t generation, MediaEvent& event);
     void OnReady();
+    void OnLength(MediaEvent::Kind length);
     void OnBroadcast();
     void OnDrained();
     void OnFailed(const std::string& reason);
@@ -97,6 +98,8 @@ private:
 
     // StreamStation.cpp
     void StartPatience();
+    bool HoldEnd(MediaEvent end);
+    void DecideEnd();
     bool CanReconnect() const;
     void Reconnect(const std::string& reason);
     void ConnectWhenFree();
@@ -152,7 +155,11 @@ private:
     common::BackOff m_backOff;   // before the station is connected to again
     unsigned m_untilConnect = 0; // what has still to happen before: the wait, the end of the source
     std::string m_address;       // of the station
+    boost::asio::steady_timer m_untilLength;
+    bool m_lengthIsAsked = false;
+    std::optional<MediaEvent> m_heldEnd; // how the source has ended while its length was asked
     bool m_broadcast = false;
+    bool m_station = false;
     bool m_played = false; // ever, since it was added
     bool m_sounds = false; // now, unless it is paused
 };

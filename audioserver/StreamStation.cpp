@@ -30,6 +30,36 @@ void Stream::StartPatience() {
         });
 }
 
+// Whether the end has to wait for the length: only what has none is connected to again.
+bool Stream::HoldEnd(MediaEvent end) {
+    if (m_mediaKind != MediaReference::Kind::kWeb || !m_lengthIsAsked || !m_played)
+        return false;
+    if (m_heldEnd)
+        return true;
+    m_heldEnd = std::move(end);
+    m_patience.cancel();
+    m_untilLength.expires_after(m_settings.times.toEnd);
+    m_untilLength.async_wait(
+        [weak = weak_from_this(), generation = m_generation](const boost::system::error_code& cancelled) {
+            const auto stream = weak.lock();
+            if (!cancelled && stream && generation == stream->m_generation)
+                stream->DecideEnd();
+        });
+    return true;
+}
+
+// With what is known of the length by now.
+void Stream::DecideEnd() {
+    m_lengthIsAsked = false;
+    m_untilLength.cancel();
+    if (const auto end = std::exchange(m_heldEnd, std::nullopt)) {
+        if (end->kind == MediaEvent::Kind::kDrained)
+            OnDrained();
+        else
+            OnFailed(end->text);
+    }
+}
+
 bool Stream::CanReconnect() const {
     return m_mediaKind == MediaReference::Kind::kWeb && m_broadcast && m_played;
 }

@@ -62,6 +62,31 @@ TEST_F(HostileHindrance, ALostStationWhoseSourceDoesNotEndIsBad) {
     EXPECT_TRUE(IsLogged("a source that was abandoned has ended, 0 hang now"));
 }
 
+TEST_F(HostileHindrance, AStationThatBreaksBeforeItsLengthIsFoundIsConnectedToAgain) {
+    m_serverOptions = {"--first-retry", kPatient, "--end-patience", kPatient};
+    const auto room = AddRoom();
+    Listen();
+    m_driver->Ask("addcli " + m_stream + " " + room->Client());
+    Hinder("length");
+    Play(m_radio.Url() + "/");
+    EventsUntil(Status("playing"));
+    EXPECT_TRUE(WaitUntil([&] { return room->Heard().Seconds(500) > 0.15; }));
+    EXPECT_TRUE(room->Hears(0, 0.2)) << "it is over";
+    Clear("length");
+    EXPECT_EQ(m_driver->NextEvent(), "* SYS STREAM=" + m_stream + " streamCaps:NO-PAUSE");
+    EXPECT_EQ(m_driver->NextEvent(), Status("reconnecting in 60 s"));
+}
+
+TEST_F(HostileHindrance, AMediaWhoseLengthIsNotFoundEnds) {
+    m_serverOptions = {"--end-patience", "300"};
+    Listen();
+    Hinder("length");
+    Play(m_radio.Url() + "/");
+    EXPECT_EQ(Failure(), "* addmed EOM=" + m_stream);
+    Clear("length");
+    EXPECT_TRUE(StillPlays());
+}
+
 TEST_F(HostileHindrance, FilesThatHangKeepNoStationFromPlaying) {
     constexpr unsigned kMaxThatHang = 32;
     m_serverOptions = {"--end-patience", "200"};

@@ -138,6 +138,14 @@ TEST_F(HostileStation, ALostStationIsConnectedToWhilePausedAndWaits) {
     EXPECT_TRUE(WaitUntil([&] { return room->Heard().Seconds(500) > heard + 0.5; }));
 }
 
+TEST_F(HostileStation, WhatTellsNoLengthAndIsNoStationEnds) {
+    const Station station([](const Visit& visit) { visit.Send(Head("audio/x-wav") + WavOf({{500, 0.25}})); });
+    Listen();
+    Play(station.Url() + "/");
+    EXPECT_EQ(Failure(), "* addmed EOM=" + m_stream);
+    EXPECT_EQ(station.Visits(), 1U);
+}
+
 TEST_F(HostileStation, TitlesAreThrottled) {
     constexpr std::size_t kTitles = 40;
     constexpr std::size_t kBetween = 8192;
