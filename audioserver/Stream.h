@@ -92,6 +92,7 @@ private:
     void OnFailed(const std::string& reason);
     void Fail(const std::string& reason);
     void DropMedia(SourceThread::EndNotify onEnd = nullptr);
+    void EndOutput();
     void Warn(const std::string& text, common::LogPlace place = common::LogPlace::Here()) const;
     bool Report(std::string_view prefix, const std::string& text, std::string& last);
     MediaSource::Owner MakeOwner();

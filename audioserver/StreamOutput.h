@@ -28,8 +28,8 @@ namespace korvel::audioserver {
 // the whole; the decoder is paced by being drawn from. When nothing has played for a while, the stream sends
 // nothing until there is sound again.
 //
-// Made, used and destroyed on the loop, apart from the filling of packets, which happens in the pipeline's
-// thread.
+// Made and used on the loop, apart from the filling of packets, which happens in the pipeline's thread. Its
+// destruction may take long: it waits for that thread.
 class StreamOutput {
 public:
     // `onError`: hears why the output has failed; called from GStreamer's threads.

@@ -135,6 +135,18 @@ TEST_F(HostileHindrance, AnInputThatWaitedForItsDeviceInVainIsNotOpened) {
     EXPECT_EQ(TimesLogged("a source is opened"), 1U);
 }
 
+TEST_F(HostileHindrance, AnOutputThatDoesNotEndHoldsNobody) {
+    m_serverOptions = {"--end-patience", "200"};
+    Listen();
+    Hinder("output");
+    EXPECT_EQ(m_driver->Ask("remstr " + m_stream), "OK remstr " + m_stream);
+    EXPECT_TRUE(IsLogged("an output does not end: abandoned, 1 hang now"));
+    m_stream = std::to_string(m_driver->AddStream());
+    EXPECT_TRUE(StillPlays());
+    Clear("output");
+    EXPECT_TRUE(IsLogged("an output that was abandoned has ended, 0 hang now"));
+}
+
 TEST_F(HostileHindrance, AnErrorOfTheProgramEndsNoMusic) {
     m_serverOptions = {"--first-retry", "3000"};
     Listen();
