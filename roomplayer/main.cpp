@@ -1,6 +1,5 @@
 #include <gst/gst.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <iostream>
 #include <stdexcept>
@@ -29,7 +28,8 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app("Room player: plays the stream that is sent to its port.", "korvel-roomplayer");
-    AddOptions(app, options);
-    return korvel::common::RunProgram(app, argc, argv, [&options] { return Run(options); });
+    return korvel::common::RunProgram(
+        {"korvel-roomplayer", "Room player: plays the stream that is sent to its port."},
+        [&options](CLI::App& app) { AddOptions(app, options); }, argc, argv,
+        [&options] { return Run(options); });
 }

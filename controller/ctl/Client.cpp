@@ -90,7 +90,7 @@ nlohmann::json Client::Ask(const std::string& method, const std::string& target,
 void Client::Watch(const std::function<bool(const nlohmann::json&)>& heard) {
     try {
         Waiter waiter;
-        beast::websocket::stream<beast::tcp_stream> socket(waiter.loop);
+        beast::websocket::stream<beast::tcp_stream, false> socket(waiter.loop);
         Connect(waiter, beast::get_lowest_layer(socket), m_server);
         // From here on pings tell whether the controller is there.
         beast::get_lowest_layer(socket).expires_never();
