@@ -120,7 +120,8 @@ void Pipeline::AddDevice(const Options& options) {
     GstElement* queue = AddElement(m_pipeline.get(), "queue");
     GstElement* converter = AddElement(m_pipeline.get(), "audioconvert");
     GstElement* resampler = AddElement(m_pipeline.get(), "audioresample");
-    const ElementPtr device = MakeSoundDevice(options.useDevice);
+    const auto [device, output] = OpenSoundDevice(options.useDevice);
+    m_output = output;
     gst_bin_add(GST_BIN(m_pipeline.get()), device.get());
     gst_element_link_many(m_tee, queue, converter, resampler, device.get(), nullptr);
     const PadPtr pad(gst_element_get_static_pad(device.get(), "sink"));

@@ -46,6 +46,8 @@ public:
 
     // Buffers that have reached the device so far.
     std::uint64_t Played() const { return m_played; }
+    // What takes the sound, see SoundDevice.
+    const std::string& Output() const { return m_output; }
 
 private:
     struct Branch {
@@ -83,6 +85,7 @@ private:
     bool m_recordingFailed = false; // only used by the recorder's thread
     std::atomic<std::uint64_t> m_played = 0;
     std::atomic<std::uint64_t> m_nextDroppedLine = 1; // as many dropped packets are told of next
+    std::string m_output;
 
     std::mutex m_mutex; // senders come and go in several threads
     std::map<std::string, Branch> m_branches;

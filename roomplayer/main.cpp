@@ -21,6 +21,7 @@ int Run(const Options& options) {
     std::signal(SIGPIPE, SIG_IGN);
     Player player(options, [](std::string_view event) { std::cout << event << std::endl; });
     std::cout << "listening on " << options.address << ":" << player.Port() << std::endl;
+    std::cout << "output " << player.Output() << std::endl;
     return player.Run() ? korvel::common::kExitDone : korvel::common::kExitFailed;
 }
 
