@@ -148,6 +148,8 @@ void ScriptedServer::Answer(Connection&, const std::string& line) {
         Send(number + (refused ? " NO " : " OK ") + command + " " + stream + "\r\n");
     if (command == "addmed" && !refused && !m_end.empty())
         Send("* addmed " + m_end + "=" + stream + (m_reason.empty() ? "" : " " + m_reason) + "\r\n");
+    else if (command == "addmed" && !refused && line.find("stream-http") != std::string::npos)
+        Send("* SYS STREAM=" + stream + " streamStatus:playing\r\n");
 }
 
 bool ScriptedServer::Heard(const std::string& text) const {

@@ -48,7 +48,7 @@ public:
 };
 
 // An audio server on the loop: takes one connection at a time, remembers every line and answers as a real one
-// would.
+// would. Stations play at once.
 class ScriptedServer {
 public:
     explicit ScriptedServer(TestLoop& loop);
