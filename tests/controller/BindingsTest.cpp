@@ -105,7 +105,8 @@ TEST_F(BindingsTest, ALineThatIsTooLongIsLeftOut) {
     const auto bindings = Bind({At(server)});
     bindings->Start();
     ASSERT_TRUE(RunUntilCalled("SERVER_ONLINE 3000 127.0.0.1"));
-    server.Send(std::string(kServerLines.line + 1, 'x') + "\r\n1 OK reset\r\n");
+    const std::string tooLong(kServerLines.line + 1, 'x');
+    server.Send(tooLong + "\r\n1 OK reset\r\n");
     EXPECT_TRUE(RunUntilCalled("DATA_RECEIVED 3000 1 OK reset\r\n"));
     EXPECT_EQ(driver.calls.size(), 3u);
 }
