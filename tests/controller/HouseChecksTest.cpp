@@ -59,9 +59,10 @@ TEST_F(HouseChecksTest, AtAnEndOfTheQueueThereIsNoSongToSkipTo) {
     PlayInRoom1();
     Add(1, kFirstSong + 1);
     EXPECT_EQ(Status("SKIP_FWD", {{"ROOM_ID", 1}}), 200);
-    EXPECT_EQ(Refusal("SKIP_FWD", {{"ROOM_ID", 1}}),
-              "409 there is no song after this one in the queue of Living room");
-    EXPECT_EQ(Status("SKIP_FWD", {{"ROOM_ID", 1}}), 200) << "the driver goes on with the first";
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(Refusal("SKIP_FWD", {{"ROOM_ID", 1}}),
+                  "409 there is no song after this one in the queue of Living room");
+    }
 }
 
 TEST_F(HouseChecksTest, ASongThatTheQueueDoesNotHoldCannotBeReachedOrRemoved) {
