@@ -45,6 +45,7 @@ TEST(LineParser, ReadsClients) {
     EXPECT_EQ(request.client.ip, "192.168.1.40");
     EXPECT_EQ(request.client.port, 5004);
     EXPECT_EQ(Parsed("17 remcli 3 192.168.1.40 65534").client.port, 65534);
+    EXPECT_EQ(Parsed("17 remcli 3 192.168.1.40 1").client.port, 1);
     EXPECT_EQ(Parsed("17 addcli 3 ::0:1 5004").client.ip, "::1");
 }
 

@@ -79,6 +79,19 @@ TEST_F(WavWriterTest, TimeWithoutSoundIsFilledWithSilence) {
     EXPECT_EQ(bytes.substr(kHeaderBytes + 192000), std::string(samples.size(), 7));
 }
 
+TEST_F(WavWriterTest, ARecordingMayOutgrowWhatAHeaderCanSay) {
+    const std::vector<std::uint8_t> samples(1000, 7);
+    WavWriter writer(m_path);
+    EXPECT_TRUE(writer.FillUpTo(std::chrono::hours(7))); // a hole that takes no room
+    EXPECT_TRUE(writer.Append(samples));
+    EXPECT_EQ(std::filesystem::file_size(m_path), kHeaderBytes + std::uint64_t{7} * 3600 * 192000 + 1000);
+    std::ifstream file(m_path, std::ios::binary);
+    std::string header(kHeaderBytes, ' ');
+    file.read(header.data(), kHeaderBytes);
+    EXPECT_EQ(NumberAt(header, 40), 4294967295U - kHeaderBytes);
+    EXPECT_EQ(NumberAt(header, 4), 4294967295U - 8);
+}
+
 TEST_F(WavWriterTest, AnUnusablePathIsAnError) {
     EXPECT_THROW(WavWriter("/nonexistent/a.wav"), std::runtime_error);
 }
