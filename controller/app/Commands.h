@@ -12,8 +12,9 @@
 namespace korvel::controller {
 
 // Commands and requests from outside on their way to the driver. Both operations throw Refused: for a name
-// that the driver does not know, while no audio server can play (the driver would make a queue that nobody
-// answers for), and for a command that fills the queue of a room that is not there.
+// that the driver does not know, for parameters that CheckParameters() refuses, while no audio server can play (the
+// driver would make a queue that nobody answers for), for a command that names a room that is not there or fills
+// the queue of none, and for a playlist with an entry that no line can name.
 class Commands {
 public:
     struct Parts {
@@ -22,7 +23,7 @@ public:
         const ServerBindings& bindings;
         RoomRouter& router;
         const RoomTable& rooms;
-        const Library& library;
+        Library& library;
         StateKeeper& state;
     };
 
@@ -43,6 +44,7 @@ private:
 
     Target Prepare(const ICmdMessage& command);
     void RequireReady() const;
+    void RequirePlayable(std::uint32_t playlistId) const;
     std::uint32_t RequireRoom(const ICmdMessage& command) const;
 
     Parts m_parts;
