@@ -23,8 +23,8 @@ protected:
 
     // The controller's, which is started for it; 0 when it does not come up.
     std::uint16_t HttpPort() {
-        m_controller = std::make_unique<HouseProcess>(
-            PathOf(""), "[[server]]\nport = " + std::to_string(ServerPort()));
+        m_controller =
+            std::make_unique<HouseProcess>(PathOf(""), "[[server]]\nport = " + std::to_string(ServerPort()));
         return m_controller->Port();
     }
 
