@@ -13,8 +13,9 @@
 namespace korvel::controller {
 
 // Commands and requests from outside on their way to the driver. Both operations throw Refused: for a name
-// that the driver does not know, while no audio server can play (the driver would make a queue that nobody
-// answers for), for a command that fills the queue of a room that is not there, and for one that changes nothing
+// that the driver does not know, for parameters that CheckParameters() refuses, while no audio server can play (the
+// driver would make a queue that nobody answers for), for a command that names a room that is not there or fills
+// the queue of none, for a playlist with an entry that no line can name, and for one that changes nothing
 // (CommandChecks).
 class Commands {
 public:
@@ -47,6 +48,7 @@ private:
 
     Target Prepare(const ICmdMessage& command);
     void RequireReady() const;
+    void RequirePlayable(std::uint32_t playlistId) const;
     std::uint32_t RequireRoom(const ICmdMessage& command) const;
 
     Parts m_parts;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "common/Text.h"
 #include "config/Config.h"
 
 namespace korvel::controller {
@@ -33,8 +34,8 @@ void TomlTable::Text(std::string_view key, std::string& value) {
     const auto* text = node->as_string();
     if (!text)
         Fail(key, "must be a text");
-    if (text->get().find('\0') != std::string::npos)
-        Fail(key, "holds a NUL character");
+    if (common::HasControl(text->get()))
+        Fail(key, "holds a control character");
     value = text->get();
 }
 
@@ -48,8 +49,10 @@ void TomlTable::TextList(std::string_view key, std::vector<std::string>& values)
     values.clear();
     for (const toml::node& item : *list) {
         const auto* text = item.as_string();
-        if (!text || text->get().find('\0') != std::string::npos)
+        if (!text)
             Fail(key, "must be a list of texts");
+        if (common::HasControl(text->get()))
+            Fail(key, "holds a control character");
         values.push_back(text->get());
     }
 }

@@ -60,6 +60,13 @@ std::string MediaLine(const json& room, const json& inputs) {
     return "queue " + room.at("queue").dump() + ", " + line;
 }
 
+std::string ServerState(const json& server) {
+    if (server.at("connected").get<bool>())
+        return "connected";
+    const std::string problem = Text(server, "problem");
+    return "not connected" + (problem.empty() ? "" : ": " + problem);
+}
+
 } // namespace
 
 void Actions::Rooms() {
@@ -74,8 +81,7 @@ void Actions::Status() {
           << (status.at("ready").get<bool>() ? "ready" : Text(status, "notReadyBecause")) << "\n";
     for (const json& server : status.at("servers")) {
         m_out << "audio server " << Text(server, "host") << ":" << server.at("port") << " (binding "
-              << server.at("binding")
-              << "): " << (server.at("connected").get<bool>() ? "connected" : "not connected") << "\n";
+              << server.at("binding") << "): " << ServerState(server) << "\n";
     }
     const json& scan = status.at("scan");
     m_out << "scan: " << Text(scan, "phase") << ", " << scan.at("done") << " of " << scan.at("seen")

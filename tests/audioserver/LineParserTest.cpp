@@ -27,6 +27,7 @@ TEST(LineParser, ReadsCommandsWithoutArguments) {
     EXPECT_EQ(Parsed("65535 addstr").command, Command::kAddStream);
     EXPECT_EQ(Parsed("65535 addstr").sequence, 65535U);
     EXPECT_EQ(Parsed("3 addann").command, Command::kAddAnnouncement);
+    EXPECT_EQ(Parsed("65536 ping").command, Command::kPing);
 }
 
 TEST(LineParser, ReadsCommandsOfAStream) {
@@ -92,6 +93,7 @@ TEST(LineParser, RefusesEveryMalformedShape) {
                                             "4294967296 reset",
                                             "1 RESET",
                                             "1 reset 2",
+                                            "1 ping 2",
                                             "1 addstr 2",
                                             "1 addann x",
                                             "1 remstr",

@@ -123,8 +123,12 @@ void ScriptedServer::Read(std::shared_ptr<Connection> connection) {
         std::istream stream(&connection->in);
         std::string line;
         std::getline(stream, line);
-        m_lines.push_back(line);
-        if (!m_mute)
+        const bool ping = line == std::to_string(kOwnNumber) + " ping\r";
+        if (ping)
+            ++m_pings;
+        else
+            m_lines.push_back(line);
+        if (!m_mute && !(ping && m_ignoresPings))
             Answer(*connection, line);
         Read(connection);
     });
