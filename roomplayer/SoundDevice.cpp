@@ -8,6 +8,8 @@
 namespace korvel::roomplayer {
 namespace {
 
+constexpr gint64 kDriftMicroseconds = 200;
+
 // Asked before a device is opened: on a machine without one, opening takes long and fills the log.
 bool HasSoundDevice() {
     GstDeviceMonitor* monitor = gst_device_monitor_new();
@@ -21,12 +23,28 @@ bool HasSoundDevice() {
     return found;
 }
 
+bool Has(GstElement* element, const char* property) {
+    return g_object_class_find_property(G_OBJECT_GET_CLASS(element), property) != nullptr;
+}
+
+void OnSinkAdded(GstBin*, GstElement* sink, gpointer) {
+    if (Has(sink, "provide-clock"))
+        g_object_set(sink, "provide-clock", FALSE, nullptr);
+    if (Has(sink, "drift-tolerance"))
+        g_object_set(sink, "drift-tolerance", kDriftMicroseconds, nullptr);
+}
+
 } // namespace
+
+void FollowClock(GstElement* bin) {
+    g_signal_connect(bin, "element-added", G_CALLBACK(OnSinkAdded), nullptr);
+}
 
 ElementPtr MakeSoundDevice(bool wanted) {
     GstElement* device =
         wanted && HasSoundDevice() ? gst_element_factory_make("autoaudiosink", nullptr) : nullptr;
     if (device != nullptr) {
+        FollowClock(device);
         ElementPtr found(GST_ELEMENT(gst_object_ref_sink(device)));
         const bool ready = gst_element_set_state(device, GST_STATE_READY) != GST_STATE_CHANGE_FAILURE;
         // For lack of a device the detection itself puts in a sink that discards.
