@@ -19,7 +19,7 @@ struct Options {
     std::string address = "127.0.0.1";
     // RTP port, RTCP on the next; 0 picks a free pair.
     std::uint16_t port = 0;
-    // From receiving a sound to playing it. As much as a busy machine may be late without being heard.
+    // From receiving a sound to handing it to the device. As much as a busy machine may be late without being heard.
     unsigned latencyMilliseconds = 200;
     // Empty for no recording.
     std::string recordPath;

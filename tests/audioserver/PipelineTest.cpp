@@ -44,12 +44,13 @@ protected:
                                                 [](const std::string& reason) { ADD_FAILURE() << reason; });
     }
     GstElement* Find(const std::string& factory) const { return m_elements.at(factory); }
-    // From receiving to playing, as the pipeline itself reckons.
+    // From receiving to playing, as the mixer tells the device.
     std::uint64_t Milliseconds() const {
-        GstElement* pipeline = GST_ELEMENT(GST_OBJECT_PARENT(Find("audiomixer")));
-        gst_element_get_state(pipeline, nullptr, nullptr, GST_CLOCK_TIME_NONE);
+        GstElement* mixer = Find("audiomixer");
+        gst_element_get_state(GST_ELEMENT(GST_OBJECT_PARENT(mixer)), nullptr, nullptr, GST_CLOCK_TIME_NONE);
+        const PadPtr pad(gst_element_get_static_pad(mixer, "src"));
         GstQuery* query = gst_query_new_latency();
-        EXPECT_TRUE(gst_element_query(pipeline, query));
+        EXPECT_TRUE(gst_pad_query(pad.get(), query));
         GstClockTime latency = 0;
         gst_query_parse_latency(query, nullptr, &latency, nullptr);
         gst_query_unref(query);
