@@ -68,7 +68,7 @@ void Stream::RemoveClient(const ClientAddress& client) {
 }
 
 void Stream::AddMedia(const MediaReference& reference) {
-    Unload();
+    LeaveMedia();
     m_mediaKind = reference.kind;
     m_paused = false;
     if (reference.kind == MediaReference::Kind::kCatalogue) {
@@ -90,11 +90,16 @@ void Stream::AddMedia(const MediaReference& reference) {
         // A live source never reports that it has its first sound.
         MakeNotify()({MediaEvent::Kind::kReady, {}});
     }
-    m_output->SetFeed(m_media->Feed());
+    m_output->GetFeeds().Set(m_media->Feed());
     StartPatience();
 }
 
 void Stream::Unload() {
+    LeaveMedia();
+    m_output->GetFeeds().Set(nullptr);
+}
+
+void Stream::LeaveMedia() {
     DropMedia();
     LeaveCatalogue();
     m_untilRetry.cancel();
@@ -110,7 +115,7 @@ void Stream::Unload() {
 
 void Stream::DropMedia() {
     ++m_generation;
-    m_output->SetFeed(nullptr);
+    m_output->GetFeeds().Leave();
     m_patience.cancel();
     m_media.reset();
     m_ready = false;
@@ -123,7 +128,7 @@ void Stream::SetState(PlayState state) {
         return;
     }
     m_paused = state == PlayState::kPause;
-    m_output->SetPaused(m_paused);
+    m_output->GetFeeds().SetPaused(m_paused);
     // Nothing is drawn while it is paused, and so nothing can be missed.
     m_patience.cancel();
     if (m_media && !m_sounds)

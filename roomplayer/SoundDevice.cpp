@@ -9,6 +9,8 @@
 namespace korvel::roomplayer {
 namespace {
 
+constexpr gint64 kDriftMicroseconds = 200;
+
 // Asked before a device is opened: on a machine without one, opening takes long and fills the log.
 bool HasSoundDevice() {
     GstDeviceMonitor* monitor = gst_device_monitor_new();
@@ -39,6 +41,17 @@ std::string FirstComplaint(GstBus* bus) {
     return text;
 }
 
+bool Has(GstElement* element, const char* property) {
+    return g_object_class_find_property(G_OBJECT_GET_CLASS(element), property) != nullptr;
+}
+
+void OnSinkAdded(GstBin*, GstElement* sink, gpointer) {
+    if (Has(sink, "provide-clock"))
+        g_object_set(sink, "provide-clock", FALSE, nullptr);
+    if (Has(sink, "drift-tolerance"))
+        g_object_set(sink, "drift-tolerance", kDriftMicroseconds, nullptr);
+}
+
 // What the detection has put in.
 std::string SinkIn(GstElement* detection) {
     GstIterator* sinks = gst_bin_iterate_sinks(GST_BIN(detection));
@@ -65,6 +78,7 @@ ElementPtr FindDevice(std::string& output) {
         return nullptr;
     }
     ElementPtr device(GST_ELEMENT(gst_object_ref_sink(made)));
+    FollowClock(made);
     const BusPtr bus(gst_bus_new());
     gst_element_set_bus(made, bus.get());
     const bool ready = gst_element_set_state(made, GST_STATE_READY) != GST_STATE_CHANGE_FAILURE;
@@ -82,6 +96,10 @@ ElementPtr FindDevice(std::string& output) {
 }
 
 } // namespace
+
+void FollowClock(GstElement* bin) {
+    g_signal_connect(bin, "element-added", G_CALLBACK(OnSinkAdded), nullptr);
+}
 
 SoundDevice OpenSoundDevice(bool wanted) {
     std::string output = "not wanted";

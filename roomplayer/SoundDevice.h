@@ -14,7 +14,12 @@ struct SoundDevice {
     std::string output;
 };
 
-// The sound device; or, when it is not wanted or there is none that can be opened, a sink that discards. Logs which.
+// Whatever sink is put into the bin from now on follows the clock of the pipeline in steps too small to be heard: it
+// offers no clock of its own, by which the rooms would drift apart, and does not wait until it is far off.
+void FollowClock(GstElement* bin);
+
+// The sound device, following the pipeline's clock; or, when it is not wanted or there is none that can be opened, a
+// sink that discards. Logs which.
 // Throws std::runtime_error when GStreamer has neither.
 SoundDevice OpenSoundDevice(bool wanted);
 

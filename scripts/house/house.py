@@ -33,15 +33,15 @@ class House:
     `catalogue` is the gateway's file. `stations` are names with addresses, `inputs` names with what the audio server takes
     for them. `folder` takes the configuration, the state and the logs. `first_port` is the first
     player's port, the next ones are two apart; with 0 every program picks free ports. With `record`, each player writes a
-    WAV file.
+    WAV file. `latency` is the players', in milliseconds; with None they have their own.
     """
 
     def __init__(self, programs, folder, music, catalogue, first_port=6200, server_port=7700, http_port=8080,
-                 catalog_port=5555, record=False, rooms=ROOMS, stations=None, inputs=None):
+                 catalog_port=5555, record=False, rooms=ROOMS, stations=None, inputs=None, latency=None):
         self.programs, self.folder, self.music = programs, folder, music
         self.first_port, self.server_port, self.http_port = first_port, server_port, http_port
         self.catalogue, self.catalog_port = catalogue, catalog_port
-        self.record = record
+        self.record, self.latency = record, latency
         self.stations, self.inputs = stations or {}, inputs or {}
         self.outputs = set()
         self.room_names = rooms
@@ -65,6 +65,7 @@ class House:
         recording = os.path.join(self.folder, f"room{number}.wav") if self.record else None
         arguments = ["--port", str(port), "--sender", "127.0.0.1"]
         arguments += (["--record", recording, "--no-device"] if recording else [])
+        arguments += (["--latency", str(self.latency)] if self.latency else [])
         port = self.start_listening(f"player{number}", "korvel-roomplayer", arguments)
         self.outputs.add(self.processes[f"player{number}"].stdout.readline().strip().removeprefix("output "))
         self.rooms.append(Room(number, name, port, recording))

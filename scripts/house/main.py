@@ -1,5 +1,6 @@
-"""Runs a house until Ctrl-C: main.py PROGRAMS [MUSIC_FOLDER]"""
+"""Runs a house until Ctrl-C: main.py PROGRAMS [--latency MS] [MUSIC_FOLDER]"""
 
+import argparse
 import os
 import signal
 import sys
@@ -54,17 +55,25 @@ def hint():
     return " (there is a sound card: may this user open it? group audio)" if has_card else ""
 
 
-def find_music(demo):
-    if len(sys.argv) > 2:
-        if not os.path.isdir(sys.argv[2]):
-            raise HouseError(f"{sys.argv[2]} is not a folder")
-        return os.path.abspath(sys.argv[2])
+def read_arguments():
+    parser = argparse.ArgumentParser(prog="run")
+    parser.add_argument("programs")
+    parser.add_argument("--latency", type=int)
+    parser.add_argument("music", nargs="?")
+    return parser.parse_args()
+
+
+def find_music(given, demo):
+    if given:
+        if not os.path.isdir(given):
+            raise HouseError(f"{given} is not a folder")
+        return os.path.abspath(given)
     print("No music folder given: making some demo music ...", flush=True)
     return demo
 
 
 def main():
-    programs = sys.argv[1]
+    arguments = read_arguments()
     folder = state_folder()
     # Also where a shell started this in the background, with SIGINT ignored.
     signal.signal(signal.SIGINT, signal.default_int_handler)
@@ -72,15 +81,16 @@ def main():
     house = None
     try:
         demo = os.path.join(folder, "demo-music")
-        music = find_music(demo)
+        music = find_music(arguments.music, demo)
         # Music for a person without any, and for everybody's streaming service.
         make_demo_music(demo)
         chime = make_chime(os.path.join(folder, "chime.wav"))
         catalogue = make_catalogue(os.path.join(folder, "demo-catalog.toml"), demo)
-        house = House(programs, folder, music, catalogue, stations={STATION: start_station(demo)}, inputs={INPUT: TEST_TONE})
+        house = House(arguments.programs, folder, music, catalogue, latency=arguments.latency,
+                      stations={STATION: start_station(demo)}, inputs={INPUT: TEST_TONE})
         house.start()
         house.save_playlist(PLAYLIST, house.wait_for_songs(PLAYLIST_SONGS))
-        show(house, programs, chime)
+        show(house, arguments.programs, chime)
         while not (failed := house.failed()):
             time.sleep(0.5)
         print(f"run: {failed} has stopped: {house.last_log_line(failed)}", file=sys.stderr)

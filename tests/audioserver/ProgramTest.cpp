@@ -99,7 +99,7 @@ TEST_F(Program, PlayerSaysWhatIsWrongWithItsOptions) {
     const auto room = AddRoom();
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "65535"})) << m_errors;
-    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--latency", "0"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--latency", "39"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--address", "home"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--record", PathOf("no/folder.wav")})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", std::to_string(room->Port())})) << m_errors;

@@ -69,9 +69,11 @@ TEST_F(WavWriterTest, TimeWithoutSoundIsFilledWithSilence) {
     WavWriter writer(m_path);
     EXPECT_TRUE(writer.Append(samples));
     EXPECT_TRUE(writer.FillUpTo(std::chrono::milliseconds(1000)));
+    EXPECT_EQ(writer.Length(), std::chrono::milliseconds(1000));
     EXPECT_TRUE(writer.FillUpTo(std::chrono::milliseconds(500))); // it is longer already
     EXPECT_EQ(NumberAt(Contents(m_path), 40), 192000U);
     EXPECT_TRUE(writer.Append(samples));
+    EXPECT_EQ(writer.Length(), std::chrono::milliseconds(1250));
     const std::string bytes = Contents(m_path);
     ASSERT_EQ(bytes.size(), kHeaderBytes + 192000 + samples.size());
     const std::string filled = bytes.substr(kHeaderBytes + samples.size(), 192000 - samples.size());
