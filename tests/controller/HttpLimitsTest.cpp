@@ -221,6 +221,18 @@ TEST_F(EventsTest, AListenerThatReadsNothingIsDropped) {
     EXPECT_LT(received, 30);
 }
 
+TEST_F(EventsTest, AListenerThatSaysTooMuchIsDropped) {
+    ASSERT_TRUE(loop.RunUntil([&] { return house.GetCore().GetBindings().WhyNotReady().empty(); }));
+    Socket socket(loop.loop);
+    ASSERT_FALSE(Connect(socket));
+    socket.write(asio::buffer(std::string(EventSession::kMaxIncoming, 'x')));
+    loop.RunReady();
+    house.Command("ECHO", {{"TEXT", "hello"}});
+    EXPECT_EQ(ReadType(socket, "variable")["value"], "hello");
+    socket.write(asio::buffer(std::string(EventSession::kMaxIncoming + 1, 'x')));
+    EXPECT_TRUE(ReadType(socket, "none").is_null());
+}
+
 TEST_F(EventsTest, APlainGetIsTold) {
     EXPECT_EQ(house.Get("/api/events").status, 400);
 }

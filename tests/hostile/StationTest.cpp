@@ -206,6 +206,28 @@ TEST_F(HostileStation, TitlesAreThrottled) {
     EXPECT_LT(told, kTitles / 2);
 }
 
+TEST_F(HostileStation, AStationThatSendsTooFastIsReadAsItPlays) {
+    // The sound of six minutes, which has no place in the store of six seconds nor in what the system keeps.
+    constexpr std::size_t kMost = 64U << 20;
+    std::atomic<std::size_t> sent{0};
+    const Station station([&](const Visit& visit) {
+        const std::string endless = "\xff\xff\xff\x7f";
+        const std::string wav = WavOf({{500, 1}});
+        visit.Send(Head("audio/x-wav") + wav.substr(0, 40) + endless);
+        const std::string second = wav.substr(44);
+        while (sent < 2 * kMost && visit.Send(second))
+            sent += second.size();
+        while (visit.Dawdle()) {
+        }
+    });
+    const auto room = AddRoom();
+    Listen();
+    EXPECT_EQ(m_driver->Ask("addcli " + m_stream + " " + room->Client()), "OK addcli " + m_stream);
+    Play(station.Url() + "/");
+    EXPECT_TRUE(room->Hears(500, 1));
+    EXPECT_LT(sent, kMost);
+}
+
 TEST_F(HostileStation, ASourceThatDoesNotEndIsLeftAlone) {
     const Trap trap(PathOf("trap"));
     m_serverOptions = {"--end-patience", "200",     "--sound-patience",
