@@ -1,10 +1,11 @@
 // What each request does. Every request gets exactly one answer.
 #include <stdexcept>
 
+#include "audioserver/Descriptors.h"
 #include "audioserver/LineFormat.h"
-#include "audioserver/Log.h"
 #include "audioserver/MediaReference.h"
 #include "audioserver/Session.h"
+#include "common/Log.h"
 
 namespace korvel::audioserver {
 
@@ -34,46 +35,48 @@ std::string Session::Reset(const Request& request) {
 std::string Session::CreateStream(const Request& request) {
     const std::string_view word = CommandWord(request.command);
     if (m_streams.size() >= kMaxStreamsPerConnection) {
-        Log(m_name + " has too many streams");
+        common::ProgramLog().Warning(m_lines->GetPeer() + " has too many streams");
+        return AnnouncementEvent(word) + NoLine(request.sequence, word);
+    }
+    if (!HasDescriptors(kDescriptorsPerStream)) {
+        common::ProgramLog().Warning("no stream: too many files are open");
         return AnnouncementEvent(word) + NoLine(request.sequence, word);
     }
     const StreamNumber number = m_context.numbers.Take();
     try {
         // The session outlives its streams, and a stream calls only from the loop.
         m_streams[number] =
-            Stream::Create(m_socket.get_executor(), number, m_context.inputs, m_context.catalogue,
+            Stream::Create(m_lines->GetExecutor(), number, m_context.settings, m_context.catalogue,
                            [this](std::string_view line) { Send(line); });
     } catch (const std::runtime_error& error) {
-        Log("no stream: " + std::string(error.what()));
+        common::ProgramLog().Warning("no stream: " + std::string(error.what()));
         m_streams.erase(number);
         m_context.numbers.Release(number);
         return AnnouncementEvent(word) + NoLine(request.sequence, word);
     }
-    Log("stream " + std::to_string(number) + ": created for " + m_name);
+    common::ProgramLog().Info("stream " + std::to_string(number) + ": created for " + m_lines->GetPeer());
     return AnnouncementEvent(word, number) + CreatedLine(request.sequence, word, number);
 }
 
 std::string Session::RemoveStream(const Request& request) {
     const std::string_view word = CommandWord(request.command);
-    if (m_streams.erase(request.stream) == 0) {
+    if (m_streams.erase(request.stream) == 0)
         return NoLine(request.sequence, word, request.stream);
-    }
     m_context.numbers.Release(request.stream);
-    Log("stream " + std::to_string(request.stream) + ": removed");
+    common::ProgramLog().Info("stream " + std::to_string(request.stream) + ": removed");
     return OkLine(request.sequence, word, request.stream);
 }
 
 std::string Session::WithStream(const Request& request) {
     const std::string_view word = CommandWord(request.command);
     const auto stream = m_streams.find(request.stream);
-    if (stream == m_streams.end()) {
+    if (stream == m_streams.end())
         return NoLine(request.sequence, word, request.stream);
-    }
     try {
         return Apply(request, *stream->second) ? OkLine(request.sequence, word, request.stream)
                                                : NoLine(request.sequence, word, request.stream);
     } catch (const std::runtime_error& error) {
-        Log("stream " + std::to_string(request.stream) + ": " + error.what());
+        common::ProgramLog().Warning("stream " + std::to_string(request.stream) + ": " + error.what());
         return NoLine(request.sequence, word, request.stream);
     }
 }
@@ -82,15 +85,16 @@ bool Session::Apply(const Request& request, Stream& stream) {
     const std::string name = "stream " + std::to_string(request.stream) + ": ";
     switch (request.command) {
         case Command::kAddClient:
-            Log(name + "adds client " + request.client.ip + " port " + std::to_string(request.client.port));
+            common::ProgramLog().Info(name + "adds client " + request.client.ip + " port " +
+                                      std::to_string(request.client.port));
             return stream.AddClient(request.client);
         case Command::kRemoveClient:
-            Log(name + "removes client " + request.client.ip + " port " +
-                std::to_string(request.client.port));
+            common::ProgramLog().Info(name + "removes client " + request.client.ip + " port " +
+                                      std::to_string(request.client.port));
             stream.RemoveClient(request.client);
             return true;
         case Command::kAddMedia:
-            Log(name + "media " + OneLine(request.media));
+            common::ProgramLog().Info(name + "media " + OneLine(request.media));
             stream.AddMedia(ParseMediaReference(request.media));
             return true;
         case Command::kSetState:
@@ -106,9 +110,8 @@ bool Session::Apply(const Request& request, Stream& stream) {
 }
 
 void Session::RemoveAllStreams() {
-    for (const auto& [number, stream] : m_streams) {
+    for (const auto& [number, stream] : m_streams)
         m_context.numbers.Release(number);
-    }
     m_streams.clear();
 }
 

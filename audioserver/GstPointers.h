@@ -23,7 +23,7 @@ struct GErrorFree {
     void operator()(GError* error) const { g_error_free(error); }
 };
 
-/// Holds one reference; made from a pointer that carries one.
+// Holds one reference; made from a pointer that carries one.
 using ElementPtr = std::unique_ptr<GstElement, GObjectUnref>;
 using PadPtr = std::unique_ptr<GstPad, GObjectUnref>;
 using BusPtr = std::unique_ptr<GstBus, GObjectUnref>;

@@ -1,5 +1,7 @@
 #include "audioserver/LineFormat.h"
 
+#include "common/Text.h"
+
 namespace korvel::audioserver {
 namespace {
 
@@ -7,21 +9,16 @@ std::string Reply(std::uint32_t sequence, std::string_view result, std::string_v
                   std::optional<StreamNumber> stream) {
     std::string line = std::to_string(sequence);
     line.append(" ").append(result).append(" ").append(command);
-    if (stream) {
+    if (stream)
         line.append(" ").append(std::to_string(*stream));
-    }
     return line.append(kLineEnd);
 }
 
-/// "* <command> <result>=<S>" without the line's end.
+// "* <command> <result>=<S>" without the line's end.
 std::string EventStart(std::string_view command, std::string_view result, StreamNumber stream) {
     std::string line(kEventMark);
     line.append(" ").append(command).append(" ").append(result).append("=").append(std::to_string(stream));
     return line;
-}
-
-bool IsContinuationByte(char c) {
-    return (static_cast<unsigned char>(c) & 0xc0U) == 0x80U;
 }
 
 } // namespace
@@ -56,9 +53,8 @@ std::string EndOfMediaLine(StreamNumber stream) {
 
 std::string BadMediaLine(StreamNumber stream, std::string_view reason) {
     std::string text = OneLine(reason);
-    if (text.size() < kMinEventTextBytes) {
+    if (text.size() < kMinEventTextBytes)
         text = "media failed";
-    }
     return EventStart("addmed", kBadMedia, stream).append(" ").append(text).append(kLineEnd);
 }
 
@@ -71,25 +67,7 @@ std::string ReportLine(StreamNumber stream, std::string_view prefix, std::string
 }
 
 std::string OneLine(std::string_view text) {
-    std::string line(text.substr(0, kMaxEventTextBytes));
-    if (text.size() > line.size() && IsContinuationByte(text[line.size()])) {
-        while (!line.empty() && IsContinuationByte(line.back())) {
-            line.pop_back();
-        }
-        if (!line.empty()) {
-            line.pop_back();
-        }
-    }
-    for (char& c : line) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-            c = ' ';
-        }
-    }
-    const auto first = line.find_first_not_of(' ');
-    if (first == std::string::npos) {
-        return {};
-    }
-    return line.substr(first, line.find_last_not_of(' ') - first + 1);
+    return common::OneLine(text, kMaxEventTextBytes);
 }
 
 } // namespace korvel::audioserver

@@ -1,7 +1,8 @@
 #include "audioserver/MediaReference.h"
 
-#include "audioserver/LineParser.h"
 #include "audioserver/Protocol.h"
+#include "common/Address.h"
+#include "common/Text.h"
 
 namespace korvel::audioserver {
 namespace {
@@ -10,61 +11,45 @@ MediaReference Bad(std::string_view reason) {
     return {MediaReference::Kind::kBad, std::string(reason)};
 }
 
-bool IsWebAddress(std::string_view url) {
-    for (const std::string_view scheme : {"http://", "https://"}) {
-        if (url.starts_with(scheme) && url.size() > scheme.size()) {
-            return true;
-        }
-    }
-    return false;
-}
-
-/// What follows "rhap://": a stream's number, which says nothing new, and an id.
+// What follows "rhap://": a stream's number, which says nothing new, and an id.
 MediaReference CatalogueReference(std::string_view target) {
     const auto colon = target.find(':');
-    if (colon == std::string_view::npos || !ParseNumber(target.substr(0, colon))) {
+    if (colon == std::string_view::npos || !common::ParseNumber(target.substr(0, colon)))
         return Bad("not a reference to the catalogue");
-    }
     const std::string_view id = target.substr(colon + 1);
-    if (id.empty() || id.size() > kMaxCatalogueIdBytes) {
+    if (id.empty() || id.size() > kMaxCatalogueIdBytes)
         return Bad("not an id of the catalogue");
-    }
     return {MediaReference::Kind::kCatalogue, std::string(id)};
 }
 
-/// What follows "file:/".
+// What follows "file:/".
 MediaReference FileReference(std::string_view target) {
     if (target.starts_with(kWebReference)) {
         target.remove_prefix(kWebReference.size());
-        return IsWebAddress(target) ? MediaReference{MediaReference::Kind::kWeb, std::string(target)}
-                                    : Bad("not an http address");
+        return common::ParseWebAddress(target)
+                   ? MediaReference{MediaReference::Kind::kWeb, std::string(target)}
+                   : Bad("not an http address");
     }
-    if (!target.starts_with('/')) {
+    if (!target.starts_with('/'))
         return Bad("path is not absolute");
-    }
     return {MediaReference::Kind::kFile, std::string(target)};
 }
 
 } // namespace
 
 MediaReference ParseMediaReference(std::string_view text) {
-    if (text.empty()) {
+    if (text.empty())
         return Bad("empty reference");
-    }
-    if (text.front() != '"') {
+    if (text.front() != '"')
         return {MediaReference::Kind::kInput, std::string(text)};
-    }
     const auto last = text.find_last_of('"');
-    if (last == 0) {
+    if (last == 0)
         return Bad("unterminated reference");
-    }
     const std::string_view reference = text.substr(1, last - 1);
-    if (reference.starts_with(kFileReference)) {
+    if (reference.starts_with(kFileReference))
         return FileReference(reference.substr(kFileReference.size()));
-    }
-    if (reference.starts_with(kCatalogueReference)) {
+    if (reference.starts_with(kCatalogueReference))
         return CatalogueReference(reference.substr(kCatalogueReference.size()));
-    }
     return Bad("unknown kind of reference");
 }
 

@@ -4,50 +4,64 @@
 
 #include <cerrno>
 #include <cstring>
+#include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
+#include "audioserver/Descriptors.h"
 #include "audioserver/PcmFormat.h"
 #include "audioserver/PipelineStart.h"
+#include "audioserver/PlaylistGuard.h"
 
 namespace korvel::audioserver {
 
-/// How much decoded sound is kept between decoder and sender.
+// How much decoded sound is kept between decoder and sender.
 struct MediaSource::Reserve {
     std::uint64_t queueMilliseconds;
     PcmFeed::Reserve feed;
     bool live;
 };
 
+// Closed on the loop, used from everywhere.
+struct MediaSource::Outlet {
+    std::mutex mutex;
+    MediaNotify notify;
+
+    void Notify(MediaEvent event) {
+        const std::lock_guard lock(mutex);
+        if (notify)
+            notify(std::move(event));
+    }
+    void Close() {
+        const std::lock_guard lock(mutex);
+        notify = nullptr;
+    }
+};
+
 namespace {
 
 constexpr guint kWebTimeoutSeconds = 10;
-/// A file is decoded much faster than it plays, but not while a busy machine does something else. What is
-/// there for that moment delays the start by the few milliseconds that decoding it takes.
+// A file is decoded much faster than it plays, but not while a busy machine does something else. What is
+// there for that moment delays the start by the few milliseconds that decoding it takes.
 constexpr PcmFeed::Reserve kFileReserve{100, false};
 constexpr PcmFeed::Reserve kWebReserve{1500, true};
-/// What is live comes at the pace at which it is played.
+// What is live comes at the pace at which it is played.
 constexpr PcmFeed::Reserve kInputReserve{0, false};
 
-/// "No such file" beats "could not read from resource"; and opening a pipe or a device would block the loop.
-bool IsPlainFile(const std::string& path, std::string& error) {
+// "No such file" beats "could not read from resource"; and opening a pipe or a device would wait for ever.
+// Empty when it is a file.
+std::string LookAtFile(const std::string& path) {
     struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) {
-        error = std::strerror(errno);
-        return false;
-    }
-    if (!S_ISREG(info.st_mode)) {
-        error = "not a file";
-        return false;
-    }
-    return true;
+    if (::stat(path.c_str(), &info) != 0)
+        return std::strerror(errno);
+    return S_ISREG(info.st_mode) ? "" : "not a file";
 }
 
 ElementPtr MakeElement(const char* factory) {
     GstElement* element = gst_element_factory_make(factory, nullptr);
-    if (element == nullptr) {
+    if (element == nullptr)
         throw std::runtime_error(std::string("GStreamer has no element ") + factory);
-    }
     return ElementPtr(GST_ELEMENT(gst_object_ref_sink(element)));
 }
 
@@ -62,17 +76,15 @@ ElementPtr MakeUriHead(const std::string& uri) {
 void ConfigureWebSource(GstElement*, GstElement* source, gpointer) {
     GObjectClass* type = G_OBJECT_GET_CLASS(source);
     if (g_object_class_find_property(type, "timeout") != nullptr &&
-        g_object_class_find_property(type, "user-agent") != nullptr) {
+        g_object_class_find_property(type, "user-agent") != nullptr)
         g_object_set(source, "timeout", kWebTimeoutSeconds, "user-agent", "korvel-audioserver", nullptr);
-    }
 }
 
-/// Runs in a thread of the source: the first pad with sound is linked, every other one is left alone.
+// Runs in a thread of the source: the first pad with sound is linked, every other one is left alone.
 void LinkFirstAudioPad(GstElement*, GstPad* pad, gpointer converter) {
     const PadPtr sink(gst_element_get_static_pad(static_cast<GstElement*>(converter), "sink"));
-    if (!gst_pad_is_linked(sink.get())) {
+    if (!gst_pad_is_linked(sink.get()))
         gst_pad_link(pad, sink.get());
-    }
 }
 
 std::string TagText(const GstTagList* tags, const char* tag) {
@@ -82,13 +94,12 @@ std::string TagText(const GstTagList* tags, const char* tag) {
     return value != nullptr ? std::string(value) : std::string();
 }
 
-/// "Artist - Title", what there is of it, or the name of the station.
+// "Artist - Title", what there is of it, or the name of the station.
 std::string DescribeTags(const GstTagList* tags) {
     const std::string title = TagText(tags, GST_TAG_TITLE);
     const std::string artist = TagText(tags, GST_TAG_ARTIST);
-    if (title.empty()) {
+    if (title.empty())
         return TagText(tags, GST_TAG_ORGANIZATION);
-    }
     return artist.empty() ? title : artist + " - " + title;
 }
 
@@ -97,9 +108,8 @@ void NotifyTags(GstMessage* message, const MediaNotify& notify) {
     gst_message_parse_tag(message, &tags);
     const TagListPtr owner(tags);
     std::string text = DescribeTags(tags);
-    if (!text.empty()) {
+    if (!text.empty())
         notify({MediaEvent::Kind::kTags, std::move(text)});
-    }
 }
 
 void NotifyError(GstMessage* message, const MediaNotify& notify) {
@@ -112,7 +122,7 @@ void NotifyError(GstMessage* message, const MediaNotify& notify) {
         {MediaEvent::Kind::kFailed, error == nullptr || generic ? "the source has failed" : error->message});
 }
 
-/// Runs in whatever thread posts: turns the few messages of interest into events and keeps nothing.
+// Runs in whatever thread posts: turns the few messages of interest into events and keeps nothing.
 GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) {
     const auto& notify = *static_cast<const MediaNotify*>(notifyPointer);
     switch (GST_MESSAGE_TYPE(message)) {
@@ -132,58 +142,109 @@ GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) 
     return GST_BUS_DROP;
 }
 
+void FindAdaptive(const GValue* item, gpointer found) {
+    GstElementFactory* factory = gst_element_get_factory(GST_ELEMENT(g_value_get_object(item)));
+    const gchar* kind =
+        factory != nullptr ? gst_element_factory_get_metadata(factory, GST_ELEMENT_METADATA_KLASS) : nullptr;
+    if (kind != nullptr && std::strstr(kind, "Adaptive") != nullptr)
+        *static_cast<bool*>(found) = true;
+}
+
+// Whether it is a playlist of parts, whose own length says nothing.
+bool IsAdaptive(GstElement* pipeline) {
+    bool found = false;
+    GstIterator* elements = gst_bin_iterate_recurse(GST_BIN(pipeline));
+    while (gst_iterator_foreach(elements, FindAdaptive, &found) == GST_ITERATOR_RESYNC)
+        gst_iterator_resync(elements);
+    gst_iterator_free(elements);
+    return found;
+}
+
+// May wait for a playlist that is just being fetched.
+bool IsBroadcast(GstElement* pipeline, GstElement* head) {
+    gint64 length = 0;
+    if (IsAdaptive(pipeline))
+        return gst_element_query_duration(pipeline, GST_FORMAT_TIME, &length) == FALSE || length <= 0;
+    GstElement* source = nullptr;
+    if (g_object_class_find_property(G_OBJECT_GET_CLASS(head), "source") != nullptr)
+        g_object_get(head, "source", &source, nullptr);
+    const ElementPtr owner(source);
+    return source == nullptr || gst_element_query_duration(source, GST_FORMAT_BYTES, &length) == FALSE ||
+           length <= 0;
+}
+
 void DeleteNotify(gpointer notify) {
     delete static_cast<MediaNotify*>(notify);
 }
 
 } // namespace
 
-std::unique_ptr<MediaSource> MediaSource::OpenFile(const std::string& path, MediaNotify notify,
-                                                   std::string& error) {
-    if (!IsPlainFile(path, error)) {
-        return nullptr;
+bool MediaSource::HasRoom(std::string& error) {
+    if (SourceThread::Abandoned() >= SourceThread::kMaxAbandoned) {
+        error = "too many sources hang";
+        return false;
     }
-    const GStringPtr uri(gst_filename_to_uri(path.c_str(), nullptr));
-    if (!uri) {
-        error = "unusable path";
-        return nullptr;
+    if (!HasDescriptors(kDescriptorsPerSource)) {
+        error = "too many files are open";
+        return false;
     }
-    return Open(MakeUriHead(uri.get()), {500, kFileReserve, false}, std::move(notify), error);
+    return true;
 }
 
-std::unique_ptr<MediaSource> MediaSource::OpenWeb(const std::string& url, MediaNotify notify,
-                                                  std::string& error) {
+std::unique_ptr<MediaSource> MediaSource::OpenFile(const std::string& path, Owner owner, std::string& error) {
+    const GStringPtr uri(gst_filename_to_uri(path.c_str(), nullptr));
+    if (!uri)
+        error = "unusable path";
+    if (!uri || !HasRoom(error))
+        return nullptr;
+    std::unique_ptr<MediaSource> source(
+        new MediaSource(MakeUriHead(uri.get()), {500, kFileReserve, false}, "", std::move(owner)));
+    source->Start([path] { return LookAtFile(path); }, true);
+    return source;
+}
+
+std::unique_ptr<MediaSource> MediaSource::OpenWeb(const std::string& url, Owner owner, std::string& error) {
+    if (!HasRoom(error))
+        return nullptr;
     ElementPtr head = MakeUriHead(url);
     g_signal_connect(head.get(), "source-setup", G_CALLBACK(ConfigureWebSource), nullptr);
-    return Open(std::move(head), {6000, kWebReserve, false}, std::move(notify), error);
+    std::unique_ptr<MediaSource> source(
+        new MediaSource(std::move(head), {6000, kWebReserve, false}, "", std::move(owner)));
+    source->Start({}, false);
+    return source;
 }
 
-std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& description, MediaNotify notify,
+std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& description, Owner owner,
                                                     std::string& error) {
-    if (gst_uri_is_valid(description.c_str())) {
-        return Open(MakeUriHead(description), {200, kInputReserve, true}, std::move(notify), error);
-    }
-    GError* failure = nullptr;
-    GstElement* head = gst_parse_bin_from_description(description.c_str(), TRUE, &failure);
-    const GErrorPtr owner(failure);
-    if (head == nullptr) {
-        error = failure != nullptr ? failure->message : "unusable input";
+    if (!HasRoom(error))
         return nullptr;
+    ElementPtr head;
+    if (gst_uri_is_valid(description.c_str())) {
+        head = MakeUriHead(description);
+    } else {
+        GError* failure = nullptr;
+        GstElement* made = gst_parse_bin_from_description(description.c_str(), TRUE, &failure);
+        const GErrorPtr reason(failure);
+        if (made == nullptr) {
+            error = failure != nullptr ? failure->message : "unusable input";
+            return nullptr;
+        }
+        head.reset(GST_ELEMENT(gst_object_ref_sink(made)));
     }
-    return Open(ElementPtr(GST_ELEMENT(gst_object_ref_sink(head))), {200, kInputReserve, true},
-                std::move(notify), error);
+    std::unique_ptr<MediaSource> source(
+        new MediaSource(std::move(head), {200, kInputReserve, true}, description, std::move(owner)));
+    source->Start({}, true);
+    return source;
 }
 
-std::unique_ptr<MediaSource> MediaSource::Open(ElementPtr head, const Reserve& reserve, MediaNotify notify,
-                                               std::string& error) {
-    std::unique_ptr<MediaSource> source(new MediaSource(std::move(head), reserve, std::move(notify)));
-    return source->Start(error) ? std::move(source) : nullptr;
-}
-
-MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, MediaNotify notify)
-    : m_pipeline(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr)))),
+MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, std::string device, Owner owner)
+    : m_outlet(std::make_shared<Outlet>()),
+      m_pipeline(ElementPtr(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))))),
       m_head(head.get()),
-      m_live(reserve.live) {
+      m_thread(owner.executor, owner.toEnd, std::move(device)) {
+    GuardPlaylists();
+    m_outlet->notify = std::move(owner.notify);
+    const MediaNotify notify = [outlet = m_outlet](MediaEvent event) { outlet->Notify(std::move(event)); };
     const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
     // The bus owns its copy, so a message posted during the teardown still meets a valid one.
     gst_bus_set_sync_handler(bus.get(), OnMessage, new MediaNotify(notify), DeleteNotify);
@@ -205,7 +266,7 @@ MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, MediaNotify no
                      sink.get(), nullptr);
     gst_element_link_many(converter.get(), resampler.get(), queue.get(), sink.get(), nullptr);
     ConnectHead(m_head, converter.get());
-    m_feed = std::make_shared<PcmFeed>(GST_APP_SINK(sink.get()), reserve.feed, std::move(notify));
+    m_feed = std::make_shared<PcmFeed>(GST_APP_SINK(sink.get()), reserve.feed, notify);
 }
 
 void MediaSource::ConnectHead(GstElement* head, GstElement* converter) {
@@ -216,37 +277,47 @@ void MediaSource::ConnectHead(GstElement* head, GstElement* converter) {
     g_signal_connect(head, "pad-added", G_CALLBACK(LinkFirstAudioPad), converter);
 }
 
-bool MediaSource::Start(std::string& error) {
-    if (!StartPlaying(m_pipeline.get())) {
-        error = "cannot be opened";
-        return false;
-    }
-    return true;
+void MediaSource::Start(Look look, bool trusted) {
+    m_thread.Do([pipeline = m_pipeline, feed = m_feed, outlet = m_outlet, look = std::move(look), trusted] {
+        std::string error = look ? look() : "";
+        std::optional<TrustedAddress> trust;
+        if (trusted)
+            trust.emplace();
+        if (error.empty() && !StartPlaying(pipeline.get()))
+            error = "cannot be opened";
+        if (error.empty())
+            feed->Open();
+        else
+            outlet->Notify({MediaEvent::Kind::kFailed, std::move(error)});
+    });
 }
 
 MediaSource::~MediaSource() {
-    gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
-    const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
-    gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
+    m_outlet->Close();
+    m_thread.Do([pipeline = std::move(m_pipeline)] {
+        gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+        const BusPtr bus(gst_element_get_bus(pipeline.get()));
+        gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
+    });
 }
 
 void MediaSource::StartAt(std::uint32_t milliseconds) {
-    gst_element_seek_simple(m_pipeline.get(), GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH,
-                            static_cast<gint64>(milliseconds * GST_MSECOND));
+    m_thread.Do([pipeline = m_pipeline, outlet = m_outlet, milliseconds] {
+        gst_element_seek_simple(pipeline.get(), GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH,
+                                static_cast<gint64>(milliseconds * GST_MSECOND));
+        outlet->Notify({MediaEvent::Kind::kMoved, {}});
+    });
 }
 
-bool MediaSource::IsBroadcast() const {
-    if (m_live) {
-        return true;
-    }
-    GstElement* source = nullptr;
-    if (g_object_class_find_property(G_OBJECT_GET_CLASS(m_head), "source") != nullptr) {
-        g_object_get(m_head, "source", &source, nullptr);
-    }
-    const ElementPtr owner(source);
-    gint64 length = 0;
-    return source == nullptr || gst_element_query_duration(source, GST_FORMAT_BYTES, &length) == FALSE ||
-           length <= 0;
+void MediaSource::SetAbandonedNotify(std::function<void()> notify) {
+    m_thread.SetAbandonedNotify(std::move(notify));
+}
+
+void MediaSource::FindLength() {
+    m_thread.Do([pipeline = m_pipeline, head = m_head, outlet = m_outlet] {
+        if (IsBroadcast(pipeline.get(), head))
+            outlet->Notify({MediaEvent::Kind::kBroadcast, {}});
+    });
 }
 
 } // namespace korvel::audioserver

@@ -1,59 +1,55 @@
 #include "audioserver/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
-#include <string_view>
 #include <vector>
-
-#include "audioserver/LineParser.h"
 
 namespace korvel::audioserver {
 namespace {
 
-constexpr std::uint32_t kMaxTcpPort = 65535;
+constexpr unsigned kMaxTimeMilliseconds = 3600000;
+
+void SetInputs(const std::vector<std::string>& inputs, Options& options) {
+    for (const std::string& input : inputs) {
+        const auto equals = input.find('=');
+        if (equals == std::string::npos || equals == 0 || equals + 1 == input.size())
+            throw CLI::ValidationError("--input", "an input has the form NAME=URI or NAME=PIPELINE");
+        options.inputs[input.substr(0, equals)] = input.substr(equals + 1);
+    }
+}
+
+void SetCatalogue(const std::string& text, Options& options) {
+    const auto address = common::ParseHostPort(text);
+    if (!address)
+        throw CLI::ValidationError("--catalog", "a catalogue has the form HOST:PORT");
+    options.catalogue = *address;
+}
+
+void AddTime(CLI::App& app, const char* name, std::chrono::milliseconds& time, const char* meaning) {
+    app.add_option_function<unsigned>(
+           name, [&time](unsigned milliseconds) { time = std::chrono::milliseconds(milliseconds); }, meaning)
+        ->default_str(std::to_string(time.count()))
+        ->check(CLI::Range(1U, kMaxTimeMilliseconds));
+}
 
 } // namespace
 
-std::optional<Options> ParseOptions(int argc, char** argv, int& exitCode) {
-    Options options;
-    std::vector<std::string> inputs;
-    std::string catalogue = options.catalogue.host + ":" + options.catalogue.port;
-    CLI::App app("Audio server: plays media to rooms on request of a controller.", "korvel-audioserver");
+void AddOptions(CLI::App& app, Options& options) {
     app.add_option("--port", options.port, "TCP port to listen on; 0 picks a free one")->required();
     app.add_option("--address", options.address, "address to listen on")->capture_default_str();
-    app.add_option("--input", inputs, "a local input, as NAME=URI or NAME=PIPELINE (repeatable)")
-        ->take_all()
-        ->check([](const std::string& input) {
-            const auto equals = input.find('=');
-            const bool usable = equals != std::string::npos && equals > 0 && equals + 1 < input.size();
-            return usable ? std::string() : "an input has the form NAME=URI or NAME=PIPELINE";
-        });
-    app.add_option("--catalog", catalogue, "the catalogue of the streaming service, as HOST:PORT")
-        ->capture_default_str()
-        ->check([](const std::string& address) {
-            const auto port = ParseNumber(std::string_view(address).substr(address.rfind(':') + 1));
-            const bool usable = address.rfind(':') != std::string::npos && address.front() != ':' && port &&
-                                *port > 0 && *port <= kMaxTcpPort;
-            return usable ? std::string() : "a catalogue has the form HOST:PORT";
-        });
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp&) {
-        std::cout << app.help();
-        exitCode = 0;
-        return std::nullopt;
-    } catch (const CLI::ParseError& error) {
-        std::cerr << "korvel-audioserver: " << error.what() << "\n";
-        exitCode = 2;
-        return std::nullopt;
-    }
-    const auto colon = catalogue.rfind(':');
-    options.catalogue = {catalogue.substr(0, colon), catalogue.substr(colon + 1)};
-    for (const std::string& input : inputs) {
-        const auto equals = input.find('=');
-        options.inputs[input.substr(0, equals)] = input.substr(equals + 1);
-    }
-    return options;
+    app.add_option_function<std::vector<std::string>>(
+           "--input", [&options](const auto& inputs) { SetInputs(inputs, options); },
+           "a local input, as NAME=URI or NAME=PIPELINE (repeatable)")
+        ->take_all();
+    app.add_option_function<std::string>(
+           "--catalog", [&options](const auto& text) { SetCatalogue(text, options); },
+           "the catalogue of the streaming service, as HOST:PORT")
+        ->default_str(common::ToText(options.catalogue));
+    AddTime(app, "--sound-patience", options.times.toSound,
+            "milliseconds until a source without sound is given up");
+    AddTime(app, "--end-patience", options.times.toEnd,
+            "milliseconds until a source that does not end is abandoned");
+    AddTime(app, "--first-retry", options.times.firstRetry,
+            "milliseconds until a lost station is connected to again");
 }
 
 } // namespace korvel::audioserver

@@ -3,24 +3,29 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <string>
 
-#include "audioserver/CatalogClient.h"
+#include "audioserver/SourceTimes.h"
+#include "common/Address.h"
+
+namespace CLI {
+class App;
+}
 
 namespace korvel::audioserver {
 
 struct Options {
     std::string address = "127.0.0.1";
-    /// 0 picks a free port.
+    // 0 picks a free port.
     std::uint16_t port = 0;
-    /// Local inputs by name: a URI, or source elements in the notation of gst-launch.
+    // Local inputs by name: a URI, or source elements in the notation of gst-launch.
     std::map<std::string, std::string> inputs;
-    CatalogAddress catalogue;
+    // The gateway of the catalogue.
+    common::HostPort catalogue{"127.0.0.1", 5555};
+    SourceTimes times;
 };
 
-/// Reads the command line. Empty when the program should end, with the exit code in exitCode: help was asked
-/// for (0, printed on stdout) or the options are bad (one line on stderr).
-std::optional<Options> ParseOptions(int argc, char** argv, int& exitCode);
+// Lets the command line set the options, which must outlive its reading.
+void AddOptions(CLI::App& app, Options& options);
 
 } // namespace korvel::audioserver

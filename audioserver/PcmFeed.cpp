@@ -9,7 +9,7 @@
 namespace korvel::audioserver {
 namespace {
 
-/// A status line per this much of the reserve: enough to watch, too few to flood a connection.
+// A status line per this much of the reserve: enough to watch, too few to flood a connection.
 constexpr std::size_t kFillStepPercent = 25;
 
 } // namespace
@@ -27,35 +27,45 @@ PcmFeed::~PcmFeed() {
 }
 
 PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
-    if (m_filling && !IsFilled()) {
+    if (!m_open || (m_filling && !IsFilled()))
         return Result::kStarved;
-    }
     Draw(packet.size());
     std::size_t available = gst_adapter_available(m_adapter);
     if (available < packet.size()) {
         if (!gst_app_sink_is_eos(GST_APP_SINK(m_sink.get()))) {
-            m_filling = m_fillBytes > 0;
+            Starve();
             return Result::kStarved;
         }
         // The end may have come together with a last buffer after the first look.
         Draw(packet.size());
         available = std::min<std::size_t>(gst_adapter_available(m_adapter), packet.size());
-        if (available == 0) {
+        if (available == 0)
             return Result::kDrained;
-        }
         std::fill(packet.begin(), packet.end(), std::uint8_t{0});
     }
     const std::size_t taken = std::min(available, packet.size());
     gst_adapter_copy(m_adapter, packet.data(), 0, taken);
     gst_adapter_flush(m_adapter, taken);
     m_hadAudio = true;
+    if (!std::exchange(m_playing, true)) {
+        ReportStatus("playing");
+        m_notify({MediaEvent::Kind::kPlaying, {}});
+    }
     return Result::kAudio;
 }
 
-void PcmFeed::ReportEnd() {
-    if (std::exchange(m_endReported, true)) {
-        return;
+// Without a reserve there is nothing to fill: what comes late is as good as what came in time.
+void PcmFeed::Starve() {
+    m_filling = m_fillBytes > 0;
+    if (m_filling && std::exchange(m_playing, false)) {
+        ReportStatus("buffering 0%");
+        m_notify({MediaEvent::Kind::kStarved, {}});
     }
+}
+
+void PcmFeed::ReportEnd() {
+    if (std::exchange(m_endReported, true))
+        return;
     m_notify(m_hadAudio ? MediaEvent{MediaEvent::Kind::kDrained, {}}
                         : MediaEvent{MediaEvent::Kind::kFailed, "no audio in it"});
 }
@@ -69,19 +79,16 @@ bool PcmFeed::IsFilled() {
     }
     m_filling = false;
     m_reportedFill = 0;
-    ReportStatus("playing");
     return true;
 }
 
 void PcmFeed::Draw(std::size_t wanted) {
     while (gst_adapter_available(m_adapter) < wanted) {
         const SamplePtr sample(gst_app_sink_try_pull_sample(GST_APP_SINK(m_sink.get()), 0));
-        if (!sample) {
+        if (!sample)
             return;
-        }
-        if (GstBuffer* buffer = gst_sample_get_buffer(sample.get())) {
+        if (GstBuffer* buffer = gst_sample_get_buffer(sample.get()))
             gst_adapter_push(m_adapter, gst_buffer_ref(buffer));
-        }
     }
 }
 
@@ -94,9 +101,8 @@ void PcmFeed::ReportFill(std::size_t percent) {
 }
 
 void PcmFeed::ReportStatus(std::string status) {
-    if (m_told) {
+    if (m_told)
         m_notify({MediaEvent::Kind::kStatus, std::move(status)});
-    }
 }
 
 } // namespace korvel::audioserver

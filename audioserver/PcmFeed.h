@@ -4,6 +4,7 @@
 #include <gst/app/gstappsink.h>
 #include <gst/base/gstadapter.h>
 
+#include <atomic>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -13,38 +14,43 @@
 
 namespace korvel::audioserver {
 
-/// Cuts what a decoder delivers into packets. Built on the loop; from then on used by the sender's thread
-/// only. The decoder waits while nobody draws, which is how a pause keeps its position.
+// Cuts what a decoder delivers into packets. Built on the loop; from then on used by the sender's thread
+// only, but for Open(). The decoder waits while nobody draws, which is how a pause keeps its position.
 class PcmFeed {
 public:
     enum class Result {
-        kAudio,   ///< the packet is filled (the last one of a media padded with silence)
-        kStarved, ///< nothing to send at the moment
-        kDrained  ///< the media has ended and everything was given out before
+        kAudio,   // the packet is filled (the last one of a media padded with silence)
+        kStarved, // nothing to send at the moment
+        kDrained  // the media has ended and everything was given out before
     };
 
-    /// Sound that must be there before any is given out, again after each time that it ran dry.
+    // Sound that must be there before any is given out, again after each time that it ran dry.
     struct Reserve {
-        std::size_t milliseconds; ///< 0 for a source that needs none
-        bool told;                ///< whether filling it takes so long that listeners want to know
+        std::size_t milliseconds; // 0 for a source that needs none
+        bool told;                // whether filling it takes so long that listeners want to know
     };
 
-    /// @param sink where decoded sound arrives, started before the first Read()
-    /// @param notify hears kStatus while a reserve that is told of fills, and kFailed or kDrained once at the
-    /// end
+    // `sink`: where decoded sound arrives, started before Open().
+    // `notify`: hears kPlaying at the first sound, kStarved and kPlaying each time that the reserve is
+    // empty and full again, kStatus while a reserve that is told of fills, and kFailed or kDrained once at
+    // the end.
     PcmFeed(GstAppSink* sink, const Reserve& reserve, MediaNotify notify);
     ~PcmFeed();
     PcmFeed(const PcmFeed&) = delete;
     PcmFeed& operator=(const PcmFeed&) = delete;
 
-    /// Fills one packet or leaves it untouched.
+    // From now on there is something to read. Callable from any thread.
+    void Open() { m_open = true; }
+
+    // Fills one packet or leaves it untouched.
     Result Read(std::span<std::uint8_t> packet);
 
-    /// To be called when Read() said kDrained and the packet before it is on the wire. Notifies once.
+    // To be called when Read() said kDrained and the packet before it is on the wire. Notifies once.
     void ReportEnd();
 
 private:
     bool IsFilled();
+    void Starve();
     void Draw(std::size_t wanted);
     void ReportFill(std::size_t percent);
     void ReportStatus(std::string status);
@@ -54,8 +60,10 @@ private:
     std::size_t m_fillBytes;
     bool m_told;
     MediaNotify m_notify;
+    std::atomic<bool> m_open = false; // a sink that was not started looks like one at its end
     bool m_filling;
     bool m_hadAudio = false;
+    bool m_playing = false;
     bool m_endReported = false;
     std::size_t m_reportedFill = 0;
 };

@@ -12,7 +12,7 @@ inline constexpr std::size_t kFrameBytes = 4;
 inline constexpr const char* kPcmCaps =
     "audio/x-raw,format=S16BE,layout=interleaved,rate=48000,channels=2,channel-mask=(bitmask)0x3";
 
-/// The longest packet that AES67 receivers are bound to take: 192 frames, 768 bytes, one Ethernet frame.
+// The longest packet that AES67 receivers are bound to take: 192 frames, 768 bytes, one Ethernet frame.
 inline constexpr std::uint64_t kPacketMilliseconds = 4;
 inline constexpr std::size_t kPacketFrames = kSampleRate * kPacketMilliseconds / 1000;
 inline constexpr std::size_t kPacketBytes = kPacketFrames * kFrameBytes;

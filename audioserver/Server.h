@@ -1,48 +1,43 @@
 // Accepts controllers.
 #pragma once
 
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
 
 #include "audioserver/Session.h"
+#include "common/Acceptor.h"
 
 namespace korvel::audioserver {
 
-/// Lives on the loop of the given context, which must outlive it.
+// Lives on the loop of the given context, which must outlive it.
 class Server {
 public:
-    /// Starts to listen.
-    /// @param port 0 picks a free one
-    /// @param inputs local inputs by name
-    /// @param catalogue asked when a media is one of the streaming service
-    /// @throws std::runtime_error with one line of text when the address is unusable or the port is taken
-    Server(boost::asio::io_context& context, const std::string& address, std::uint16_t port, Inputs inputs,
-           CatalogAddress catalogue);
+    // Starts to listen.
+    // `port`: 0 picks a free one.
+    // `settings`: of all streams.
+    // `catalogue`: asked when a media is one of the streaming service.
+    // Throws std::runtime_error with one line of text when the address is unusable or the port is taken.
+    Server(common::asio::io_context& context, const std::string& address, std::uint16_t port,
+           StreamSettings settings, common::HostPort catalogue);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// "ADDRESS:PORT" with the real port.
-    std::string Endpoint() const;
-    std::uint16_t Port() const;
+    // "ADDRESS:PORT" with the real port.
+    std::string Endpoint() const { return m_acceptor.GetEndpoint(); }
 
-    /// Stops listening and ends every session. The context then runs out of work.
+    // Stops listening and ends every session. The context then runs out of work.
     void Stop();
 
 private:
-    void Accept();
-    void OnConnection(boost::asio::ip::tcp::socket socket);
+    void OnConnection(common::tcp::socket socket, common::Acceptor::Place place);
 
-    boost::asio::ip::tcp::acceptor m_acceptor;
-    boost::asio::steady_timer m_retry;
-    Inputs m_inputs;
+    StreamSettings m_settings;
     std::shared_ptr<CatalogClient> m_catalogue;
     StreamNumbers m_numbers;
+    common::Acceptor m_acceptor;
     std::set<std::shared_ptr<Session>> m_sessions;
 };
 

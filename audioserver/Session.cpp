@@ -1,152 +1,87 @@
 #include "audioserver/Session.h"
 
-#include <boost/asio/buffer.hpp>
-#include <boost/asio/write.hpp>
-#include <sstream>
 #include <utility>
 
 #include "audioserver/LineFormat.h"
-#include "audioserver/Log.h"
+#include "common/Log.h"
 
 namespace korvel::audioserver {
 namespace {
 
+constexpr common::LineLimits kLimits{kMaxLineBytes, kMaxPendingBytes, kLinePatience, kLinePatience};
+// The kernel's share of what waits to go out; the rest is bounded by kMaxPendingBytes.
 constexpr int kSendBufferBytes = 256 * 1024;
-/// Further unusable lines of a connection would only fill the log.
-constexpr unsigned kMaxLoggedRefusals = 10;
 
-std::string PeerName(const boost::asio::ip::tcp::socket& socket) {
-    boost::system::error_code error;
-    const auto peer = socket.remote_endpoint(error);
-    std::ostringstream name;
-    name << peer;
-    return error ? "unknown peer" : name.str();
+common::tcp::socket WithSendBuffer(common::tcp::socket socket) {
+    common::error_code ignored;
+    socket.set_option(common::asio::socket_base::send_buffer_size(kSendBufferBytes), ignored);
+    return socket;
 }
 
 } // namespace
 
-Session::Session(boost::asio::ip::tcp::socket socket, SessionContext context, Closed closed)
-    : m_socket(std::move(socket)),
+Session::Session(common::tcp::socket socket, common::Acceptor::Place place, SessionContext context,
+                 Closed closed)
+    : m_lines(std::make_shared<common::LineConnection>(
+          WithSendBuffer(std::move(socket)), kLimits, static_cast<common::LineConnection::Listener&>(*this))),
+      m_place(std::move(place)),
       m_context(context),
-      m_closed(std::move(closed)),
-      m_name(PeerName(m_socket)) {}
+      m_closed(std::move(closed)) {}
 
 Session::~Session() {
+    m_lines->Close();
     RemoveAllStreams();
 }
 
 void Session::Start() {
-    boost::system::error_code ignored;
-    m_socket.set_option(boost::asio::ip::tcp::no_delay(true), ignored);
-    m_socket.set_option(boost::asio::socket_base::keep_alive(true), ignored);
-    // The kernel's share of what waits to go out; the rest is bounded by kMaxPendingBytes.
-    m_socket.set_option(boost::asio::socket_base::send_buffer_size(kSendBufferBytes), ignored);
-    Log(m_name + " connected");
-    Read();
+    common::ProgramLog().Info(m_lines->GetPeer() + " connected");
+    Settle();
+    m_lines->Start();
 }
 
-void Session::Close(std::string_view reason) {
-    if (!std::exchange(m_open, false)) {
+void Session::Close(const std::string& reason) {
+    if (!std::exchange(m_open, false))
+        return;
+    const auto self = shared_from_this();
+    common::ProgramLog().Info(m_lines->GetPeer() + " closed: " + reason);
+    RemoveAllStreams();
+    m_lines->Close();
+    m_closed(self);
+}
+
+void Session::OnEnd(const std::string& why) {
+    Close(why);
+}
+
+void Session::OnLine(const common::Line& line) {
+    if (line.tooLong) {
+        Refuse(RefuseLine(line.GetText()), line.GetText());
         return;
     }
-    Log(m_name + " closed: " + std::string(reason));
-    RemoveAllStreams();
-    boost::system::error_code ignored;
-    m_socket.shutdown(boost::asio::ip::tcp::socket::shutdown_both, ignored);
-    m_socket.close(ignored);
-    m_closed(shared_from_this());
-}
-
-void Session::Read() {
-    m_socket.async_read_some(
-        boost::asio::buffer(m_chunk),
-        [self = shared_from_this()](const boost::system::error_code& error, std::size_t count) {
-            if (!self->m_open) {
-                return;
-            }
-            if (error) {
-                self->Close(error == boost::asio::error::eof ? "end of connection" : error.message());
-                return;
-            }
-            self->OnBytes(count);
-            if (self->m_open) {
-                self->Read();
-            }
-        });
-}
-
-void Session::OnBytes(std::size_t count) {
-    std::string_view bytes(m_chunk.data(), count);
-    while (m_open && !bytes.empty()) {
-        const auto end = bytes.find('\n');
-        m_line.append(bytes.substr(0, end));
-        // A carriage return that belongs to the line's end does not count.
-        if (m_line.size() > kMaxLineBytes + 1 || (m_line.size() > kMaxLineBytes && m_line.back() != '\r')) {
-            Close("line too long");
-            return;
-        }
-        if (end == std::string_view::npos) {
-            return;
-        }
-        bytes.remove_prefix(end + 1);
-        if (!m_line.empty() && m_line.back() == '\r') {
-            m_line.pop_back();
-        }
-        HandleLine(std::exchange(m_line, {}));
-    }
-}
-
-void Session::HandleLine(std::string_view line) {
-    const auto parsed = ParseLine(line);
+    const auto parsed = ParseLine(line.GetText());
     if (const auto* refusal = std::get_if<Refusal>(&parsed)) {
-        LogRefusal(line);
-        Send(AnnouncementEvent(refusal->command) +
-             NoLine(refusal->sequence, refusal->command, refusal->stream));
+        Refuse(*refusal, line.GetText());
         return;
     }
     Dispatch(std::get<Request>(parsed));
+    Settle();
 }
 
-void Session::LogRefusal(std::string_view line) {
-    if (m_loggedRefusals > kMaxLoggedRefusals) {
-        return;
-    }
-    const bool last = m_loggedRefusals++ == kMaxLoggedRefusals;
-    Log(m_name + (last ? " goes on sending unusable lines" : " sent an unusable line: " + OneLine(line)));
+void Session::Refuse(const Refusal& refusal, std::string_view line) {
+    common::ProgramLog().Warning(m_lines->GetPeer() + " sent an unusable line: " + OneLine(line));
+    Send(AnnouncementEvent(refusal.command) + NoLine(refusal.sequence, refusal.command, refusal.stream));
 }
 
 void Session::Send(std::string_view line) {
-    if (!m_open) {
-        return;
-    }
-    m_outgoing.append(line);
-    if (m_outgoing.size() + m_inFlight.size() > kMaxPendingBytes) {
-        Close("does not read its answers");
-        return;
-    }
-    if (m_inFlight.empty()) {
-        Write();
-    }
+    m_lines->Send(line);
 }
 
-/// Sends all that waits in one go; what comes meanwhile waits for the next.
-void Session::Write() {
-    m_inFlight.swap(m_outgoing);
-    boost::asio::async_write(
-        m_socket, boost::asio::buffer(m_inFlight),
-        [self = shared_from_this()](const boost::system::error_code& error, std::size_t) {
-            if (!self->m_open) {
-                return;
-            }
-            if (error) {
-                self->Close(error.message());
-                return;
-            }
-            self->m_inFlight.clear();
-            if (!self->m_outgoing.empty()) {
-                self->Write();
-            }
-        });
+// Whether the connection may have to give way to another: what plays is not to end for a newcomer.
+void Session::Settle() {
+    if (m_streams.empty())
+        m_place.SetIdle([this] { Close("gives way to another"); });
+    else
+        m_place.SetBusy();
 }
 
 } // namespace korvel::audioserver

@@ -1,8 +1,6 @@
 // One connected controller.
 #pragma once
 
-#include <array>
-#include <boost/asio/ip/tcp.hpp>
 #include <functional>
 #include <map>
 #include <memory>
@@ -12,41 +10,43 @@
 #include "audioserver/LineParser.h"
 #include "audioserver/Stream.h"
 #include "audioserver/StreamNumbers.h"
+#include "common/Acceptor.h"
+#include "common/LineConnection.h"
 
 namespace korvel::audioserver {
 
-/// What all sessions of a server share. Must outlive them.
+// What all sessions of a server share. Must outlive them.
 struct SessionContext {
     StreamNumbers& numbers;
-    const Inputs& inputs;
+    const StreamSettings& settings;
     CatalogClient& catalogue;
 };
 
-/// Reads request lines, answers each in order, and passes on the events of the streams that it made. A
-/// session touches no other session's streams; its own go with it when the connection ends. Lives on the loop
-/// and keeps itself alive while the connection is open.
-class Session : public std::enable_shared_from_this<Session> {
+// Reads request lines, answers each in order, and passes on the events of the streams that it made. A
+// session touches no other session's streams; its own go with it when the connection ends. While it has none,
+// it gives way to others. Lives on the loop.
+class Session : public std::enable_shared_from_this<Session>, private common::LineConnection::Listener {
 public:
     using Closed = std::function<void(const std::shared_ptr<Session>&)>;
 
-    /// @param closed called once when the session has ended
-    Session(boost::asio::ip::tcp::socket socket, SessionContext context, Closed closed);
+    // `closed`: called once when the session has ended.
+    Session(common::tcp::socket socket, common::Acceptor::Place place, SessionContext context, Closed closed);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
     void Start();
 
-    /// Removes the streams and closes the connection. A second call does nothing.
-    void Close(std::string_view reason);
+    // Removes the streams and closes the connection. A second call does nothing.
+    void Close(const std::string& reason);
 
 private:
-    void Read();
-    void OnBytes(std::size_t count);
-    void HandleLine(std::string_view line);
-    void LogRefusal(std::string_view line);
+    void OnLine(const common::Line& line) override;
+    void OnEnd(const std::string& why) override;
+
+    void Refuse(const Refusal& refusal, std::string_view line);
     void Send(std::string_view line);
-    void Write();
+    void Settle();
 
     // Commands.cpp
     void Dispatch(const Request& request);
@@ -57,18 +57,11 @@ private:
     static bool Apply(const Request& request, Stream& stream);
     void RemoveAllStreams();
 
-    boost::asio::ip::tcp::socket m_socket;
+    std::shared_ptr<common::LineConnection> m_lines;
+    common::Acceptor::Place m_place;
     SessionContext m_context;
     Closed m_closed;
-    std::string m_name;
     bool m_open = true;
-
-    std::array<char, 4096> m_chunk{};
-    std::string m_line;
-    unsigned m_loggedRefusals = 0;
-
-    std::string m_outgoing;
-    std::string m_inFlight;
 
     std::map<StreamNumber, std::shared_ptr<Stream>> m_streams;
 };

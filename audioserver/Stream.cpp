@@ -4,31 +4,36 @@
 #include <utility>
 
 #include "audioserver/LineFormat.h"
-#include "audioserver/Log.h"
+#include "common/Log.h"
 
 namespace korvel::audioserver {
 namespace {
 
-/// A channel may have a track that cannot be played; when several in a row cannot, it is of no use.
+// A channel may have a track that cannot be played; when several in a row cannot, it is of no use.
 constexpr unsigned kMaxFailedTracks = 3;
 
 } // namespace
 
 std::shared_ptr<Stream> Stream::Create(boost::asio::any_io_executor executor, StreamNumber number,
-                                       const Inputs& inputs, CatalogClient& catalogue, LineSink sink) {
+                                       const StreamSettings& settings, CatalogClient& catalogue,
+                                       LineSink sink) {
     std::shared_ptr<Stream> stream(
-        new Stream(std::move(executor), number, inputs, catalogue, std::move(sink)));
+        new Stream(std::move(executor), number, settings, catalogue, std::move(sink)));
     stream->Start();
     return stream;
 }
 
-Stream::Stream(boost::asio::any_io_executor executor, StreamNumber number, const Inputs& inputs,
+Stream::Stream(boost::asio::any_io_executor executor, StreamNumber number, const StreamSettings& settings,
                CatalogClient& catalogue, LineSink sink)
     : m_executor(std::move(executor)),
       m_number(number),
-      m_inputs(inputs),
+      m_settings(settings),
       m_catalogue(catalogue),
-      m_sink(std::move(sink)) {}
+      m_sink(std::move(sink)),
+      m_untilTitle(m_executor),
+      m_patience(m_executor),
+      m_untilRetry(m_executor),
+      m_backOff(settings.times.firstRetry, settings.times.lastRetry) {}
 
 Stream::~Stream() {
     LeaveCatalogue();
@@ -39,7 +44,8 @@ void Stream::Start() {
         std::make_unique<StreamOutput>([executor = m_executor, weak = weak_from_this()](std::string reason) {
             boost::asio::post(executor, [weak, reason = std::move(reason)] {
                 if (const auto stream = weak.lock()) {
-                    Log("stream " + std::to_string(stream->m_number) + ": output failed: " + OneLine(reason));
+                    common::ProgramLog().Warning("stream " + std::to_string(stream->m_number) +
+                                                 ": output failed: " + OneLine(reason));
                     stream->m_sink(ReportLine(stream->m_number, kStreamError, reason));
                 }
             });
@@ -47,21 +53,18 @@ void Stream::Start() {
 }
 
 bool Stream::AddClient(const ClientAddress& client) {
-    if (m_clients.contains(client)) {
+    if (m_clients.contains(client))
         return true;
-    }
-    if (m_clients.size() >= kMaxClientsPerStream) {
+    if (m_clients.size() >= kMaxClientsPerStream)
         return false;
-    }
     m_clients.insert(client);
     m_output->AddClient(client);
     return true;
 }
 
 void Stream::RemoveClient(const ClientAddress& client) {
-    if (m_clients.erase(client) > 0) {
+    if (m_clients.erase(client) > 0)
         m_output->RemoveClient(client);
-    }
 }
 
 void Stream::AddMedia(const MediaReference& reference) {
@@ -81,17 +84,26 @@ void Stream::AddMedia(const MediaReference& reference) {
         return;
     }
     if (reference.kind == MediaReference::Kind::kWeb) {
+        m_address = reference.target;
         MakeNotify()({MediaEvent::Kind::kStatus, "connecting"});
     } else if (reference.kind == MediaReference::Kind::kInput) {
         // A live source never reports that it has its first sound.
         MakeNotify()({MediaEvent::Kind::kReady, {}});
     }
     m_output->SetFeed(m_media->Feed());
+    StartPatience();
 }
 
 void Stream::Unload() {
     DropMedia();
     LeaveCatalogue();
+    m_untilRetry.cancel();
+    m_untilTitle.cancel();
+    m_titleWaits = false;
+    m_title = std::make_shared<Title>();
+    m_backOff.Reset();
+    m_broadcast = false;
+    m_played = false;
     m_lastInfo.clear();
     m_lastStatus.clear();
 }
@@ -99,8 +111,10 @@ void Stream::Unload() {
 void Stream::DropMedia() {
     ++m_generation;
     m_output->SetFeed(nullptr);
+    m_patience.cancel();
     m_media.reset();
     m_ready = false;
+    m_sounds = false;
 }
 
 void Stream::SetState(PlayState state) {
@@ -110,29 +124,41 @@ void Stream::SetState(PlayState state) {
     }
     m_paused = state == PlayState::kPause;
     m_output->SetPaused(m_paused);
+    // Nothing is drawn while it is paused, and so nothing can be missed.
+    m_patience.cancel();
+    if (m_media && !m_sounds)
+        StartPatience();
 }
 
-/// Hands events of the media that is being loaded over to the loop, marked with its generation.
+// Hands events of the media that is being loaded over to the loop, marked with its generation.
 MediaNotify Stream::MakeNotify() {
-    return [executor = m_executor, weak = weak_from_this(), generation = m_generation](MediaEvent event) {
+    return [executor = m_executor, weak = weak_from_this(), generation = m_generation,
+            title = m_title](MediaEvent event) {
+        if (event.kind == MediaEvent::Kind::kTags) {
+            const std::lock_guard lock(title->mutex);
+            if (std::exchange(title->text, std::move(event.text)))
+                return; // the loop has not come for the one before
+        }
         boost::asio::post(executor, [weak, generation, event = std::move(event)]() mutable {
-            if (const auto stream = weak.lock()) {
+            if (const auto stream = weak.lock())
                 stream->OnMediaEvent(generation, event);
-            }
         });
     };
+}
+
+MediaSource::Owner Stream::MakeOwner() {
+    return {m_executor, m_settings.times.toEnd, MakeNotify()};
 }
 
 std::unique_ptr<MediaSource> Stream::OpenMedia(const MediaReference& reference, std::string& error) {
     switch (reference.kind) {
         case MediaReference::Kind::kFile:
-            return MediaSource::OpenFile(reference.target, MakeNotify(), error);
+            return MediaSource::OpenFile(reference.target, MakeOwner(), error);
         case MediaReference::Kind::kWeb:
-            return MediaSource::OpenWeb(reference.target, MakeNotify(), error);
+            return MediaSource::OpenWeb(reference.target, MakeOwner(), error);
         case MediaReference::Kind::kInput:
-            if (const auto input = m_inputs.find(reference.target); input != m_inputs.end()) {
-                return MediaSource::OpenInput(input->second, MakeNotify(), error);
-            }
+            if (const auto input = m_settings.inputs.find(reference.target); input != m_settings.inputs.end())
+                return MediaSource::OpenInput(input->second, MakeOwner(), error);
             error = "no input of this name";
             return nullptr;
         case MediaReference::Kind::kCatalogue: // a place of it is opened
@@ -144,9 +170,8 @@ std::unique_ptr<MediaSource> Stream::OpenMedia(const MediaReference& reference, 
 }
 
 void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
-    if (generation != m_generation) {
+    if (generation != m_generation)
         return;
-    }
     switch (event.kind) {
         case MediaEvent::Kind::kReady:
             OnReady();
@@ -157,11 +182,24 @@ void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
         case MediaEvent::Kind::kFailed:
             OnFailed(event.text);
             break;
+        case MediaEvent::Kind::kBroadcast:
+            OnBroadcast();
+            break;
+        case MediaEvent::Kind::kMoved:
+            ConnectFeed();
+            break;
+        case MediaEvent::Kind::kPlaying:
+            m_sounds = true;
+            m_played = true;
+            m_patience.cancel();
+            m_backOff.Reset();
+            break;
+        case MediaEvent::Kind::kStarved:
+            m_sounds = false;
+            StartPatience();
+            break;
         case MediaEvent::Kind::kTags:
-            // The tags of a file are the controller's business already.
-            if (m_mediaKind == MediaReference::Kind::kWeb) {
-                Report(kStreamInfo, event.text, m_lastInfo);
-            }
+            TellTitle();
             break;
         case MediaEvent::Kind::kStatus:
             Report(kStreamStatus, event.text, m_lastStatus);
@@ -174,13 +212,21 @@ void Stream::OnDrained() {
         m_catalogueMedia->failedTracks = 0;
         return;
     }
+    if (IsStationThatPlayed()) {
+        Reconnect("it has ended");
+        return;
+    }
     Unload();
     m_sink(EndOfMediaLine(m_number));
 }
 
 void Stream::OnFailed(const std::string& reason) {
     if (m_catalogueMedia && ++m_catalogueMedia->failedTracks < kMaxFailedTracks && GoOnWithChannel()) {
-        Log("stream " + std::to_string(m_number) + ": left out: " + OneLine(reason));
+        common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": left out: " + OneLine(reason));
+        return;
+    }
+    if (IsStationThatPlayed()) {
+        Reconnect(reason);
         return;
     }
     Fail(reason);
@@ -188,24 +234,31 @@ void Stream::OnFailed(const std::string& reason) {
 
 void Stream::Fail(const std::string& reason) {
     Unload();
-    Log("stream " + std::to_string(m_number) + ": bad media: " + OneLine(reason));
+    common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": bad media: " + OneLine(reason));
     m_sink(BadMediaLine(m_number, reason));
 }
 
 void Stream::OnReady() {
-    if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile) {
+    if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile)
         return;
-    }
-    if (m_media->IsBroadcast()) {
-        m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
-    }
+    if (m_mediaKind == MediaReference::Kind::kInput)
+        OnBroadcast();
+    else
+        m_media->FindLength();
     MoveToStart();
 }
 
-void Stream::Report(std::string_view prefix, const std::string& text, std::string& last) {
-    if (std::exchange(last, text) != text) {
-        m_sink(ReportLine(m_number, prefix, text));
-    }
+void Stream::OnBroadcast() {
+    if (!std::exchange(m_broadcast, true))
+        m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
+}
+
+// Whether it is news.
+bool Stream::Report(std::string_view prefix, const std::string& text, std::string& last) {
+    if (std::exchange(last, text) == text)
+        return false;
+    m_sink(ReportLine(m_number, prefix, text));
+    return true;
 }
 
 } // namespace korvel::audioserver

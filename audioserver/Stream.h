@@ -2,10 +2,12 @@
 #pragma once
 
 #include <boost/asio/any_io_executor.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -15,51 +17,65 @@
 #include "audioserver/MediaReference.h"
 #include "audioserver/MediaSource.h"
 #include "audioserver/Protocol.h"
+#include "audioserver/SourceTimes.h"
 #include "audioserver/StreamOutput.h"
+#include "common/BackOff.h"
 
 namespace korvel::audioserver {
 
+// Local inputs by name.
 using Inputs = std::map<std::string, std::string>;
 
-/// Lives on the loop. A new media replaces the one before at once; each media has a generation, and an event
-/// of an earlier generation is dropped, so nothing is ever reported about a media that is no longer loaded.
-///
-///     empty --AddMedia--> playing <--SetState play/pause--> paused
-///     playing, paused --AddMedia--> playing            (the new media)
-///     playing, paused --Unload, end, failure--> empty  (the stream and its clients stay)
-///
-/// A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
-/// track the next is looked up.
+// What all streams of a server have in common.
+struct StreamSettings {
+    Inputs inputs;
+    SourceTimes times;
+};
+
+// Lives on the loop. A new media replaces the one before at once; each source of it has a generation, and an
+// event of an earlier generation is dropped, so nothing is ever reported about a media that is no longer
+// loaded.
+//
+//     empty --AddMedia--> playing <--SetState play/pause--> paused
+//     playing, paused --AddMedia--> playing            (the new media)
+//     playing, paused --Unload, end, failure--> empty  (the stream and its clients stay)
+//
+// A source that gives no sound for too long has failed, unless it is paused. A station that has played does
+// not end and does not fail: it is connected to again, after ever longer waits, until it is unloaded.
+//
+// A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
+// track the next is looked up.
 class Stream : public std::enable_shared_from_this<Stream> {
 public:
-    /// Takes the lines of events, on the loop and never from inside a call of this class.
+    // Takes the lines of events, on the loop and never from inside a call of this class.
     using LineSink = std::function<void(std::string_view line)>;
 
-    /// @param inputs local inputs by name; must outlive the stream
-    /// @param catalogue must outlive the stream
-    /// @throws std::runtime_error when the output cannot be built
+    // `settings`: must outlive the stream.
+    // `catalogue`: must outlive the stream.
+    // Throws std::runtime_error when the output cannot be built.
     static std::shared_ptr<Stream> Create(boost::asio::any_io_executor executor, StreamNumber number,
-                                          const Inputs& inputs, CatalogClient& catalogue, LineSink sink);
+                                          const StreamSettings& settings, CatalogClient& catalogue,
+                                          LineSink sink);
     ~Stream();
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
 
-    /// Whether the client is in the stream now; false when it is full. Adding a client again changes nothing.
+    // Whether the client is in the stream now; false when it is full. Adding a client again changes nothing.
     bool AddClient(const ClientAddress& client);
 
-    /// Removing a client that is not in the stream changes nothing.
+    // Removing a client that is not in the stream changes nothing.
     void RemoveClient(const ClientAddress& client);
 
-    /// Starts a media. What is wrong with it is reported later as an event.
+    // Starts a media. What is wrong with it is reported later as an event.
     void AddMedia(const MediaReference& reference);
 
-    /// Ends the media without an event.
+    // Ends the media without an event.
     void Unload();
 
     void SetState(PlayState state);
 
 private:
-    Stream(boost::asio::any_io_executor executor, StreamNumber number, const Inputs& inputs,
+    Stream(boost::asio::any_io_executor executor, StreamNumber number, const StreamSettings& settings,
            CatalogClient& catalogue, LineSink sink);
 
     void Start();
@@ -67,11 +83,20 @@ private:
     std::unique_ptr<MediaSource> OpenMedia(const MediaReference& reference, std::string& error);
     void OnMediaEvent(std::uint64_t generation, MediaEvent& event);
     void OnReady();
+    void OnBroadcast();
     void OnDrained();
     void OnFailed(const std::string& reason);
     void Fail(const std::string& reason);
     void DropMedia();
-    void Report(std::string_view prefix, const std::string& text, std::string& last);
+    bool Report(std::string_view prefix, const std::string& text, std::string& last);
+    MediaSource::Owner MakeOwner();
+
+    // StreamStation.cpp
+    void StartPatience();
+    bool IsStationThatPlayed() const;
+    void Reconnect(const std::string& reason);
+    void Connect();
+    void TellTitle();
 
     // StreamCatalogue.cpp
     void LookUp();
@@ -81,19 +106,19 @@ private:
     bool GoOnWithChannel();
     void LeaveCatalogue();
 
-    /// What of the catalogue is loaded.
+    // What of the catalogue is loaded.
     struct CatalogueMedia {
         std::string id;
-        /// Of the channel's track that was found last; none for a track.
+        // Of the channel's track that was found last; none for a track.
         std::optional<std::uint32_t> turn;
-        /// Where the media that is being opened starts; 0 once it has.
+        // Where the media that is being opened starts; 0 once it has.
         std::uint32_t startMilliseconds = 0;
         unsigned failedTracks = 0;
     };
 
     boost::asio::any_io_executor m_executor;
     StreamNumber m_number;
-    const Inputs& m_inputs;
+    const StreamSettings& m_settings;
     CatalogClient& m_catalogue;
     LineSink m_sink;
     std::unique_ptr<StreamOutput> m_output;
@@ -106,6 +131,24 @@ private:
     std::optional<CatalogueMedia> m_catalogueMedia;
     std::string m_lastInfo;
     std::string m_lastStatus;
+
+    // What a source says that it plays, from its thread to the loop. A source that says much replaces what
+    // has not been told yet.
+    struct Title {
+        std::mutex mutex;
+        std::optional<std::string> text;
+    };
+    std::shared_ptr<Title> m_title = std::make_shared<Title>();
+    boost::asio::steady_timer m_untilTitle;
+    bool m_titleWaits = false;
+
+    boost::asio::steady_timer m_patience;
+    boost::asio::steady_timer m_untilRetry;
+    common::BackOff m_backOff; // before the station is connected to again
+    std::string m_address;     // of the station
+    bool m_broadcast = false;
+    bool m_played = false; // ever, since it was added
+    bool m_sounds = false; // now, unless it is paused
 };
 
 } // namespace korvel::audioserver

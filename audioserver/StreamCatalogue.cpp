@@ -3,31 +3,22 @@
 #include <utility>
 
 #include "audioserver/LineFormat.h"
-#include "audioserver/Log.h"
 #include "audioserver/Stream.h"
+#include "common/Address.h"
 
 namespace korvel::audioserver {
-namespace {
-
-bool IsWebAddress(const std::string& media) {
-    return media.starts_with("http://") || media.starts_with("https://");
-}
-
-} // namespace
 
 void Stream::LookUp() {
     m_catalogue.Resolve(m_number, m_catalogueMedia->id, m_catalogueMedia->turn,
                         [weak = weak_from_this(), generation = m_generation](
                             const std::optional<CatalogClient::Place>& place, const std::string& error) {
                             const auto stream = weak.lock();
-                            if (!stream || generation != stream->m_generation) {
+                            if (!stream || generation != stream->m_generation)
                                 return;
-                            }
-                            if (place) {
+                            if (place)
                                 stream->OnFound(*place);
-                            } else {
+                            else
                                 stream->Fail(error);
-                            }
                         });
 }
 
@@ -36,40 +27,38 @@ void Stream::OnFound(const CatalogClient::Place& place) {
     m_catalogueMedia->startMilliseconds = place.offsetMilliseconds;
     std::string error = "not an absolute path or a web address";
     try {
-        if (IsWebAddress(place.media)) {
-            m_media = MediaSource::OpenWeb(place.media, MakeNotify(), error);
-        } else if (place.media.starts_with('/')) {
-            m_media = MediaSource::OpenFile(place.media, MakeNotify(), error);
-        }
+        if (common::ParseWebAddress(place.media))
+            m_media = MediaSource::OpenWeb(place.media, MakeOwner(), error);
+        else if (place.media.starts_with('/'))
+            m_media = MediaSource::OpenFile(place.media, MakeOwner(), error);
     } catch (const std::runtime_error& failure) {
         error = failure.what();
     }
     if (!m_media) {
         OnFailed(error);
-    } else if (place.offsetMilliseconds == 0) {
-        ConnectFeed();
+        return;
     }
+    StartPatience();
+    if (place.offsetMilliseconds == 0)
+        ConnectFeed();
 }
 
-/// What is not at its beginning is drawn from only when it has been moved.
+// What is not at its beginning is drawn from only when it has been moved.
 void Stream::MoveToStart() {
-    if (m_catalogueMedia && m_catalogueMedia->startMilliseconds > 0) {
+    if (m_catalogueMedia && m_catalogueMedia->startMilliseconds > 0)
         m_media->StartAt(std::exchange(m_catalogueMedia->startMilliseconds, 0));
-        ConnectFeed();
-    }
 }
 
-/// A pause may have come while the media was looked up.
+// A pause may have come while the media was looked up.
 void Stream::ConnectFeed() {
     m_output->SetFeed(m_media->Feed());
     m_output->SetPaused(m_paused);
 }
 
-/// False when this is no channel.
+// False when this is no channel.
 bool Stream::GoOnWithChannel() {
-    if (!m_catalogueMedia || !m_catalogueMedia->turn) {
+    if (!m_catalogueMedia || !m_catalogueMedia->turn)
         return false;
-    }
     DropMedia();
     LookUp();
     return true;

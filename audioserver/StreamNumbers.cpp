@@ -8,9 +8,8 @@ StreamNumber StreamNumbers::Take() {
     for (;;) {
         const StreamNumber number = m_next;
         m_next = number >= kLastStream ? kFirstStream : number + 1;
-        if (number != kReservedStream && m_inUse.insert(number).second) {
+        if (number != kReservedStream && m_inUse.insert(number).second)
             return number;
-        }
     }
 }
 

@@ -7,11 +7,11 @@
 
 namespace korvel::audioserver {
 
-/// Numbers run upwards over all connections and start again only after the last one, so that a late line for
-/// a removed stream does not meet a new one. Never gives out kReservedStream or a number in use.
+// Numbers run upwards over all connections and start again only after the last one, so that a late line for
+// a removed stream does not meet a new one. Never gives out kReservedStream or a number in use.
 class StreamNumbers {
 public:
-    /// @param first number that the next Take() returns
+    // `first`: number that the next Take() returns.
     explicit StreamNumbers(StreamNumber first = kFirstStream);
 
     StreamNumber Take();

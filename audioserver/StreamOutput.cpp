@@ -16,13 +16,13 @@ namespace korvel::audioserver {
 namespace {
 
 constexpr GstClockTime kPacketDuration = kPacketMilliseconds * GST_MSECOND;
-/// Long enough that a gap between two songs is heard as silence and not as a lost sender.
+// Long enough that a gap between two songs is heard as silence and not as a lost sender.
 constexpr std::uint64_t kIdlePackets = 1000 / kPacketMilliseconds;
 
 using ErrorNotify = std::function<void(std::string)>;
 
-/// The calling thread, in which packets are sent, is scheduled before all ordinary work of the machine where
-/// the system allows it (RLIMIT_RTPRIO); where not, it runs like any other.
+// The calling thread, in which packets are sent, is scheduled before all ordinary work of the machine where
+// the system allows it (RLIMIT_RTPRIO); where not, it runs like any other.
 void MakeRealTime() {
     sched_param priority{};
     priority.sched_priority = sched_get_priority_min(SCHED_RR);
@@ -33,9 +33,8 @@ void OnStreamStatus(GstMessage* message) {
     GstStreamStatusType type = GST_STREAM_STATUS_TYPE_CREATE;
     gst_message_parse_stream_status(message, &type, nullptr);
     // A thread announces itself when it begins, in itself.
-    if (type == GST_STREAM_STATUS_TYPE_ENTER) {
+    if (type == GST_STREAM_STATUS_TYPE_ENTER)
         MakeRealTime();
-    }
 }
 
 GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) {
@@ -56,7 +55,7 @@ void DeleteNotify(gpointer notify) {
     delete static_cast<ErrorNotify*>(notify);
 }
 
-/// Often enough that a room which joins learns the stream's clock within a moment.
+// Often enough that a room which joins learns the stream's clock within a moment.
 constexpr guint64 kReportInterval = GST_SECOND;
 
 void SetReportInterval(GstElement* rtpbin) {
@@ -68,7 +67,7 @@ void SetReportInterval(GstElement* rtpbin) {
     }
 }
 
-/// A child of the pipeline, which keeps it alive.
+// A child of the pipeline, which keeps it alive.
 GstElement* Part(GstElement* pipeline, const char* name) {
     GstElement* part = gst_bin_get_by_name(GST_BIN(pipeline), name);
     gst_object_unref(part);
@@ -108,12 +107,10 @@ void StreamOutput::BuildPipeline() {
     GError* failure = nullptr;
     GstElement* pipeline = gst_parse_launch(kPipeline, &failure);
     const GErrorPtr owner(failure);
-    if (pipeline != nullptr) {
+    if (pipeline != nullptr)
         m_pipeline.reset(GST_ELEMENT(gst_object_ref_sink(pipeline)));
-    }
-    if (failure != nullptr || pipeline == nullptr) {
+    if (failure != nullptr || pipeline == nullptr)
         throw std::runtime_error(failure != nullptr ? failure->message : "no output");
-    }
     m_source = Part(m_pipeline.get(), "source");
     m_rtpSink = Part(m_pipeline.get(), "rtpsink");
     m_rtcpSink = Part(m_pipeline.get(), "rtcpsink");
@@ -168,66 +165,57 @@ void StreamOutput::SendPacket() {
     RestWhileIdle();
     BufferPtr buffer(gst_buffer_new_allocate(nullptr, kPacketBytes, nullptr));
     GstMapInfo map;
-    if (!buffer || gst_buffer_map(buffer.get(), &map, GST_MAP_WRITE) == FALSE) {
+    if (!buffer || gst_buffer_map(buffer.get(), &map, GST_MAP_WRITE) == FALSE)
         return;
-    }
     const bool audible = FillPacket(map.data);
     gst_buffer_unmap(buffer.get(), &map);
     m_silentPackets = audible ? 0 : m_silentPackets + 1;
     GST_BUFFER_PTS(buffer.get()) = m_packet * kPacketDuration;
     GST_BUFFER_DURATION(buffer.get()) = kPacketDuration;
-    if (std::exchange(m_resumed, false)) {
+    if (std::exchange(m_resumed, false))
         GST_BUFFER_FLAG_SET(buffer.get(), GST_BUFFER_FLAG_DISCONT);
-    }
     ++m_packet;
     gst_app_src_push_buffer(GST_APP_SRC(m_source), buffer.release());
 }
 
-/// Fills one packet with sound or silence; returns whether it is sound. The sink has let go of the packet
-/// before, so an end found here is an end that was sent.
+// Fills one packet with sound or silence; returns whether it is sound. The sink has let go of the packet
+// before, so an end found here is an end that was sent.
 bool StreamOutput::FillPacket(std::uint8_t* data) {
     std::shared_ptr<PcmFeed> feed;
     {
         const std::lock_guard lock(m_mutex);
-        if (!m_paused) {
+        if (!m_paused)
             feed = m_feed;
-        }
     }
     PcmFeed::Result result = PcmFeed::Result::kStarved;
-    if (feed) {
+    if (feed)
         result = feed->Read(std::span(data, kPacketBytes));
-    }
-    if (result == PcmFeed::Result::kAudio) {
+    if (result == PcmFeed::Result::kAudio)
         return true;
-    }
     std::memset(data, 0, kPacketBytes);
-    if (result == PcmFeed::Result::kDrained) {
+    if (result == PcmFeed::Result::kDrained)
         feed->ReportEnd();
-    }
     return false;
 }
 
 void StreamOutput::RestWhileIdle() {
-    if (m_silentPackets < kIdlePackets) {
+    if (m_silentPackets < kIdlePackets)
         return;
-    }
     std::unique_lock lock(m_mutex);
     const auto hasWork = [this] { return m_stopping || (m_feed && !m_paused); };
-    if (hasWork()) {
+    if (hasWork())
         return;
-    }
     m_wake.wait(lock, hasWork);
     m_packet = PacketsUntilNow();
     m_silentPackets = 0;
     m_resumed = true;
 }
 
-/// The first packet that is not late.
+// The first packet that is not late.
 std::uint64_t StreamOutput::PacketsUntilNow() const {
     const ClockPtr clock(gst_element_get_clock(m_pipeline.get()));
-    if (!clock) {
+    if (!clock)
         return m_packet;
-    }
     const GstClockTime now = gst_clock_get_time(clock.get()) - gst_element_get_base_time(m_pipeline.get());
     return std::max(m_packet, now / kPacketDuration + 1);
 }

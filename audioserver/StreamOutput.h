@@ -16,36 +16,36 @@
 
 namespace korvel::audioserver {
 
-/// One pipeline from a stream's first moment to its last:
-///
-///     appsrc ! rtpL16pay ! rtpbin ! multiudpsink (RTP)
-///                          rtpbin ! multiudpsink (RTCP, each client's port + 1)
-///
-/// Its source sends a packet each 4 ms, out of the feed of the moment or, for lack of one, silence. So a
-/// change of media is a change of feed between two packets: source identifier, sequence numbers and
-/// timestamps run on, and the rooms keep their place. The sink holds each packet until its time, which paces
-/// the whole; the decoder is paced by being drawn from. When nothing has played for a while, the stream sends
-/// nothing until there is sound again.
-///
-/// Made, used and destroyed on the loop, apart from the filling of packets, which happens in the pipeline's
-/// thread.
+// One pipeline from a stream's first moment to its last:
+//
+//     appsrc ! rtpL16pay ! rtpbin ! multiudpsink (RTP)
+//                          rtpbin ! multiudpsink (RTCP, each client's port + 1)
+//
+// Its source sends a packet each 4 ms, out of the feed of the moment or, for lack of one, silence. So a
+// change of media is a change of feed between two packets: source identifier, sequence numbers and
+// timestamps run on, and the rooms keep their place. The sink holds each packet until its time, which paces
+// the whole; the decoder is paced by being drawn from. When nothing has played for a while, the stream sends
+// nothing until there is sound again.
+//
+// Made, used and destroyed on the loop, apart from the filling of packets, which happens in the pipeline's
+// thread.
 class StreamOutput {
 public:
-    /// @param onError hears why the output has failed; called from GStreamer's threads
-    /// @throws std::runtime_error when the pipeline cannot be built or started
+    // `onError`: hears why the output has failed; called from GStreamer's threads.
+    // Throws std::runtime_error when the pipeline cannot be built or started.
     explicit StreamOutput(std::function<void(std::string)> onError);
     ~StreamOutput();
     StreamOutput(const StreamOutput&) = delete;
     StreamOutput& operator=(const StreamOutput&) = delete;
 
-    /// A client is sent to from the next packet on. Adding one twice would need removing it twice.
+    // A client is sent to from the next packet on. Adding one twice would need removing it twice.
     void AddClient(const ClientAddress& client);
     void RemoveClient(const ClientAddress& client);
 
-    /// Draws from this feed from the next packet on, unpaused; null for silence.
+    // Draws from this feed from the next packet on, unpaused; null for silence.
     void SetFeed(std::shared_ptr<PcmFeed> feed);
 
-    /// Stops and resumes drawing from the feed; silence meanwhile.
+    // Stops and resumes drawing from the feed; silence meanwhile.
     void SetPaused(bool paused);
 
 private:

@@ -5,13 +5,14 @@
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <exception>
 #include <iostream>
+#include <stdexcept>
 
-#include "audioserver/Log.h"
+#include "audioserver/Descriptors.h"
 #include "audioserver/Options.h"
 #include "audioserver/Server.h"
+#include "common/Log.h"
+#include "common/Program.h"
 
 namespace {
 
@@ -22,17 +23,20 @@ using namespace korvel::audioserver;
 void TrimMemory(boost::asio::steady_timer& timer) {
     timer.expires_after(std::chrono::seconds(10));
     timer.async_wait([&timer](const boost::system::error_code& cancelled) {
-        if (cancelled) {
+        if (cancelled)
             return;
-        }
         malloc_trim(0);
         TrimMemory(timer);
     });
 }
 
-void Run(const Options& options) {
+int Run(const Options& options) {
+    RaiseDescriptorLimit();
+    GError* failure = nullptr;
+    if (gst_init_check(nullptr, nullptr, &failure) == FALSE)
+        throw std::runtime_error(failure != nullptr ? failure->message : "GStreamer cannot start");
     boost::asio::io_context context(1);
-    Server server(context, options.address, options.port, options.inputs, options.catalogue);
+    Server server(context, options.address, options.port, {options.inputs, options.times}, options.catalogue);
     boost::asio::steady_timer trimmer(context);
     TrimMemory(trimmer);
     boost::asio::signal_set signals(context, SIGINT, SIGTERM);
@@ -44,27 +48,16 @@ void Run(const Options& options) {
     });
     std::cout << "listening on " << server.Endpoint() << std::endl;
     context.run();
-    Log("stopped");
+    korvel::common::ProgramLog().Info("stopped");
+    return korvel::common::kExitDone;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        int exitCode = 0;
-        const auto options = ParseOptions(argc, argv, exitCode);
-        if (!options) {
-            return exitCode;
-        }
-        GError* failure = nullptr;
-        if (gst_init_check(nullptr, nullptr, &failure) == FALSE) {
-            Log(failure != nullptr ? failure->message : "GStreamer cannot start");
-            return EXIT_FAILURE;
-        }
-        Run(*options);
-        return EXIT_SUCCESS;
-    } catch (const std::exception& error) {
-        Log(error.what());
-        return EXIT_FAILURE;
-    }
+    Options options;
+    return korvel::common::RunProgram(
+        {"korvel-audioserver", "Audio server: plays media to rooms on request of a controller."},
+        [&options](CLI::App& app) { AddOptions(app, options); }, argc, argv,
+        [&options] { return Run(options); });
 }

@@ -11,20 +11,13 @@
 #include <string_view>
 
 #include "Protocol.h"
+#include "common/Address.h"
+#include "common/Text.h"
 
 namespace korvel::catalog {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool IsWebAddress(std::string_view text) {
-    return text.starts_with("http://") || text.starts_with("https://");
-}
-
-bool HasControlCharacter(std::string_view text) {
-    return std::ranges::any_of(text,
-                               [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; });
-}
 
 // Ids travel inside quotes and between blanks of other protocols.
 bool IsId(std::string_view text) {
@@ -54,7 +47,7 @@ public:
         if (!node)
             return "";
         const auto* text = node->as_string();
-        if (!text || HasControlCharacter(text->get()) || text->get().size() > most)
+        if (!text || common::HasControl(text->get()) || text->get().size() > most)
             Fail(key, "must be a text of at most " + std::to_string(most) + " bytes on one line");
         return text->get();
     }
@@ -140,8 +133,12 @@ Track ReadTrack(const Entry& entry, const std::string& folder) {
     track.album = entry.Text("album", kMaxTextBytes);
     track.image = entry.Text("image", kMaxAddressBytes);
     track.media = entry.RequiredText("media", kMaxAddressBytes);
-    if (!IsWebAddress(track.media))
+    if (track.media.starts_with("http://") || track.media.starts_with("https://")) {
+        if (!common::ParseWebAddress(track.media))
+            entry.Fail("media", "must be a path or a web address");
+    } else {
         track.media = (fs::path(folder) / track.media).lexically_normal().string();
+    }
     track.duration = entry.Duration();
     return track;
 }

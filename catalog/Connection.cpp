@@ -1,79 +1,68 @@
 #include "Connection.h"
 
-#include <boost/asio/buffer.hpp>
-#include <boost/asio/write.hpp>
 #include <nlohmann/json.hpp>
 #include <utility>
 
 namespace korvel::catalog {
 
-using boost::asio::ip::tcp;
-using boost::system::error_code;
+using common::error_code;
 
-Connection::Connection(tcp::socket socket, ConnectionId id, Service& service, Closed closed)
-    : m_socket(std::move(socket)),
-      m_timer(m_socket.get_executor()),
+namespace {
+
+constexpr common::LineLimits kLimits{kMaxRequestBytes, kMaxPendingBytes, kLinePatience};
+
+} // namespace
+
+Connection::Connection(common::tcp::socket socket, common::Acceptor::Place place, ConnectionId id,
+                       Service& service, Closed closed)
+    : m_lines(std::make_shared<common::LineConnection>(
+          std::move(socket), kLimits, static_cast<common::LineConnection::Listener&>(*this))),
+      m_place(std::move(place)),
+      m_timer(m_lines->GetExecutor()),
       m_id(id),
       m_service(service),
       m_closed(std::move(closed)) {}
 
 void Connection::Start() {
-    error_code ignored;
-    m_socket.set_option(tcp::no_delay(true), ignored);
-    m_socket.set_option(boost::asio::socket_base::keep_alive(true), ignored);
-    Read();
+    Settle(true);
+    m_lines->Start();
 }
 
 void Connection::Close() {
     if (!std::exchange(m_open, false))
         return;
+    const auto self = shared_from_this();
     m_timer.cancel();
-    error_code ignored;
-    m_socket.shutdown(tcp::socket::shutdown_both, ignored);
-    m_socket.close(ignored);
+    m_lines->Close();
     m_service.Forget(m_id);
-    m_closed(shared_from_this());
+    m_closed(self);
 }
 
-void Connection::Read() {
-    m_socket.async_read_some(boost::asio::buffer(m_chunk),
-                             [self = shared_from_this()](error_code error, std::size_t count) {
-                                 if (error)
-                                     self->Close();
-                                 else
-                                     self->OnBytes({self->m_chunk.data(), count});
-                                 if (self->m_open)
-                                     self->Read();
-                             });
+void Connection::OnEnd(const std::string&) {
+    Close();
 }
 
-void Connection::OnBytes(std::string_view bytes) {
-    while (m_open && !bytes.empty()) {
-        const std::size_t end = bytes.find('\n');
-        const std::string_view part = bytes.substr(0, end);
-        if (!m_skipping)
-            m_line.append(part);
-        // One more for the first half of "\r\n".
-        if (m_line.size() > kMaxRequestBytes + 1) {
-            m_line.clear();
-            m_skipping = true;
-            Send(TooLongReply());
-        }
-        if (end == std::string_view::npos)
-            return;
-        bytes.remove_prefix(end + 1);
-        if (!std::exchange(m_skipping, false))
-            OnLine(std::exchange(m_line, {}));
-    }
-}
-
-void Connection::OnLine(std::string line) {
-    if (!line.empty() && line.back() == '\r')
-        line.pop_back();
-    if (line.size() > kMaxRequestBytes) {
+void Connection::OnLine(const common::Line& line) {
+    const auto self = shared_from_this();
+    if (line.tooLong)
         Send(TooLongReply());
-        return;
-    }
+    else
+        Answer(std::string(line.GetText()));
+    Settle(true);
+}
+
+// Tells whether it may have to give way: not while a question waits or a stream plays what it has resolved.
+// `heard`: its idle time begins anew.
+void Connection::Settle(bool heard) {
+    const bool idle = m_waiting.empty() && !m_service.IsPlaying(m_id);
+    if (idle && (heard || !m_idle))
+        m_place.SetIdle([this] { Close(); });
+    else if (!idle)
+        m_place.SetBusy();
+    m_idle = idle;
+}
+
+void Connection::Answer(std::string line) {
     const auto reply = m_service.Answer(line, m_id, m_waiting.size() >= kMaxWaiting);
     if (reply) {
         Send(*reply);
@@ -93,8 +82,8 @@ void Connection::LookAgain() {
         else
             m_waiting.push_back(std::move(waiting));
     }
-    if (m_open)
-        WaitForDeadline();
+    WaitForDeadline();
+    Settle(false);
 }
 
 void Connection::WaitForDeadline() {
@@ -102,35 +91,15 @@ void Connection::WaitForDeadline() {
     if (m_waiting.empty())
         return;
     m_timer.expires_at(m_waiting.front().deadline);
-    m_timer.async_wait([self = shared_from_this()](error_code cancelled) {
-        if (!cancelled && self->m_open)
+    m_timer.async_wait([weak = weak_from_this()](error_code cancelled) {
+        const auto self = weak.lock();
+        if (self && !cancelled && self->m_open)
             self->LookAgain();
     });
 }
 
 void Connection::Send(const nlohmann::json& reply) {
-    if (!m_open)
-        return;
-    m_outgoing += reply.dump();
-    m_outgoing += '\n';
-    if (m_outgoing.size() + m_inFlight.size() > kMaxPendingBytes)
-        Close();
-    else if (m_inFlight.empty())
-        Write();
-}
-
-void Connection::Write() {
-    m_inFlight.swap(m_outgoing);
-    boost::asio::async_write(m_socket, boost::asio::buffer(m_inFlight),
-                             [self = shared_from_this()](error_code error, std::size_t) {
-                                 if (error) {
-                                     self->Close();
-                                     return;
-                                 }
-                                 self->m_inFlight.clear();
-                                 if (self->m_open && !self->m_outgoing.empty())
-                                     self->Write();
-                             });
+    m_lines->Send(reply.dump() + "\n");
 }
 
 } // namespace korvel::catalog

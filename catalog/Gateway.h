@@ -1,14 +1,11 @@
 #pragma once
 
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
-#include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
 
 #include "Connection.h"
+#include "common/Acceptor.h"
 
 namespace korvel::catalog {
 
@@ -17,27 +14,25 @@ class Gateway {
 public:
     // Starts to listen; port 0 picks a free one. Throws std::runtime_error with one line of text when the
     // address is unusable or the port is taken.
-    Gateway(boost::asio::io_context& context, const std::string& address, std::uint16_t port,
+    Gateway(common::asio::io_context& context, const std::string& address, std::uint16_t port,
             Catalogue catalogue);
     ~Gateway();
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
 
     // "ADDRESS:PORT" with the real port.
-    std::string GetEndpoint() const;
+    std::string GetEndpoint() const { return m_acceptor.GetEndpoint(); }
 
     // Stops listening and closes every connection. The context then runs out of work.
     void Stop();
 
 private:
-    void Accept();
-    void OnConnection(boost::asio::ip::tcp::socket socket);
+    void OnConnection(common::tcp::socket socket, common::Acceptor::Place place);
     void LookAgain();
 
-    boost::asio::io_context& m_context;
-    boost::asio::ip::tcp::acceptor m_acceptor;
-    boost::asio::steady_timer m_retry;
+    common::asio::io_context& m_context;
     Service m_service;
+    common::Acceptor m_acceptor;
     std::set<std::shared_ptr<Connection>> m_connections;
     ConnectionId m_lastId = 0;
     bool m_lookingAgain = false;

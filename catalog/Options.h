@@ -1,10 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 #include "Protocol.h"
+
+namespace CLI {
+class App;
+}
 
 namespace korvel::catalog {
 
@@ -14,8 +17,7 @@ struct Options {
     std::uint16_t port = kDefaultPort; // 0 picks a free one
 };
 
-// Reads the command line. Empty when the program should end, with the exit code in exitCode: help was asked
-// for (0, printed on stdout) or the options are bad (one line on stderr).
-std::optional<Options> ParseOptions(int argc, char** argv, int& exitCode);
+// Lets the command line set the options, which must outlive its reading.
+void AddOptions(CLI::App& app, Options& options);
 
 } // namespace korvel::catalog

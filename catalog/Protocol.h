@@ -25,8 +25,12 @@ inline constexpr const char* kChannelPrefix = "channel-";
 inline constexpr std::size_t kMaxRequestBytes = 4096;
 // Tracks in one answer; whoever asks for more asks again with an offset.
 inline constexpr std::size_t kMaxTracksPerReply = 500;
-// Connections at one time; further ones are closed at once.
+// Connections at one time, and of one address; a further one takes the place of the one that has been idle for
+// longest, or is closed at once.
 inline constexpr std::size_t kMaxConnections = 32;
+inline constexpr std::size_t kMaxConnectionsPerAddress = 16;
+// From a request's first byte to its end. A peer that takes longer is dropped.
+inline constexpr std::chrono::milliseconds kLinePatience{30000};
 // Bytes that may wait to go out on one connection. A peer that does not read is dropped.
 inline constexpr std::size_t kMaxPendingBytes = 1u << 20;
 // Streams with something playing, over all connections.

@@ -198,6 +198,11 @@ void Service::Forget(ConnectionId connection) {
     std::erase_if(m_sessions, [&](const auto& entry) { return entry.second.owner == connection; });
 }
 
+bool Service::IsPlaying(ConnectionId connection) const {
+    return std::ranges::any_of(m_sessions,
+                               [connection](const auto& entry) { return entry.second.owner == connection; });
+}
+
 json TooLongReply() {
     return ErrorReply(nullptr, Code::kTooLong, "the request is too long");
 }

@@ -34,6 +34,9 @@ public:
     // Ends what the streams of this connection play.
     void Forget(ConnectionId connection);
 
+    // Whether a stream plays what this connection has resolved for it.
+    bool IsPlaying(ConnectionId connection) const;
+
     // Called inside Answer() when a stream has begun to play something.
     void SetStreamListener(std::function<void()> listener) { m_listener = std::move(listener); }
 

@@ -1,17 +1,18 @@
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
-#include <cstdlib>
-#include <exception>
 #include <iostream>
 
 #include "Gateway.h"
 #include "Options.h"
+#include "common/Program.h"
 
 namespace {
 
 using namespace korvel::catalog;
 
-void Run(const Options& options) {
+int Run(const Options& options) {
+    // A peer that went away is an error code of the write, not a signal.
+    std::signal(SIGPIPE, SIG_IGN);
     boost::asio::io_context context(1);
     Gateway gateway(context, options.address, options.port, LoadCatalogue(options.catalogue));
     boost::asio::signal_set signals(context, SIGINT, SIGTERM);
@@ -21,20 +22,15 @@ void Run(const Options& options) {
     });
     std::cout << "listening on " << gateway.GetEndpoint() << std::endl;
     context.run();
+    return korvel::common::kExitDone;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        // A peer that went away is an error code of the write, not a signal.
-        std::signal(SIGPIPE, SIG_IGN);
-        int exitCode = EXIT_SUCCESS;
-        if (const auto options = ParseOptions(argc, argv, exitCode))
-            Run(*options);
-        return exitCode;
-    } catch (const std::exception& error) {
-        std::cerr << "korvel-catalog: " << error.what() << "\n";
-        return EXIT_FAILURE;
-    }
+    Options options;
+    return korvel::common::RunProgram(
+        {"korvel-catalog", "Serves the catalogue of a streaming service from a file."},
+        [&options](CLI::App& app) { AddOptions(app, options); }, argc, argv,
+        [&options] { return Run(options); });
 }

@@ -5,6 +5,8 @@
 #include <filesystem>
 
 #include "app/Core.h"
+#include "app/LibraryCopies.h"
+#include "common/Program.h"
 #include "http/HttpServer.h"
 // The order matters: Asio.h comes first, through Core.h.
 #include <boost/asio/signal_set.hpp>
@@ -18,7 +20,7 @@ std::string ProgramFolder() {
 }
 
 // One bad handler must not stop the music in the whole house.
-void RunLoop(asio::io_context& loop, const Log& log) {
+void RunLoop(asio::io_context& loop, const korvel::common::Log& log) {
     while (!loop.stopped()) {
         try {
             loop.run();
@@ -30,7 +32,7 @@ void RunLoop(asio::io_context& loop, const Log& log) {
 
 void Run(const Config& config) {
     CheckFolders(config);
-    const Log log(config.log);
+    const korvel::common::Log log(config.log);
     asio::io_context loop(1);
     Core core(loop, config, log);
     Api api(loop, core, config.webFolder);
@@ -51,24 +53,25 @@ void Run(const Config& config) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"The controller of a house's music."};
+    CLI::App app("The controller of a house's music.", "korvel-controller");
     std::string file;
     bool quiet = false;
+    bool restore = false;
     app.add_option("--config", file, "configuration file (TOML); without one, three rooms on this machine");
     app.add_flag("--quiet", quiet, "log errors and warnings only");
-    app.set_version_flag("--version", kVersion);
-    CLI11_PARSE(app, argc, argv);
-    try {
-        // A peer that went away is an error code of the write, not a signal.
+    app.add_flag("--restore", restore, "put the newest good copy of the library in its place, and end");
+    return korvel::common::RunProgram(app, argc, argv, [&] {
+        // A peer that went away is an error code of the write, not a signal; so is a file that may not grow.
         std::signal(SIGPIPE, SIG_IGN);
+        std::signal(SIGXFSZ, SIG_IGN);
         const std::string folder = ProgramFolder();
         Config config = file.empty() ? DefaultConfig(folder) : LoadConfig(file, folder);
         if (quiet)
-            config.log = LogLevel::Warning;
-        Run(config);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "korvel-controller: %s\n", error.what());
-        return 1;
-    }
-    return 0;
+            config.log = korvel::common::LogLevel::Warning;
+        if (restore)
+            std::printf("%s\n", RestoreLibrary(config.stateFolder).c_str());
+        else
+            Run(config);
+        return korvel::common::kExitDone;
+    });
 }

@@ -16,13 +16,12 @@ void SetBaseTime(const GValue* element, gpointer time) {
                               *static_cast<const GstClockTime*>(time));
 }
 
-/// For the pipeline and everything in it. What is added later takes the time over from where it is added.
+// For the pipeline and everything in it. What is added later takes the time over from where it is added.
 void SetBaseTimeOfAll(GstElement* pipeline, GstClockTime time) {
     gst_element_set_base_time(pipeline, time);
     GstIterator* elements = gst_bin_iterate_recurse(GST_BIN(pipeline));
-    while (gst_iterator_foreach(elements, SetBaseTime, &time) == GST_ITERATOR_RESYNC) {
+    while (gst_iterator_foreach(elements, SetBaseTime, &time) == GST_ITERATOR_RESYNC)
         gst_iterator_resync(elements);
-    }
     gst_iterator_free(elements);
 }
 
@@ -33,9 +32,8 @@ GstElement* AddElement(GstElement* pipeline, const char* factory) {
 }
 
 GstElement* AddElement(GstElement* pipeline, GstElement* made, const char* factory) {
-    if (made == nullptr) {
+    if (made == nullptr)
         throw std::runtime_error(std::string("GStreamer has no element ") + factory);
-    }
     gst_bin_add(GST_BIN(pipeline), made);
     return made;
 }
@@ -46,9 +44,8 @@ ElementPtr FindChild(GstElement* bin, const char* factory) {
     ElementPtr found;
     while (!found && gst_iterator_next(children, &item) == GST_ITERATOR_OK) {
         auto* element = GST_ELEMENT(g_value_get_object(&item));
-        if (IsOf(element, factory)) {
+        if (IsOf(element, factory))
             found.reset(GST_ELEMENT(gst_object_ref(element)));
-        }
         g_value_reset(&item);
     }
     g_value_unset(&item);
@@ -59,9 +56,8 @@ ElementPtr FindChild(GstElement* bin, const char* factory) {
 bool StartPlaying(GstElement* pipeline) {
     // None: the pipeline must not choose another time itself.
     gst_element_set_start_time(pipeline, GST_CLOCK_TIME_NONE);
-    if (gst_element_set_state(pipeline, GST_STATE_PAUSED) == GST_STATE_CHANGE_FAILURE) {
+    if (gst_element_set_state(pipeline, GST_STATE_PAUSED) == GST_STATE_CHANGE_FAILURE)
         return false;
-    }
     // Only now, when opening a device took whatever it took: time runs from here.
     const ClockPtr clock(gst_system_clock_obtain());
     SetBaseTimeOfAll(pipeline, gst_clock_get_time(clock.get()));

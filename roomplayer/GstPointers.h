@@ -31,7 +31,7 @@ struct MainLoopUnref {
     void operator()(GMainLoop* loop) const { g_main_loop_unref(loop); }
 };
 
-/// An event source of the main loop, removed with its owner.
+// An event source of the main loop, removed with its owner.
 class SourceId {
 public:
     explicit SourceId(guint id = 0) : m_id(id) {}
@@ -46,15 +46,14 @@ public:
 
 private:
     void Remove() const {
-        if (m_id != 0) {
+        if (m_id != 0)
             g_source_remove(m_id);
-        }
     }
 
     guint m_id;
 };
 
-/// Holds one reference; made from a pointer that carries one.
+// Holds one reference; made from a pointer that carries one.
 using ElementPtr = std::unique_ptr<GstElement, GstObjectUnref>;
 using PadPtr = std::unique_ptr<GstPad, GstObjectUnref>;
 using ClockPtr = std::unique_ptr<GstClock, GstObjectUnref>;

@@ -1,14 +1,12 @@
 #include "roomplayer/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
+
+#include "roomplayer/PacketGate.h"
 
 namespace korvel::roomplayer {
 
-std::optional<Options> ParseOptions(int argc, char** argv, int& exitCode) {
-    Options options;
-    bool noDevice = false;
-    CLI::App app("Room player: plays the stream that is sent to its port.", "korvel-roomplayer");
+void AddOptions(CLI::App& app, Options& options) {
     app.add_option("--port", options.port, "UDP port for RTP, RTCP on the next; 0 picks a free pair")
         ->required()
         ->check(CLI::Range(0, 65534));
@@ -17,20 +15,15 @@ std::optional<Options> ParseOptions(int argc, char** argv, int& exitCode) {
     app.add_option("--latency", options.latencyMilliseconds, "milliseconds from receiving to playing")
         ->capture_default_str()
         ->check(CLI::Range(kMinLatencyMilliseconds, kMaxLatencyMilliseconds));
-    app.add_flag("--no-device", noDevice, "do not open a sound device");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp&) {
-        std::cout << app.help();
-        exitCode = 0;
-        return std::nullopt;
-    } catch (const CLI::ParseError& error) {
-        std::cerr << "korvel-roomplayer: " << error.what() << "\n";
-        exitCode = 2;
-        return std::nullopt;
-    }
-    options.useDevice = !noDevice;
-    return options;
+    app.add_option("--sender", options.senders, "address of an audio server that is heard (repeatable)")
+        ->take_all()
+        ->check(CLI::Validator(
+            [](std::string& address) {
+                return ParseSenderAddress(address) ? "" : "not a numeric address: " + address;
+            },
+            "ADDRESS"));
+    app.add_flag_callback(
+        "--no-device", [&options] { options.useDevice = false; }, "do not open a sound device");
 }
 
 } // namespace korvel::roomplayer

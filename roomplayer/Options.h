@@ -2,27 +2,32 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace korvel::roomplayer {
 
-/// Bounds of --latency. Below the lower one a packet has no chance to wait for a late one before it.
+// Bounds of --latency. Below the lower one a packet has no chance to wait for a late one before it.
 inline constexpr unsigned kMinLatencyMilliseconds = 5;
 inline constexpr unsigned kMaxLatencyMilliseconds = 5000;
 
 struct Options {
     std::string address = "127.0.0.1";
-    /// RTP port, RTCP on the next; 0 picks a free pair.
+    // RTP port, RTCP on the next; 0 picks a free pair.
     std::uint16_t port = 0;
     unsigned latencyMilliseconds = 100;
-    /// Empty for no recording.
+    // Empty for no recording.
     std::string recordPath;
     bool useDevice = true;
+    // Numeric addresses of audio servers; empty for whoever plays first.
+    std::vector<std::string> senders;
 };
 
-/// Reads the command line. Empty when the program should end, with the exit code in exitCode: help was asked
-/// for (0, printed on stdout) or the options are bad (one line on stderr).
-std::optional<Options> ParseOptions(int argc, char** argv, int& exitCode);
+// Lets the command line set the options, which must outlive its reading.
+void AddOptions(CLI::App& app, Options& options);
 
 } // namespace korvel::roomplayer

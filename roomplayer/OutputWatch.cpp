@@ -11,9 +11,8 @@ OutputWatch::Finding OutputWatch::Look(std::uint64_t played) {
 OutputWatch::Finding OutputWatch::Progress(std::uint64_t played) {
     m_played = played;
     m_idle = 0;
-    if (!m_stalled || ++m_flowing < kPatience) {
+    if (!m_stalled || ++m_flowing < kPatience)
         return Finding::kNothingNew;
-    }
     m_stalled = false;
     m_patience = kPatience;
     return Finding::kRecovered;
@@ -25,9 +24,8 @@ OutputWatch::Finding OutputWatch::Idle() {
         --m_quiet;
         return Finding::kNothingNew;
     }
-    if (++m_idle < m_patience) {
+    if (++m_idle < m_patience)
         return Finding::kNothingNew;
-    }
     m_stalled = true;
     m_patience = std::min(2 * m_patience, kMaxPatience);
     m_played = 0;

@@ -1,6 +1,7 @@
 #include "roomplayer/Pipeline.h"
 
-#include <array>
+#include <gst/net/gstnetaddressmeta.h>
+
 #include <condition_variable>
 #include <cstdlib>
 #include <span>
@@ -9,8 +10,8 @@
 #include <thread>
 #include <utility>
 
+#include "common/Log.h"
 #include "roomplayer/Elements.h"
-#include "roomplayer/Log.h"
 #include "roomplayer/RealTime.h"
 #include "roomplayer/SoundDevice.h"
 
@@ -18,15 +19,11 @@ namespace korvel::roomplayer {
 namespace {
 
 constexpr const char* kSoundCaps = "audio/x-raw,format=S16LE,layout=interleaved,rate=48000,channels=2";
-constexpr std::size_t kRtpHeaderBytes = 12;
-constexpr std::size_t kRtpTimestampOffset = 4;
-constexpr std::size_t kRtpSenderOffset = 8;
-constexpr unsigned kRtpVersion = 2;
 constexpr gint kReceiveBufferBytes = 256 * 1024;
-/// The mixer's own allowance for a busy machine, on top of the latency asked for.
+// The mixer's own allowance for a busy machine, on top of the latency asked for.
 constexpr std::uint64_t kMixerMilliseconds = 30;
 constexpr std::uint64_t kMixerBlockMilliseconds = 10;
-/// A sender that was left is forgotten this long after its last sound has been played.
+// A sender that was left is forgotten this long after its last sound has been played.
 constexpr std::chrono::milliseconds kForgetMargin{200};
 constexpr std::chrono::seconds kStopPatience{5};
 
@@ -36,25 +33,50 @@ GstCaps* RtpCaps(guint payloadType) {
                                "payload", G_TYPE_INT, static_cast<gint>(payloadType), nullptr);
 }
 
+// What a datagram says and where it comes from.
+class Packet {
+public:
+    explicit Packet(GstBuffer* buffer) : m_buffer(buffer) {
+        gst_buffer_map(buffer, &m_map, GST_MAP_READ);
+        const GstNetAddressMeta* meta = gst_buffer_get_net_address_meta(buffer);
+        if (meta == nullptr || !G_IS_INET_SOCKET_ADDRESS(meta->addr))
+            return;
+        GInetAddress* address = g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(meta->addr));
+        const GStringPtr text(g_inet_address_to_string(address));
+        m_from = ParseSenderAddress(text.get()).value_or(m_from);
+    }
+    ~Packet() { gst_buffer_unmap(m_buffer, &m_map); }
+    Packet(const Packet&) = delete;
+    Packet& operator=(const Packet&) = delete;
+
+    const SenderAddress& From() const { return m_from; }
+    std::span<const std::uint8_t> Bytes() const { return {m_map.data, m_map.size}; }
+
+private:
+    GstBuffer* m_buffer;
+    GstMapInfo m_map = GST_MAP_INFO_INIT;
+    SenderAddress m_from{};
+};
+
 bool StartsWith(const char* text, const char* prefix) {
     return g_str_has_prefix(text, prefix) != FALSE;
 }
 
-/// Runs beside a step that cannot be interrupted, such as closing a device that hangs. A player that waits
-/// for it for ever would be silent and look alive; whoever started it starts it anew.
+// Runs beside a step that cannot be interrupted, such as closing a device that hangs. A player that waits
+// for it for ever would be silent and look alive; whoever started it starts it anew.
 void EndUnlessStopped(const std::stop_token& stop) {
     std::mutex mutex;
     std::unique_lock lock(mutex);
     std::condition_variable_any().wait_for(lock, stop, kStopPatience, [] { return false; });
     if (!stop.stop_requested()) {
-        Log("the pipeline does not stop: giving up");
+        common::ProgramLog().Error("the pipeline does not stop: giving up");
         std::_Exit(EXIT_FAILURE);
     }
 }
 
 } // namespace
 
-Pipeline::Pipeline(const Options& options, const UdpPorts& ports, SenderGate& gate, WavWriter* recording,
+Pipeline::Pipeline(const Options& options, const UdpPorts& ports, PacketGate& gate, WavWriter* recording,
                    ErrorNotify onError)
     : m_gate(gate),
       m_recording(recording),
@@ -87,35 +109,33 @@ void Pipeline::Build(const Options& options, const UdpPorts& ports) {
     g_signal_connect(m_rtpbin, "pad-added", G_CALLBACK(OnPadAdded), this);
     g_signal_connect(m_rtpbin, "pad-removed", G_CALLBACK(OnPadRemoved), this);
     AddMixer(options);
-    AddReceiver(ports.rtp.get(), "recv_rtp_sink_0", true);
-    AddReceiver(ports.rtcp.get(), "recv_rtcp_sink_0", false);
+    AddReceiver(ports.rtp.get(), "recv_rtp_sink_0", OnPacket);
+    AddReceiver(ports.rtcp.get(), "recv_rtcp_sink_0", OnReport);
     AddDevice(options);
-    if (m_recording != nullptr) {
+    if (m_recording != nullptr)
         AddRecorder();
-    }
 }
 
 void Pipeline::AddDevice(const Options& options) {
     GstElement* queue = AddElement(m_pipeline.get(), "queue");
     GstElement* converter = AddElement(m_pipeline.get(), "audioconvert");
     GstElement* resampler = AddElement(m_pipeline.get(), "audioresample");
-    const ElementPtr device = MakeSoundDevice(options.useDevice);
+    const auto [device, output] = OpenSoundDevice(options.useDevice);
+    m_output = output;
     gst_bin_add(GST_BIN(m_pipeline.get()), device.get());
     gst_element_link_many(m_tee, queue, converter, resampler, device.get(), nullptr);
     const PadPtr pad(gst_element_get_static_pad(device.get(), "sink"));
     gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, OnPlayed, this, nullptr);
 }
 
-void Pipeline::AddReceiver(GSocket* socket, const char* rtpbinPad, bool gated) {
+void Pipeline::AddReceiver(GSocket* socket, const char* rtpbinPad, GstPadProbeCallback gate) {
     GstElement* source = AddElement(m_pipeline.get(), "udpsrc");
-    g_object_set(source, "socket", socket, "close-socket", FALSE, "buffer-size", kReceiveBufferBytes,
-                 nullptr);
-    if (gated) {
-        const CapsPtr caps(gst_caps_new_empty_simple("application/x-rtp"));
-        g_object_set(source, "caps", caps.get(), nullptr);
-        const PadPtr pad(gst_element_get_static_pad(source, "src"));
-        gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, OnPacket, this, nullptr);
-    }
+    const CapsPtr caps(
+        gst_caps_new_empty_simple(gate == OnPacket ? "application/x-rtp" : "application/x-rtcp"));
+    g_object_set(source, "socket", socket, "close-socket", FALSE, "buffer-size", kReceiveBufferBytes, "caps",
+                 caps.get(), nullptr);
+    const PadPtr pad(gst_element_get_static_pad(source, "src"));
+    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, gate, this, nullptr);
     gst_element_link_pads(source, "src", m_rtpbin, rtpbinPad);
 }
 
@@ -151,7 +171,7 @@ void Pipeline::AddRecorder() {
     gst_element_link_many(m_tee, queue, sink, nullptr);
 }
 
-/// Runs in the main loop.
+// Runs in the main loop.
 gboolean Pipeline::OnMessage(GstBus*, GstMessage* message, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_LATENCY) {
@@ -165,46 +185,63 @@ gboolean Pipeline::OnMessage(GstBus*, GstMessage* message, gpointer selfPointer)
     return G_SOURCE_CONTINUE;
 }
 
-/// Runs in the device's thread.
+// Runs in the device's thread.
 GstPadProbeReturn Pipeline::OnPlayed(GstPad*, GstPadProbeInfo*, gpointer self) {
     ++static_cast<Pipeline*>(self)->m_played;
     return GST_PAD_PROBE_OK;
 }
 
-/// Runs in the receiving thread, before a packet reaches rtpbin.
+// Runs in the thread of the RTP port, before a packet reaches rtpbin.
 GstPadProbeReturn Pipeline::OnPacket(GstPad*, GstPadProbeInfo* info, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
-    std::array<std::uint8_t, kRtpHeaderBytes> header{};
-    GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
-    if (gst_buffer_extract(buffer, 0, header.data(), header.size()) != header.size() ||
-        header[0] >> 6 != kRtpVersion) {
-        return GST_PAD_PROBE_DROP;
-    }
-    const std::uint32_t sender = GST_READ_UINT32_BE(header.data() + kRtpSenderOffset);
-    const std::uint32_t timestamp = GST_READ_UINT32_BE(header.data() + kRtpTimestampOffset);
-    const auto now = SenderGate::Clock::now();
+    const auto now = PacketGate::Clock::now();
     const auto before = self->m_gate.Current();
-    if (!self->m_gate.Admit(sender, timestamp, now)) {
+    const Packet packet(GST_PAD_PROBE_INFO_BUFFER(info));
+    const bool admitted = self->m_gate.AdmitRtp(packet.From(), packet.Bytes(), now);
+    // With each packet: a new stream may wait for the place of one that the room has left.
+    if (const auto left = self->m_gate.TakeLeft(now, self->m_drainTime))
+        self->ForgetSender(*left);
+    if (!admitted) {
+        self->LogDropped();
         return GST_PAD_PROBE_DROP;
     }
-    if (before != sender) {
-        Log("sender " + std::to_string(sender));
-    }
-    if (const auto left = self->m_gate.TakeLeft(now, self->m_drainTime)) {
-        self->ForgetSender(*left);
+    if (const auto sender = self->m_gate.Current(); sender != before)
+        common::ProgramLog().Info("sender " + std::to_string(*sender));
+    return GST_PAD_PROBE_OK;
+}
+
+// Runs in the thread of the RTCP port.
+GstPadProbeReturn Pipeline::OnReport(GstPad*, GstPadProbeInfo* info, gpointer selfPointer) {
+    auto* self = static_cast<Pipeline*>(selfPointer);
+    const Packet packet(GST_PAD_PROBE_INFO_BUFFER(info));
+    if (!self->m_gate.AdmitRtcp(packet.From(), packet.Bytes())) {
+        self->LogDropped();
+        return GST_PAD_PROBE_DROP;
     }
     return GST_PAD_PROBE_OK;
 }
 
-/// Removes what rtpbin keeps for a sender; should it come back, it is new. Only in the receiving thread,
-/// through which every packet passes, so none of this sender is under way.
-void Pipeline::ForgetSender(std::uint32_t sender) {
-    if (const ElementPtr demuxer = FindChild(m_rtpbin, "rtpssrcdemux")) {
-        g_signal_emit_by_name(demuxer.get(), "clear-ssrc", sender, nullptr);
-    }
+// Ever more rarely: whoever sends a million packets does not write a million lines. Packets of a stream that
+// the room has just left are nothing to tell.
+void Pipeline::LogDropped() {
+    const PacketGate::Dropped dropped = m_gate.Count();
+    std::uint64_t next = m_nextDroppedLine;
+    if (dropped.foreign + dropped.malformed < next ||
+        !m_nextDroppedLine.compare_exchange_strong(next, next * 10))
+        return;
+    common::ProgramLog().Warning("dropped packets: " + std::to_string(dropped.foreign) +
+                                 " of other senders, " + std::to_string(dropped.malformed) +
+                                 " that are no stream's");
 }
 
-/// Every payload type is taken for the one format, since nothing was signalled.
+// Removes what rtpbin keeps for a sender; should it come back, it is new. Only in the receiving thread,
+// through which every packet passes, so none of this sender is under way.
+void Pipeline::ForgetSender(std::uint32_t sender) {
+    if (const ElementPtr demuxer = FindChild(m_rtpbin, "rtpssrcdemux"))
+        g_signal_emit_by_name(demuxer.get(), "clear-ssrc", sender, nullptr);
+}
+
+// The format of the one payload type that the gate lets in; nothing was signalled.
 GstCaps* Pipeline::OnPayloadType(GstElement*, guint, guint payloadType, gpointer) {
     return RtpCaps(payloadType);
 }
@@ -212,14 +249,12 @@ GstCaps* Pipeline::OnPayloadType(GstElement*, guint, guint payloadType, gpointer
 void Pipeline::OnPadAdded(GstElement*, GstPad* pad, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
     const GStringPtr name(gst_pad_get_name(pad));
-    if (!StartsWith(name.get(), "recv_rtp_src_")) {
+    if (!StartsWith(name.get(), "recv_rtp_src_"))
         return;
-    }
     GstElement* depayloader = gst_element_factory_make("rtpL16depay", nullptr);
     PadPtr mixerPad(gst_element_request_pad_simple(self->m_mixer, "sink_%u"));
-    if (depayloader == nullptr || !mixerPad) {
+    if (depayloader == nullptr || !mixerPad)
         return;
-    }
     gst_bin_add(GST_BIN(self->m_pipeline.get()), depayloader);
     const PadPtr out(gst_element_get_static_pad(depayloader, "src"));
     const PadPtr in(gst_element_get_static_pad(depayloader, "sink"));
@@ -238,9 +273,8 @@ void Pipeline::OnPadRemoved(GstElement*, GstPad* pad, gpointer selfPointer) {
         const std::lock_guard lock(self->m_mutex);
         branch = self->m_branches.extract(name.get());
     }
-    if (branch.empty()) {
+    if (branch.empty())
         return;
-    }
     GstElement* depayloader = branch.mapped().depayloader;
     gst_element_set_locked_state(depayloader, TRUE);
     gst_element_set_state(depayloader, GST_STATE_NULL);
@@ -248,21 +282,19 @@ void Pipeline::OnPadRemoved(GstElement*, GstPad* pad, gpointer selfPointer) {
     gst_element_release_request_pad(self->m_mixer, branch.mapped().mixerPad.get());
 }
 
-/// Runs in the recorder's thread.
+// Runs in the recorder's thread.
 GstFlowReturn Pipeline::OnSound(GstAppSink* sink, gpointer selfPointer) {
     auto* self = static_cast<Pipeline*>(selfPointer);
     const SamplePtr sample(gst_app_sink_pull_sample(sink));
     GstBuffer* buffer = sample ? gst_sample_get_buffer(sample.get()) : nullptr;
     GstMapInfo map;
-    if (buffer == nullptr || gst_buffer_map(buffer, &map, GST_MAP_READ) == FALSE) {
+    if (buffer == nullptr || gst_buffer_map(buffer, &map, GST_MAP_READ) == FALSE)
         return GST_FLOW_OK;
-    }
     const bool wasWhole = !self->m_recordingFailed;
     self->m_recordingFailed = !self->m_recording->Append(std::span(map.data, map.size));
     gst_buffer_unmap(buffer, &map);
-    if (wasWhole && self->m_recordingFailed) {
-        Log("recording ends: the file takes no more");
-    }
+    if (wasWhole && self->m_recordingFailed)
+        common::ProgramLog().Error("recording ends: the file takes no more");
     // A full disk must not silence the room.
     return GST_FLOW_OK;
 }

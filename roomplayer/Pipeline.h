@@ -13,39 +13,41 @@
 
 #include "roomplayer/GstPointers.h"
 #include "roomplayer/Options.h"
-#include "roomplayer/SenderGate.h"
+#include "roomplayer/PacketGate.h"
 #include "roomplayer/UdpPorts.h"
 #include "roomplayer/WavWriter.h"
 
 namespace korvel::roomplayer {
 
-/// One pipeline from start to end:
-///
-///     udpsrc (RTP, RTCP) ! rtpbin ! rtpL16depay ! audiomixer ! tee ! device or nothing
-///     audiotestsrc (silence)       !              audiomixer   tee ! recording
-///
-/// The silence is live and never ends, so the mixer gives sound in real time whether somebody sends or not.
-/// Each sender that the gate lets in gets a depayloader of its own, which goes when the sender does.
-///
-/// Made, used and destroyed in the thread of the default GLib main loop.
+// One pipeline from start to end:
+//
+//     udpsrc (RTP, RTCP) ! rtpbin ! rtpL16depay ! audiomixer ! tee ! device or nothing
+//     audiotestsrc (silence)       !              audiomixer   tee ! recording
+//
+// The silence is live and never ends, so the mixer gives sound in real time whether somebody sends or not.
+// Each sender that the gate lets in gets a depayloader of its own, which goes when the sender does.
+//
+// Made, used and destroyed in the thread of the default GLib main loop.
 class Pipeline {
 public:
     using ErrorNotify = std::function<void(const std::string& reason)>;
 
-    /// Starts to receive and to play. Everything that is handed over must outlive the pipeline; the gate and
-    /// the recording are its own until it is gone.
-    /// @param recording takes all that is heard, silence included; null for none
-    /// @param onError hears why playing has failed; called from the main loop
-    /// @throws std::runtime_error with one line of text
-    Pipeline(const Options& options, const UdpPorts& ports, SenderGate& gate, WavWriter* recording,
+    // Starts to receive and to play. Everything that is handed over must outlive the pipeline; the gate and
+    // the recording are its own until it is gone.
+    // `recording`: takes all that is heard, silence included; null for none.
+    // `onError`: hears why playing has failed; called from the main loop.
+    // Throws std::runtime_error with one line of text.
+    Pipeline(const Options& options, const UdpPorts& ports, PacketGate& gate, WavWriter* recording,
              ErrorNotify onError);
-    /// Stops. When that takes too long, as with a device that hangs, the program ends with a failure.
+    // Stops. When that takes too long, as with a device that hangs, the program ends with a failure.
     ~Pipeline();
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
 
-    /// Buffers that have reached the device so far.
+    // Buffers that have reached the device so far.
     std::uint64_t Played() const { return m_played; }
+    // What takes the sound, see SoundDevice.
+    const std::string& Output() const { return m_output; }
 
 private:
     struct Branch {
@@ -55,12 +57,13 @@ private:
 
     void Build(const Options& options, const UdpPorts& ports);
     void Stop();
-    void AddReceiver(GSocket* socket, const char* rtpbinPad, bool gated);
+    void AddReceiver(GSocket* socket, const char* rtpbinPad, GstPadProbeCallback gate);
     void AddMixer(const Options& options);
     void AddDevice(const Options& options);
     void AddRecorder();
 
     static GstPadProbeReturn OnPacket(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+    static GstPadProbeReturn OnReport(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstPadProbeReturn OnPlayed(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstCaps* OnPayloadType(GstElement* rtpbin, guint session, guint payloadType, gpointer self);
     static void OnPadAdded(GstElement* rtpbin, GstPad* pad, gpointer self);
@@ -68,8 +71,9 @@ private:
     static GstFlowReturn OnSound(GstAppSink* sink, gpointer self);
     static gboolean OnMessage(GstBus* bus, GstMessage* message, gpointer self);
     void ForgetSender(std::uint32_t sender);
+    void LogDropped();
 
-    SenderGate& m_gate; // only used by the receiving thread
+    PacketGate& m_gate;
     WavWriter* m_recording;
     ErrorNotify m_onError;
     std::chrono::milliseconds m_drainTime;
@@ -80,6 +84,8 @@ private:
     SourceId m_messages;
     bool m_recordingFailed = false; // only used by the recorder's thread
     std::atomic<std::uint64_t> m_played = 0;
+    std::atomic<std::uint64_t> m_nextDroppedLine = 1; // as many dropped packets are told of next
+    std::string m_output;
 
     std::mutex m_mutex; // senders come and go in several threads
     std::map<std::string, Branch> m_branches;

@@ -11,33 +11,36 @@
 #include "roomplayer/GstPointers.h"
 #include "roomplayer/Options.h"
 #include "roomplayer/OutputWatch.h"
+#include "roomplayer/PacketGate.h"
 #include "roomplayer/Pipeline.h"
-#include "roomplayer/SenderGate.h"
 #include "roomplayer/UdpPorts.h"
 #include "roomplayer/WavWriter.h"
 
 namespace korvel::roomplayer {
 
-/// A room's player: its ports, its recording and the pipeline between them, which is built anew when no sound
-/// comes out of it for two seconds. Second t of a recording is second t of the player's life, also then.
+// A room's player: its ports, its recording and the pipeline between them, which is built anew when no sound
+// comes out of it for two seconds. Second t of a recording is second t of the player's life, also then.
 class Player {
 public:
-    /// Takes "stalled" when no sound comes out any more and "playing" when it does again, alternately.
+    // Takes "stalled" when no sound comes out any more and "playing" when it does again, alternately, and
+    // "output " with Output() when that has changed.
     using Report = std::function<void(std::string_view event)>;
 
-    /// Binds the ports, opens the recording and starts. A missing sound device is no error: the sound is
-    /// discarded. From here on SIGINT and SIGTERM end Run(), also when they come before it.
-    /// @param report called in Run() only
-    /// @throws std::runtime_error with one line of text
+    // Binds the ports, opens the recording and starts. A missing sound device is no error: the sound is
+    // discarded. From here on SIGINT and SIGTERM end Run(), also when they come before it.
+    // `report`: called in Run() only.
+    // Throws std::runtime_error with one line of text.
     Player(const Options& options, Report report);
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
-    /// The real RTP port.
+    // The real RTP port.
     std::uint16_t Port() const { return m_ports.port; }
+    // What takes the sound, see SoundDevice.
+    const std::string& Output() const { return m_pipeline->Output(); }
 
-    /// Runs the default GLib main loop until the signal SIGINT or SIGTERM, or until playing has failed.
-    /// @return whether it ended without a failure
+    // Runs the default GLib main loop until the signal SIGINT or SIGTERM, or until playing has failed.
+    // Returns whether it ended without a failure.
     bool Run();
 
 private:
@@ -53,7 +56,7 @@ private:
     Report m_report;
     UdpPorts m_ports;
     std::unique_ptr<WavWriter> m_recording;
-    SenderGate m_gate;
+    PacketGate m_gate;
     OutputWatch m_watch;
     MainLoopPtr m_loop;
     SourceId m_interrupt;

@@ -8,12 +8,11 @@
 namespace korvel::roomplayer {
 namespace {
 
-/// A thread announces itself when it begins, in itself.
+// A thread announces itself when it begins, in itself.
 GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer) {
     GstStreamStatusType type = GST_STREAM_STATUS_TYPE_CREATE;
-    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_STREAM_STATUS) {
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_STREAM_STATUS)
         gst_message_parse_stream_status(message, &type, nullptr);
-    }
     if (type == GST_STREAM_STATUS_TYPE_ENTER) {
         sched_param priority{};
         priority.sched_priority = sched_get_priority_min(SCHED_RR);

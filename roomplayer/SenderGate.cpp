@@ -5,19 +5,18 @@
 namespace korvel::roomplayer {
 
 bool SenderGate::Admit(std::uint32_t sender, std::uint32_t timestamp, Clock::time_point now) {
-    if (m_current && m_current->id == sender) {
+    if (m_current && m_current->id == sender)
         return Hear(timestamp);
-    }
-    if (m_current && now - m_changed < kHold) {
+    if (m_current && now - m_changed < kHold)
         return false;
-    }
     const auto earlier = std::find_if(m_earlier.begin(), m_earlier.end(),
                                       [sender](const Sender& one) { return one.id == sender; });
     if (earlier != m_earlier.end()) {
-        if (!IsDue(*earlier, timestamp)) {
+        if (!IsDue(*earlier, timestamp))
             return false;
-        }
         m_earlier.erase(earlier);
+    } else if (m_earlier.size() >= kMaxEarlier && !m_earlier.front().cleared) {
+        return false;
     }
     Change(sender, timestamp, now);
     return true;
@@ -25,13 +24,12 @@ bool SenderGate::Admit(std::uint32_t sender, std::uint32_t timestamp, Clock::tim
 
 bool SenderGate::Hear(std::uint32_t timestamp) {
     m_current->lastTimestamp = timestamp;
-    for (Sender& one : m_earlier) {
+    for (Sender& one : m_earlier)
         one.alone = {};
-    }
     return true;
 }
 
-/// Whether an earlier sender starts anew with this packet or has been alone for long enough.
+// Whether an earlier sender starts anew with this packet or has been alone for long enough.
 bool SenderGate::IsDue(Sender& earlier, std::uint32_t timestamp) {
     const auto step = static_cast<std::int32_t>(timestamp - earlier.lastTimestamp);
     const std::chrono::milliseconds passed(std::int64_t{step} * 1000 / kTimestampRate);
@@ -44,12 +42,17 @@ void SenderGate::Change(std::uint32_t sender, std::uint32_t timestamp, Clock::ti
     if (m_current) {
         m_current->left = now;
         m_earlier.push_back(*m_current);
-        if (m_earlier.size() > kMaxEarlier) {
+        if (m_earlier.size() > kMaxEarlier)
             m_earlier.pop_front();
-        }
     }
     m_current = Sender{sender, timestamp, {}, {}, false};
     m_changed = now;
+}
+
+bool SenderGate::Knows(std::uint32_t sender) const {
+    return (m_current && m_current->id == sender) ||
+           std::any_of(m_earlier.begin(), m_earlier.end(),
+                       [sender](const Sender& one) { return one.id == sender; });
 }
 
 std::optional<std::uint32_t> SenderGate::TakeLeft(Clock::time_point now, std::chrono::milliseconds age) {

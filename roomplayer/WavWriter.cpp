@@ -28,9 +28,8 @@ public:
         return *this;
     }
     HeaderBuilder& Number(std::uint32_t value, int bytes) {
-        for (int i = 0; i < bytes; ++i) {
+        for (int i = 0; i < bytes; ++i)
             *m_next++ = static_cast<std::uint8_t>(value >> (8 * i));
-        }
         return *this;
     }
     const std::array<std::uint8_t, kHeaderBytes>& Bytes() const { return m_bytes; }
@@ -44,9 +43,8 @@ private:
 
 WavWriter::WavWriter(const std::string& path)
     : m_file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {
-    if (m_file < 0) {
+    if (m_file < 0)
         throw std::runtime_error("cannot record to " + path + ": " + std::strerror(errno));
-    }
     if (!WriteHeader()) {
         const std::string reason = std::strerror(errno);
         ::close(m_file);
@@ -60,25 +58,22 @@ WavWriter::~WavWriter() {
 }
 
 bool WavWriter::Append(std::span<const std::uint8_t> samples) {
-    if (m_failed) {
+    if (m_failed)
         return false;
-    }
     if (!WriteAt(kHeaderBytes + m_dataBytes, samples)) {
         m_failed = true;
         return false;
     }
     m_dataBytes += samples.size();
-    if (m_dataBytes - m_headerBytes >= kHeaderPeriodBytes) {
+    if (m_dataBytes - m_headerBytes >= kHeaderPeriodBytes)
         WriteHeader();
-    }
     return true;
 }
 
 bool WavWriter::FillUpTo(std::chrono::milliseconds length) {
     const std::uint64_t bytes = static_cast<std::uint64_t>(length.count()) * kRate / 1000 * kFrameBytes;
-    if (m_failed || bytes <= m_dataBytes) {
+    if (m_failed || bytes <= m_dataBytes)
         return !m_failed;
-    }
     // What a file is lengthened by reads as zeros, which are silence.
     if (::ftruncate(m_file, static_cast<off_t>(kHeaderBytes + bytes)) != 0) {
         m_failed = true;
@@ -103,12 +98,10 @@ bool WavWriter::WriteHeader() {
 bool WavWriter::WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::pwrite(m_file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (written < 0 && errno == EINTR) {
+        if (written < 0 && errno == EINTR)
             continue;
-        }
-        if (written <= 0) {
+        if (written <= 0)
             return false;
-        }
         bytes = bytes.subspan(static_cast<std::size_t>(written));
         offset += static_cast<std::uint64_t>(written);
     }

@@ -11,10 +11,10 @@
 
 namespace korvel::tests {
 
-/// A free TCP port of 127.0.0.1, held for as long as the object lives: a socket is bound to it that never
-/// listens. A server that asks for just this port with SO_REUSEADDR, as all of ours do, can listen on it,
-/// stop, and listen again; meanwhile connections are refused, and the system gives the port to nobody who
-/// asks for a free one.
+// A free TCP port of 127.0.0.1, held for as long as the object lives: a socket is bound to it that never
+// listens. A server that asks for just this port with SO_REUSEADDR, as all of ours do, can listen on it,
+// stop, and listen again; meanwhile connections are refused, and the system gives the port to nobody who
+// asks for a free one.
 class HeldPort {
 public:
     HeldPort() : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {

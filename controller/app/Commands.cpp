@@ -10,13 +10,15 @@ std::string Commands::Execute(const ICmdMessage& command) {
     if (!m_parts.host.HasCommand(name))
         throw Refused(Refused::Why::NotFound, "unknown command '" + name + "'");
     RequireReady();
+    m_checks.Before(command);
     const Target target = Prepare(command);
     CR_String answer;
-    m_parts.driver.Execute(command, answer);
+    m_parts.library.Database().AsOneChange([&] { m_parts.driver.Execute(command, answer); });
     if (target.roomId != 0)
         m_parts.router.RouteSoon(target.roomId, QueueIdOf(answer.GetText()), target.input);
     // Settings may have changed, and the driver does not always say so.
     m_parts.state.SaveSoon();
+    m_checks.After(command, !answer.GetText().empty());
     return answer.GetText();
 }
 
@@ -28,13 +30,16 @@ kv::auto_com<KVXML::INode> Commands::Request(const ICmdMessage& request) {
         throw Refused(Refused::Why::NotFound, "unknown request '" + name + "'");
     // Any command can be asked as a request; its effects are the same.
     RequireReady();
+    m_checks.Before(request);
     const Target target = Prepare(request);
-    auto reply = m_parts.driver.Request(request);
+    kv::auto_com<KVXML::INode> reply;
+    m_parts.library.Database().AsOneChange([&] { reply = m_parts.driver.Request(request); });
     if (target.roomId != 0) {
         const bool named = reply && reply->GetName() == "queueid";
         m_parts.router.RouteSoon(target.roomId, named ? kv::ToULong(reply->GetText()) : 0, target.input);
     }
     m_parts.state.SaveSoon();
+    m_checks.After(request, reply != nullptr);
     return reply;
 }
 

@@ -6,10 +6,11 @@
 
 namespace korvel::controller {
 
-Core::Core(asio::io_context& loop, const Config& config, const Log& log)
+Core::Core(asio::io_context& loop, const Config& config, const common::Log& log)
     : m_config(config),
       m_log(log),
       m_folder(config.stateFolder),
+      m_storage(m_events, log),
       m_system(log),
       m_driver(log),
       m_timers(loop, m_driver),
@@ -17,7 +18,7 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
       m_sources(m_rooms, log),
       m_variables(m_events),
       m_devices(m_rooms, m_events, log),
-      m_library(loop, config, m_events, log),
+      m_library(loop, config, m_events, m_storage, log),
       m_helper(m_sources, m_library.StorageDevices()),
       m_host({m_variables, m_timers, m_devices, m_helper, m_driver, m_events, log, &m_library.Database()}),
       m_bindings({loop, m_driver, m_system, m_events, log}, config.servers),
@@ -26,9 +27,10 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
       m_announcements({loop, m_driver, m_rooms, m_timers, m_events, log,
                        [this] { return m_bindings.WhyNotReady(); },
                        [this] { return m_bindings.ActiveBinding(); }}),
-      m_stateFile(config.stateFolder + "/driver-state.xml", log),
-      m_state(loop, m_driver, m_stateFile),
-      m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_library, m_state}),
+      m_failures(m_events, log),
+      m_stateFile(config.stateFolder + "/driver-state.xml", m_storage),
+      m_state(loop, m_driver, m_stateFile, m_storage),
+      m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_variables, m_library, m_state}),
       m_rhapsody(loop, log, m_driver, config.catalogAddress),
       m_stringX(CreateStandardStringX()),
       m_message(CreateStandardKVMessage()) {
@@ -42,6 +44,7 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
     });
     m_bindings.SetLineListener([this](std::uint32_t binding, const std::string& line) {
         m_announcements.OnServerLine(binding, line);
+        m_failures.OnServerLine(line);
     });
     m_router.SetRoomOffListener([this] { m_announcements.OnRoomOff(); });
     OfferServices();
@@ -49,16 +52,27 @@ Core::Core(asio::io_context& loop, const Config& config, const Log& log)
 }
 
 void Core::StartDriver() {
-    m_plugin = std::make_unique<Plugin>(m_config.plugin, m_instances);
-    m_driver.Attach(m_plugin->GetDriver(), kv::GetService<IDigitalAudio>(m_instances));
-    const auto settings = KVXML::CreateXmlNode("config");
     const auto persist = m_stateFile.Load();
-    const std::int32_t result = m_driver.Initialize(kDriverDeviceId, *settings, persist.get());
+    std::int32_t result = LoadDriver(persist.get());
+    if (result < 0 && persist) {
+        // Whatever stands there must not keep the house from playing.
+        EndDriver();
+        result = LoadDriver(nullptr);
+        if (result >= 0)
+            m_stateFile.SetAside("the driver cannot run with it");
+    }
     if (result < 0) {
         EndDriver();
         throw PluginError("the driver of " + m_config.plugin + " cannot run: its initialisation returned " +
                           std::to_string(result));
     }
+}
+
+std::int32_t Core::LoadDriver(KVXML::INode* persist) {
+    m_plugin = std::make_unique<Plugin>(m_config.plugin, m_instances);
+    m_driver.Attach(m_plugin->GetDriver(), kv::GetService<IDigitalAudio>(m_instances));
+    const auto settings = KVXML::CreateXmlNode("config");
+    return m_driver.Initialize(kDriverDeviceId, *settings, persist);
 }
 
 void Core::EndDriver() {
@@ -108,6 +122,7 @@ nlohmann::json Core::Status() const {
             {"notReadyBecause", why},
             {"servers", m_bindings.ToJson()},
             {"scan", m_library.ScanStatus()},
+            {"storage", m_storage.ToJson()},
             {"announcement", m_announcements.ToJson()}};
 }
 

@@ -12,6 +12,7 @@
 #include "platform/Utilities.h"
 #include "rhapsody/RhapsodyService.h"
 #include "rooms/Announcements.h"
+#include "rooms/MediaFailures.h"
 
 namespace korvel::controller {
 
@@ -23,7 +24,7 @@ class Core {
 public:
     // Throws std::exception with one clear line when the configuration, the state folder or the plug-in does
     // not serve.
-    Core(asio::io_context& loop, const Config& config, const Log& log);
+    Core(asio::io_context& loop, const Config& config, const common::Log& log);
     ~Core();
     Core(const Core&) = delete;
     Core& operator=(const Core&) = delete;
@@ -42,8 +43,9 @@ public:
     ServerBindings& GetBindings() { return m_bindings; }
     Library& GetLibrary() { return m_library; }
     EventBus& GetEvents() { return m_events; }
+    const StorageStatus& GetStorage() const { return m_storage; }
 
-    // {"version","ready","notReadyBecause","servers","scan","announcement"}
+    // {"version","ready","notReadyBecause","servers","scan","storage","announcement"}
     nlohmann::json Status() const;
     // The event that a new listener begins with: {"type":"snapshot","status","rooms","variables"}.
     nlohmann::json Snapshot() const;
@@ -51,12 +53,15 @@ public:
 private:
     void OfferServices();
     void StartDriver();
+    // What the driver's initialisation returned.
+    std::int32_t LoadDriver(KVXML::INode* persist);
     void EndDriver();
 
     const Config m_config;
-    const Log& m_log;
+    const common::Log& m_log;
     StateFolder m_folder;
     EventBus m_events;
+    StorageStatus m_storage;
     RealSystem m_system;
     DriverPort m_driver;
     TimerService m_timers;
@@ -70,6 +75,7 @@ private:
     ServerBindings m_bindings;
     RoomRouter m_router;
     Announcements m_announcements;
+    MediaFailures m_failures;
     StateFile m_stateFile;
     StateKeeper m_state;
     Commands m_commands;

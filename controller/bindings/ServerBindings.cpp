@@ -3,15 +3,23 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "common/Text.h"
 #include "host/Ids.h"
 
 namespace korvel::controller {
+namespace {
 
-ServerBindings::ServerBindings(const Parts& parts, const std::vector<ServerConfig>& servers, BackOff backOff)
+constexpr std::size_t kMaxShown = 200; // bytes of a line in the log
+
+} // namespace
+
+ServerBindings::ServerBindings(const Parts& parts, const std::vector<common::HostPort>& servers,
+                               common::BackOff backOff)
     : m_parts(parts), m_poster(parts.loop), m_offered{kFirstServerBinding} {
-    for (const ServerConfig& server : servers)
-        m_links.push_back(std::make_shared<ServerLink>(m_parts.loop, server, static_cast<Listener&>(*this),
-                                                       m_parts.log, backOff));
+    for (const common::HostPort& server : servers)
+        m_links.push_back(std::make_shared<common::OutgoingLink>(
+            m_parts.loop.get_executor(), LinkTo(server, "audio server", backOff),
+            static_cast<common::OutgoingLink::Listener&>(*this), m_parts.log));
 }
 
 ServerBindings::~ServerBindings() {
@@ -46,7 +54,7 @@ void ServerBindings::BindOffered() {
         const std::uint32_t bindingId = kFirstServerBinding + static_cast<std::uint32_t>(m_bound);
         if (!m_offered.contains(bindingId))
             return;
-        ServerLink& link = *m_links[m_bound++];
+        common::OutgoingLink& link = *m_links[m_bound++];
         m_parts.driver.BindingChanged(bindingId);
         link.Start();
     }
@@ -55,24 +63,24 @@ void ServerBindings::BindOffered() {
 std::string ServerBindings::WhyNotReady() const {
     if (std::ranges::none_of(m_links, [](const auto& link) { return link->IsConnected(); }))
         return "no audio server is connected";
-    const ServerLink* active = LinkOf(m_active);
+    const common::OutgoingLink* active = LinkOf(m_active);
     if (!active || !active->IsConnected())
         return "the audio server of this machine is not connected";
     return "";
 }
 
-std::uint32_t ServerBindings::BindingOf(const ServerLink& link) const {
+std::uint32_t ServerBindings::BindingOf(const common::OutgoingLink& link) const {
     const auto found = std::ranges::find_if(m_links, [&](const auto& each) { return each.get() == &link; });
     return kFirstServerBinding + static_cast<std::uint32_t>(found - m_links.begin());
 }
 
-ServerLink* ServerBindings::LinkOf(std::uint32_t bindingId) const {
+common::OutgoingLink* ServerBindings::LinkOf(std::uint32_t bindingId) const {
     if (bindingId < kFirstServerBinding || bindingId - kFirstServerBinding >= m_links.size())
         return nullptr;
     return m_links[bindingId - kFirstServerBinding].get();
 }
 
-void ServerBindings::OnConnected(ServerLink& link, const std::string& address) {
+void ServerBindings::OnConnected(common::OutgoingLink& link, const std::string& address) {
     const std::uint32_t bindingId = BindingOf(link);
     if (m_parts.system.IsLocalIPv4(address))
         m_active = bindingId;
@@ -80,15 +88,23 @@ void ServerBindings::OnConnected(ServerLink& link, const std::string& address) {
     m_parts.driver.BoundCall(bindingId, "SERVER_ONLINE", address);
 }
 
-void ServerBindings::OnLine(ServerLink& link, const std::string& line) {
-    m_parts.log.Debug("from " + link.GetName() + ": " + line);
+void ServerBindings::OnLine(common::OutgoingLink& link, const common::Line& line) {
+    const std::string name = common::ToText(link.GetServer());
+    if (line.tooLong) {
+        m_parts.log.Warning("dropped a line of " + name +
+                            " that is too long: " + common::OneLine(line.bytes, kMaxShown));
+        return;
+    }
+    m_parts.log.Debug("from " + name + ": " + line.bytes);
     const std::uint32_t bindingId = BindingOf(link);
     if (m_heard)
-        m_heard(bindingId, line);
-    m_parts.driver.BoundCall(bindingId, "DATA_RECEIVED", line);
+        m_heard(bindingId, line.bytes);
+    m_parts.driver.BoundCall(bindingId, "DATA_RECEIVED", line.bytes);
 }
 
-void ServerBindings::OnLost(ServerLink& link) {
+void ServerBindings::OnLost(common::OutgoingLink& link, bool wasConnected, const std::string&) {
+    if (!wasConnected)
+        return;
     const std::uint32_t bindingId = BindingOf(link);
     m_parts.driver.BoundCall(bindingId, "SERVER_OFFLINE", "");
     PublishServer(link);
@@ -98,19 +114,21 @@ void ServerBindings::OnLost(ServerLink& link) {
 
 void ServerBindings::SendBindMessage(std::uint32_t, std::uint32_t bindingId,
                                      const IOutboundBindMessage& message) {
-    ServerLink* link = LinkOf(bindingId);
+    common::OutgoingLink* link = LinkOf(bindingId);
     if (!link || message.GetName() != "SEND") {
         m_parts.log.Warning("dropped a message " + message.GetName() + " to binding " +
                             std::to_string(bindingId));
         return;
     }
+    m_parts.log.Debug((link->IsConnected() ? "to " : "dropped, not connected: to ") +
+                      common::ToText(link->GetServer()) + ": " + message.GetData());
     link->Send(message.GetData());
 }
 
 nlohmann::json ServerBindings::ToJson(std::size_t index) const {
-    const ServerLink& link = *m_links[index];
+    const common::OutgoingLink& link = *m_links[index];
     const std::uint32_t bindingId = kFirstServerBinding + static_cast<std::uint32_t>(index);
-    return {{"binding", bindingId},     {"host", link.GetConfig().host},   {"port", link.GetConfig().port},
+    return {{"binding", bindingId},     {"host", link.GetServer().host},   {"port", link.GetServer().port},
             {"bound", index < m_bound}, {"connected", link.IsConnected()}, {"active", bindingId == m_active}};
 }
 
@@ -121,7 +139,7 @@ nlohmann::json ServerBindings::ToJson() const {
     return list;
 }
 
-void ServerBindings::PublishServer(const ServerLink& link) {
+void ServerBindings::PublishServer(const common::OutgoingLink& link) {
     nlohmann::json event = ToJson(BindingOf(link) - kFirstServerBinding);
     event["type"] = "server";
     m_parts.events.Publish(event);

@@ -7,7 +7,7 @@
 #include <set>
 #include <vector>
 
-#include "bindings/ServerLink.h"
+#include "bindings/LinkSettings.h"
 #include "host/DriverPort.h"
 #include "host/EventBus.h"
 #include "net/Poster.h"
@@ -20,18 +20,18 @@ namespace korvel::controller {
 // the others on those that follow, as soon as the driver offers them. A server that connects or is lost is an
 // event
 // {"type":"server",...}.
-class ServerBindings final : public IBindMessageSender, private ServerLink::Listener {
+class ServerBindings final : public IBindMessageSender, private common::OutgoingLink::Listener {
 public:
     struct Parts {
         asio::io_context& loop;
         DriverPort& driver;
         kv::ISystem& system;
         EventBus& events;
-        const Log& log;
+        const common::Log& log;
     };
 
-    ServerBindings(const Parts& parts, const std::vector<ServerConfig>& servers,
-                   BackOff backOff = {ServerLink::kFirstDelay, ServerLink::kMostDelay});
+    ServerBindings(const Parts& parts, const std::vector<common::HostPort>& servers,
+                   common::BackOff backOff = kServerBackOff);
     ~ServerBindings();
 
     // Called after the driver has heard that the server of this binding is lost.
@@ -62,19 +62,19 @@ public:
                          const IOutboundBindMessage& message) override;
 
 private:
-    void OnConnected(ServerLink& link, const std::string& address) override;
-    void OnLine(ServerLink& link, const std::string& line) override;
-    void OnLost(ServerLink& link) override;
+    void OnConnected(common::OutgoingLink& link, const std::string& address) override;
+    void OnLine(common::OutgoingLink& link, const common::Line& line) override;
+    void OnLost(common::OutgoingLink& link, bool wasConnected, const std::string& why) override;
 
     void BindOffered();
-    std::uint32_t BindingOf(const ServerLink& link) const;
-    ServerLink* LinkOf(std::uint32_t bindingId) const;
+    std::uint32_t BindingOf(const common::OutgoingLink& link) const;
+    common::OutgoingLink* LinkOf(std::uint32_t bindingId) const;
     nlohmann::json ToJson(std::size_t index) const;
-    void PublishServer(const ServerLink& link);
+    void PublishServer(const common::OutgoingLink& link);
 
     Parts m_parts;
     Poster m_poster;
-    std::vector<std::shared_ptr<ServerLink>> m_links;
+    std::vector<std::shared_ptr<common::OutgoingLink>> m_links;
     std::size_t m_bound = 0; // the first m_bound links have their binding
     std::set<std::uint32_t> m_offered;
     std::uint32_t m_active = 0;

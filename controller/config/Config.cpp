@@ -11,8 +11,8 @@
 #include <iterator>
 #include <set>
 
+#include "common/Text.h"
 #include "config/TomlTable.h"
-#include "platform/Text.h"
 
 namespace korvel::controller {
 namespace {
@@ -93,7 +93,7 @@ void ReadServers(TomlTable& top, const std::string& source, Config& config) {
     config.servers.clear();
     for (const toml::table* entry : top.Tables("server")) {
         TomlTable table(*entry, source, "[[server]]");
-        ServerConfig server{"127.0.0.1", kDefaultServerPort};
+        common::HostPort server{"127.0.0.1", kDefaultServerPort};
         table.Text("host", server.host);
         if (server.host.empty() || server.host.size() > kMaxNameLength)
             table.Fail("host", "must be a host name or an IPv4 address");
@@ -119,14 +119,6 @@ std::string ReadName(TomlTable& table, const std::string& what, std::set<std::st
     return name;
 }
 
-// What follows it goes into a line of the audio server as it stands.
-bool IsWebAddress(const std::string& url) {
-    const bool plain =
-        std::ranges::none_of(url, [](unsigned char c) { return c <= 32 || c == 127 || c == '"'; });
-    return plain && url.size() <= kMaxUrlLength &&
-           (url.rfind("http://", 0) == 0 || url.rfind("https://", 0) == 0);
-}
-
 void ReadStations(TomlTable& top, const std::string& source, Config& config) {
     std::set<std::string> names;
     for (const toml::table* entry : top.Tables("station")) {
@@ -134,7 +126,7 @@ void ReadStations(TomlTable& top, const std::string& source, Config& config) {
         StationConfig station;
         station.name = ReadName(table, "station", names);
         table.Text("url", station.url);
-        if (!IsWebAddress(station.url))
+        if (station.url.size() > kMaxUrlLength || !common::ParseWebAddress(station.url))
             table.Fail("url", "must be an http or https address");
         table.Text("genre", station.genre);
         table.Text("image", station.image);
@@ -151,8 +143,7 @@ void ReadInputs(TomlTable& top, const std::string& source, Config& config) {
         TomlTable table(*entry, source, "[[input]]");
         const std::string name = ReadName(table, "input", names);
         // The audio server takes quotes for a reference to media, and what follows a "=" for the source.
-        if (std::ranges::any_of(name,
-                                [](unsigned char c) { return c < 32 || c == 127 || c == '"' || c == '='; }))
+        if (common::HasControl(name) || name.find_first_of("\"=") != std::string::npos)
             table.Fail("name", "holds a character that no input can have");
         table.RefuseOtherKeys();
         config.inputs.push_back(name);
@@ -183,11 +174,7 @@ void ReadCatalog(TomlTable& top, const std::string& source, Config& config) {
     TomlTable table(*entry, source, "[catalog]");
     std::string& address = config.catalogAddress;
     table.Text("address", address);
-    const std::size_t colon = address.rfind(':');
-    const std::string port = colon == std::string::npos ? "" : address.substr(colon + 1);
-    const std::uint32_t number = kv::ToULong(port);
-    if (colon == 0 || address.size() > kMaxNameLength || port != std::to_string(number) || number == 0 ||
-        number > kMaxPort)
+    if (address.size() > kMaxNameLength || !common::ParseHostPort(address))
         table.Fail("address", "must be HOST:PORT");
     table.RefuseOtherKeys();
 }
@@ -198,13 +185,13 @@ void ReadLog(TomlTable& top, Config& config) {
     if (level.empty() && !top.Has("log"))
         return;
     if (level == "error")
-        config.log = LogLevel::Error;
+        config.log = common::LogLevel::Error;
     else if (level == "warning")
-        config.log = LogLevel::Warning;
+        config.log = common::LogLevel::Warning;
     else if (level == "info")
-        config.log = LogLevel::Info;
+        config.log = common::LogLevel::Info;
     else if (level == "debug")
-        config.log = LogLevel::Debug;
+        config.log = common::LogLevel::Debug;
     else
         top.Fail("log", "must be \"error\", \"warning\", \"info\" or \"debug\"");
 }
@@ -274,17 +261,13 @@ Config LoadConfig(const std::string& path, const std::string& programFolder) {
 }
 
 void CheckFolders(const Config& config) {
-    const auto check = [](const std::string& folder, const char* what) {
-        std::error_code failed;
-        if (!fs::is_directory(folder, failed))
-            throw ConfigError(std::string("the ") + what + " folder " + folder + " is not there");
-        if (access(folder.c_str(), R_OK | X_OK) != 0)
-            throw ConfigError(std::string("the ") + what + " folder " + folder + " cannot be read");
-    };
-    for (const std::string& folder : config.musicFolders)
-        check(folder, "music");
-    if (!config.webFolder.empty())
-        check(config.webFolder, "web");
+    if (config.webFolder.empty())
+        return;
+    std::error_code failed;
+    if (!fs::is_directory(config.webFolder, failed))
+        throw ConfigError("the web folder " + config.webFolder + " is not there");
+    if (access(config.webFolder.c_str(), R_OK | X_OK) != 0)
+        throw ConfigError("the web folder " + config.webFolder + " cannot be read");
 }
 
 } // namespace korvel::controller

@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "common/Address.h"
+#include "common/Log.h"
+
 namespace korvel::controller {
 
 inline constexpr std::size_t kMaxConfigBytes = 1u << 20;
@@ -28,11 +31,6 @@ struct RoomConfig {
     std::uint32_t channel = 1;
 };
 
-struct ServerConfig {
-    std::string host;
-    std::uint16_t port = 0;
-};
-
 // An internet radio station.
 struct StationConfig {
     std::string name; // unique, whatever the case of its letters
@@ -41,11 +39,9 @@ struct StationConfig {
     std::string image; // address of a picture
 };
 
-enum class LogLevel { Error, Warning, Info, Debug };
-
 struct Config {
     std::vector<RoomConfig> rooms;
-    std::vector<ServerConfig> servers;
+    std::vector<common::HostPort> servers;
     std::vector<StationConfig> stations;
     std::vector<std::string> inputs;       // line inputs, as the audio server calls them; unique as stations
     std::vector<std::string> musicFolders; // absolute
@@ -55,7 +51,7 @@ struct Config {
     std::uint16_t httpPort = 8080; // 0: any free port
     std::string webFolder;         // empty: no page is served
     std::string catalogAddress;    // HOST:PORT; empty: the one that the driver connects to
-    LogLevel log = LogLevel::Info;
+    common::LogLevel log = common::LogLevel::Info;
 };
 
 // What is wrong with a configuration, in one line that names the file, the line and the setting.
@@ -76,8 +72,8 @@ Config ParseConfig(const std::string& text, const std::string& source, const std
 // ParseConfig of a file. Throws ConfigError, also when it cannot be read.
 Config LoadConfig(const std::string& path, const std::string& programFolder);
 
-// Checks what the text alone cannot tell: music folders and the page's folder can be read. Throws
-// ConfigError.
+// Checks what the text alone cannot tell: the page's folder can be read. Throws ConfigError. A music folder
+// may come and go, and a disk that does not answer must not hold up the start: the scan looks at it.
 void CheckFolders(const Config& config);
 
 } // namespace korvel::controller

@@ -10,7 +10,8 @@ TomlTable::TomlTable(const toml::table& table, std::string source, std::string w
     : m_table(table), m_source(std::move(source)), m_where(std::move(where)) {}
 
 std::string TomlTable::Name(std::string_view key) const {
-    std::string name = "'" + std::string(key) + "'";
+    std::string name = "'";
+    name.append(key).append("'");
     return m_where.empty() ? name : name + " in " + m_where;
 }
 

@@ -1,8 +1,12 @@
 #include "ctl/Actions.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <filesystem>
+#include <utility>
 
 #include "platform/XmlHelper.h"
 
@@ -12,6 +16,8 @@ namespace {
 using nlohmann::json;
 
 constexpr int kMaxSuggestions = 10;
+// Stands in a text for bytes that are no UTF-8.
+constexpr const char* kReplacement = "\xEF\xBF\xBD";
 
 bool IsNumber(const std::string& text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
@@ -73,7 +79,23 @@ void Actions::Status() {
     }
     const json& scan = status.at("scan");
     m_out << "scan: " << Text(scan, "phase") << ", " << scan.at("done") << " of " << scan.at("seen")
-          << " files, " << scan.at("added") << " added, " << scan.at("removed") << " removed\n";
+          << " files, " << scan.at("added") << " added, " << scan.at("missing") << " missing\n";
+    for (const json& place : scan.at("away"))
+        m_out << "not there now: " << Text(place, "path") << " (" << Text(place, "reason") << ")\n";
+    StorageStatus(status.at("storage"));
+}
+
+void Actions::StorageStatus(const json& storage) {
+    for (const json& each : storage.at("notWritten"))
+        m_out << "not written: the " << Text(each, "what") << " (" << Text(each, "reason") << ")\n";
+    for (const json& each : storage.at("keptAside"))
+        m_out << "of no use: " << Text(each, "file") << " (" << Text(each, "reason") << "), kept as '"
+              << Text(each, "as") << "'\n";
+    if (const std::string why = Text(storage, "copyFailure"); !why.empty())
+        m_out << "no copy of the library: " << why << "\n";
+    if (const json& copies = storage.at("copies"); !copies.empty())
+        m_out << "copies of the library: " << copies.size() << ", the newest " << copies[0].get<std::string>()
+              << "; korvel-controller --restore brings it back\n";
 }
 
 void Actions::Search(const std::string& text) {
@@ -85,6 +107,8 @@ void Actions::Search(const std::string& text) {
               << "\n";
     for (const json& artist : found.at("artists").at("items"))
         m_out << "artist " << Text(artist, "name") << "\n";
+    if (std::ranges::all_of(found, [](const json& list) { return list.at("items").empty(); }))
+        throw Failure("nothing has '" + text + "' in its name");
 }
 
 std::string Actions::RoomId(const std::string& room) {
@@ -113,6 +137,14 @@ std::string Actions::SongId(const std::string& song) {
     throw Failure(text);
 }
 
+// The controller listens on this machine alone, so its files are here.
+void Actions::RequireFile(const std::string& songId) {
+    const json song = m_client.Get("/api/library/songs/" + songId);
+    const std::string file = Text(song, "location");
+    if (file.find(kReplacement) == std::string::npos && access(file.c_str(), F_OK) != 0 && errno == ENOENT)
+        throw Failure("the file of " + Text(song, "title") + " is not there: " + file);
+}
+
 std::string Actions::Run(const std::string& name, const json& parameters) {
     return Text(m_client.Post("/api/command", {{"name", name}, {"parameters", parameters}}), "return");
 }
@@ -122,6 +154,7 @@ void Actions::Play(const std::string& room, const std::vector<std::string>& song
     std::vector<std::string> ids;
     for (const std::string& song : songs)
         ids.push_back(SongId(song));
+    std::ranges::for_each(ids, [this](const std::string& id) { RequireFile(id); });
     json parameters = {{"ROOM_ID", roomId},
                        {"CLEAR", add ? "0" : "1"},
                        // "Now" waits for a song that plays; "next" after clearing does not.
@@ -157,8 +190,25 @@ void Actions::PlayListed(const std::string& command, json parameters) {
 }
 
 void Actions::PlayStation(const std::string& room, const std::string& station) {
-    PlayListed("ADD_IR_STREAM",
-               {{"ROOM_ID", RoomId(room)}, {"MEDIA_ID", ListedId("stations", "station", station)}});
+    const std::string roomId = RoomId(room);
+    // The room as the device that added the station: the driver tells it how the station does.
+    const json parameters = {
+        {"ROOM_ID", roomId}, {"MEDIA_ID", ListedId("stations", "station", station)}, {"DEVICE_ID", roomId}};
+    bool asked = false;
+    std::string reason = "its audio server is lost";
+    m_client.Watch([&](const json& event) {
+        // Asked for once the events come, none of which is missed so.
+        if (!std::exchange(asked, true))
+            PlayListed("ADD_IR_STREAM", parameters);
+        const std::string type = Text(event, "type");
+        if (type == "media")
+            reason = Text(event, "reason");
+        if (type == "room" && Id(event) == roomId && !event.at("routed").get<bool>())
+            throw Failure("the station '" + station + "' cannot be played: " + reason);
+        return type != "message" || event.at("room").dump() != roomId ||
+               Text(event, "name") != "QUEUE_STREAM_STATUS_CHANGED" ||
+               Text(event.at("parameters"), "STATUS") != "playing";
+    });
 }
 
 void Actions::PlayInput(const std::string& room, const std::string& input) {
@@ -181,8 +231,13 @@ void Actions::Join(const std::string& room, const std::vector<std::string>& othe
     std::string list;
     for (const std::string& other : others)
         list += (list.empty() ? "" : ",") + RoomId(other);
-    if (Run("ADD_ROOMS_TO_SESSION", {{"ROOM_ID", roomId}, {"ROOM_ID_LIST", list}}).empty())
-        throw Failure("room '" + room + "' plays nothing that others could join");
+    const std::string answer = Run("ADD_ROOMS_TO_SESSION", {{"ROOM_ID", roomId}, {"ROOM_ID_LIST", list}});
+    // The answer comes when the rooms have followed.
+    for (const json& each : m_client.Get("/api/rooms")) {
+        const std::string queue = "<queueid>" + each.at("queue").dump() + "</queueid>";
+        if (("," + list + ",").find("," + Id(each) + ",") != std::string::npos && queue != answer)
+            throw Failure(Text(each, "name") + " did not join");
+    }
 }
 
 void Actions::Announce(const std::string& file, const std::vector<std::string>& rooms) {

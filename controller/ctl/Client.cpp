@@ -8,7 +8,6 @@
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http.hpp>
 #include <boost/beast/websocket.hpp>
-#include <regex>
 
 namespace korvel::ctl {
 namespace {
@@ -38,9 +37,9 @@ public:
     }
 };
 
-void Connect(Waiter& waiter, beast::tcp_stream& stream, const std::string& host, const std::string& port) {
+void Connect(Waiter& waiter, beast::tcp_stream& stream, const common::HostPort& server) {
     tcp::resolver resolver(waiter.loop);
-    const auto endpoints = resolver.resolve(host, port);
+    const auto endpoints = resolver.resolve(server.host, std::to_string(server.port));
     stream.expires_after(kPatience);
     waiter.Await([&](auto handler) { stream.async_connect(endpoints, handler); });
 }
@@ -48,21 +47,19 @@ void Connect(Waiter& waiter, beast::tcp_stream& stream, const std::string& host,
 } // namespace
 
 Client::Client(const std::string& url) {
-    static const std::regex kUrl("http://([^/:]+)(:([0-9]{1,5}))?/?");
-    std::smatch parts;
-    if (!std::regex_match(url, parts, kUrl))
+    const auto address = common::ParseWebAddress(url);
+    if (!address || address->secure || (address->target != "" && address->target != "/"))
         throw Failure("'" + url + "' is not an address like http://127.0.0.1:8080");
-    m_host = parts[1];
-    m_port = parts[3].matched ? parts[3].str() : "80";
+    m_server = address->server;
 }
 
 std::string Client::Unreachable(const std::string& why) const {
-    return "no answer from the controller at " + m_host + ":" + m_port + ": " + why;
+    return "no answer from the controller at " + common::ToText(m_server) + ": " + why;
 }
 
 nlohmann::json Client::Ask(const std::string& method, const std::string& target, const std::string& body) {
     http::request<http::string_body> request(http::string_to_verb(method), target, 11);
-    request.set(http::field::host, m_host + ":" + m_port);
+    request.set(http::field::host, common::ToText(m_server));
     if (!body.empty())
         request.set(http::field::content_type, "application/json");
     request.body() = body;
@@ -73,7 +70,7 @@ nlohmann::json Client::Ask(const std::string& method, const std::string& target,
     try {
         Waiter waiter;
         beast::tcp_stream stream(waiter.loop);
-        Connect(waiter, stream, m_host, m_port);
+        Connect(waiter, stream, m_server);
         waiter.Await([&](auto handler) { http::async_write(stream, request, handler); });
         beast::flat_buffer buffer;
         waiter.Await([&](auto handler) { http::async_read(stream, buffer, answer, handler); });
@@ -93,14 +90,14 @@ nlohmann::json Client::Ask(const std::string& method, const std::string& target,
 void Client::Watch(const std::function<bool(const nlohmann::json&)>& heard) {
     try {
         Waiter waiter;
-        beast::websocket::stream<beast::tcp_stream> socket(waiter.loop);
-        Connect(waiter, beast::get_lowest_layer(socket), m_host, m_port);
+        beast::websocket::stream<beast::tcp_stream, false> socket(waiter.loop);
+        Connect(waiter, beast::get_lowest_layer(socket), m_server);
         // From here on pings tell whether the controller is there.
         beast::get_lowest_layer(socket).expires_never();
         socket.set_option(beast::websocket::stream_base::timeout::suggested(beast::role_type::client));
         socket.read_message_max(kMaxAnswer);
         waiter.Await(
-            [&](auto handler) { socket.async_handshake(m_host + ":" + m_port, "/api/events", handler); });
+            [&](auto handler) { socket.async_handshake(common::ToText(m_server), "/api/events", handler); });
         nlohmann::json event;
         do {
             beast::flat_buffer buffer;

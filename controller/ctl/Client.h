@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "common/Address.h"
+
 namespace korvel::ctl {
 
 // What went wrong, in one line for a person.
@@ -33,8 +35,7 @@ private:
     nlohmann::json Ask(const std::string& method, const std::string& target, const std::string& body);
     std::string Unreachable(const std::string& why) const;
 
-    std::string m_host;
-    std::string m_port;
+    common::HostPort m_server;
 };
 
 // The text as it may stand in a query value.

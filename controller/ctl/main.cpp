@@ -2,6 +2,7 @@
 #include <functional>
 #include <iostream>
 
+#include "common/Program.h"
 #include "ctl/Actions.h"
 
 namespace {
@@ -91,21 +92,16 @@ void AddActions(CLI::App& app, Action& chosen, Words& words) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Speaks to the controller of a house's music."};
+    CLI::App app("Speaks to the controller of a house's music.", "korvelctl");
     Words words;
     Action chosen;
     app.add_option("--url", words.url, "the controller's address")->capture_default_str();
-    app.set_version_flag("--version", KORVEL_VERSION);
     app.require_subcommand(1);
     AddActions(app, chosen, words);
-    CLI11_PARSE(app, argc, argv);
-    try {
+    return korvel::common::RunProgram(app, argc, argv, [&] {
         Client client(words.url);
         Actions actions(client, std::cout);
         chosen(actions);
-    } catch (const std::exception& error) {
-        std::cerr << "korvelctl: " << error.what() << "\n";
-        return 1;
-    }
-    return 0;
+        return korvel::common::kExitDone;
+    });
 }

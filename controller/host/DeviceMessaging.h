@@ -2,8 +2,8 @@
 
 #include <functional>
 
+#include "common/Log.h"
 #include "host/EventBus.h"
-#include "host/Log.h"
 #include "platform/Services.h"
 #include "rooms/RoomTable.h"
 
@@ -17,7 +17,7 @@ class DeviceMessaging final : public IDeviceMessaging, public IUINotifier, publi
 public:
     using RoomListener = std::function<void(Room&, const ICmdMessage&)>;
 
-    DeviceMessaging(RoomTable& rooms, EventBus& events, const Log& log)
+    DeviceMessaging(RoomTable& rooms, EventBus& events, const common::Log& log)
         : m_rooms(rooms), m_events(events), m_log(log) {}
 
     // `listener` hears every message to a room. It is called inside the driver's call, so it must not call
@@ -36,7 +36,7 @@ public:
 private:
     RoomTable& m_rooms;
     EventBus& m_events;
-    const Log& m_log;
+    const common::Log& m_log;
     RoomListener m_listener;
 };
 

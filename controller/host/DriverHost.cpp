@@ -46,7 +46,7 @@ void DriverHost::SendDataToDevice(std::uint32_t deviceId, const KVXML::INode& da
 }
 
 void DriverHost::Log(int level, const std::string& text) {
-    m_parts.log.Info("driver [" + std::to_string(level) + "] " + text);
+    m_parts.log.WriteFor(text, common::LogLevel::Info, "driver [" + std::to_string(level) + "] " + text);
 }
 
 } // namespace korvel::controller

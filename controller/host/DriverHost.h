@@ -23,7 +23,7 @@ public:
         DriverHelper& helper;
         DriverPort& driver;
         EventBus& events;
-        const controller::Log& log;
+        const common::Log& log;
         IMediaManager* media; // may be null
     };
 

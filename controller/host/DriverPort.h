@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "host/Log.h"
+#include "common/Log.h"
 #include "korvel_digitalaudio/IDigitalAudio.h"
 #include "platform/IDriver.h"
 
@@ -16,7 +16,7 @@ namespace korvel::controller {
 // is logged and dropped; every entry is dropped while no driver is attached. No exception comes out.
 class DriverPort {
 public:
-    explicit DriverPort(const Log& log) : m_log(log) {}
+    explicit DriverPort(const common::Log& log) : m_log(log) {}
 
     // The driver stays owned by the caller and attached until Detach(). `announcements` is null for a driver
     // that makes none.
@@ -52,7 +52,7 @@ public:
 private:
     void Announce(const char* entry, const std::function<void(IDigitalAudio&)>& call);
 
-    const Log& m_log;
+    const common::Log& m_log;
     IDriver* m_driver = nullptr;
     IDigitalAudio* m_announcements = nullptr;
     bool m_inside = false;

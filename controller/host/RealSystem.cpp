@@ -46,11 +46,12 @@ bool RealSystem::IsLocalIPv4(const std::string& address) {
 }
 
 void RealSystem::Log(int level, const std::string& text) {
-    m_log.Info("driver [" + std::to_string(level) + "] " + text);
+    m_log.WriteFor(text, common::LogLevel::Info, "driver [" + std::to_string(level) + "] " + text);
 }
 
 void RealSystem::RecordAssert(const std::string& sourcePath, int line, const std::string& stackTrace) {
-    m_log.Warning("assertion failed at " + sourcePath + ":" + std::to_string(line));
+    const std::string place = sourcePath + ":" + std::to_string(line);
+    m_log.WriteFor(place, common::LogLevel::Warning, "assertion failed at " + place);
     m_log.Debug(stackTrace);
 }
 

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/Refused.h"
+#include "media/DatabaseError.h"
 
 namespace korvel::controller {
 namespace {
@@ -33,6 +34,10 @@ unsigned StatusOf(Why why) {
 
 HttpReply ReplyTo(const Refused& refused) {
     return ErrorReply(StatusOf(refused.GetWhy()), refused.what());
+}
+
+HttpReply NotWrittenReply(const std::string& why, bool noRoom) {
+    return ErrorReply(noRoom ? 507 : 500, why);
 }
 
 // An object; an empty body is an empty one.
@@ -99,7 +104,8 @@ bool IsPostPath(const std::vector<std::string>& path) {
     if (path.size() == 2)
         return path[1] == "command" || path[1] == "request" || path[1] == "announce";
     if (path.size() == 3)
-        return path[1] == "library" && path[2] == "scan";
+        return path[1] == "library" &&
+               (path[2] == "scan" || path[2] == "forget-missing" || path[2] == "save-playlist");
     return path.size() == 4 && path[1] == "rooms" && std::ranges::find(kActions, path[3]) != kActions.end();
 }
 
@@ -117,6 +123,8 @@ void Api::Handle(const HttpRequest& request, const Done& done) {
             reply = request.method == "GET" ? Get(*target) : MethodReply("GET");
     } catch (const Refused& refused) {
         reply = ReplyTo(refused);
+    } catch (const media::DatabaseError& error) {
+        reply = NotWrittenReply(error.what(), error.GetKind() == media::DatabaseError::Kind::NoRoom);
     } catch (const std::exception& error) {
         reply = ErrorReply(500, error.what());
     }
@@ -124,7 +132,16 @@ void Api::Handle(const HttpRequest& request, const Done& done) {
         done(std::move(*reply));
 }
 
-// Rooms follow a command after the driver's call, by handlers that wait on the loop already.
+Api::Done Api::Checking(const Done& done) const {
+    const StorageStatus& storage = m_core.GetStorage();
+    return [&storage, done, before = storage.CountFailures()](HttpReply reply) {
+        const StorageStatus::Failure* failure = storage.FailureAfter(before);
+        done(failure ? NotWrittenReply(failure->text, failure->noRoom) : std::move(reply));
+    };
+}
+
+// Rooms follow a command after the driver's call, and settings are written, by handlers that wait on the loop
+// already.
 void Api::AnswerSoon(const Done& done, std::function<json()> answer) {
     m_poster.Post([done, answer = std::move(answer)] { done(JsonReply(answer())); });
 }
@@ -156,19 +173,18 @@ std::optional<HttpReply> Api::Post(const Target& target, const HttpRequest& requ
     if (!request.body.empty() && request.contentType.rfind("application/json", 0) != 0)
         return ErrorReply(415, "the body must be application/json");
     const json body = ParseBody(request);
-    if (target.path[1] == "request")
-        return RunRequest(body);
-    if (target.path[1] == "library") {
-        if (!m_core.GetLibrary().StartScan())
-            throw Refused(Why::Conflict, "a scan is running already");
-        return JsonReply({{"started", true}}, 202);
-    }
-    if (target.path[1] == "command")
-        RunCommand(body, done);
-    else if (target.path[1] == "announce")
+    if (target.path[1] == "library" && target.path[2] == "save-playlist")
+        return SavePlaylist(m_core.GetLibrary(), body);
+    if (target.path[1] == "library")
+        return ChangeLibrary(m_core.GetLibrary(), target.path[2]);
+    if (target.path[1] == "announce") // writes nothing, and takes its time
         Announce(body, done);
+    else if (target.path[1] == "command")
+        RunCommand(body, Checking(done));
+    else if (target.path[1] == "request")
+        RunRequest(body, Checking(done));
     else
-        ChangeRoom(target, body, done);
+        ChangeRoom(target, body, Checking(done));
     return std::nullopt;
 }
 
@@ -177,9 +193,12 @@ void Api::RunCommand(const json& body, const Done& done) {
     AnswerSoon(done, [answer = m_core.GetCommands().Execute(*message)] { return json{{"return", answer}}; });
 }
 
-HttpReply Api::RunRequest(const json& body) {
+void Api::RunRequest(const json& body, const Done& done) {
     const auto reply = m_core.GetCommands().Request(*MessageOf(body));
-    return JsonReply({{"reply", reply ? json(reply->ToText()) : json(nullptr)}});
+    // Read before anything changes what it stands for.
+    AnswerSoon(done, [text = reply ? json(reply->ToText()) : json(nullptr)] {
+        return json{{"reply", text}};
+    });
 }
 
 void Api::Announce(const json& body, const Done& done) {

@@ -29,9 +29,12 @@ private:
     // None when `done` will be called later.
     std::optional<HttpReply> Post(const Target& target, const HttpRequest& request, const Done& done);
     void RunCommand(const nlohmann::json& body, const Done& done);
-    HttpReply RunRequest(const nlohmann::json& body);
+    void RunRequest(const nlohmann::json& body, const Done& done);
     void Announce(const nlohmann::json& body, const Done& done);
     void ChangeRoom(const Target& target, const nlohmann::json& body, const Done& done);
+    // `done` for a request that begins now: when something could not be written until the answer, that is the
+    // answer.
+    Done Checking(const Done& done) const;
     // Answers with what `answer` returns once the rooms have followed the present call of the driver.
     void AnswerSoon(const Done& done, std::function<nlohmann::json()> answer);
 
@@ -40,8 +43,13 @@ private:
     std::string m_webFolder;
 };
 
+// POST /api/library/scan and /forget-missing. Throws Refused and media::DatabaseError.
+HttpReply ChangeLibrary(Library& library, const std::string& action);
 // GET under /api/library.
 HttpReply BrowseLibrary(Library& library, const Target& target);
+
+// POST /api/library/save-playlist. Throws Refused.
+HttpReply SavePlaylist(Library& library, const nlohmann::json& body);
 
 // The file of the page that the path names, from the folder; 404 when there is none.
 HttpReply ServeFile(const std::string& folder, const Target& target);

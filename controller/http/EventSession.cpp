@@ -8,18 +8,15 @@ namespace korvel::controller {
 namespace websocket = beast::websocket;
 using boost::system::error_code;
 
-EventSession::EventSession(tcp::socket socket, HttpServer& server)
-    : m_stream(std::move(socket)), m_server(&server) {}
+EventSession::EventSession(tcp::socket socket, common::Acceptor::Place place, HttpServer& server)
+    : m_stream(std::move(socket)), m_place(std::move(place)), m_server(&server) {}
 
 EventSession::~EventSession() {
     Close();
 }
 
 void EventSession::Start(beast::http::request<beast::http::string_body> request) {
-    if (!m_server->Add(*this)) {
-        m_server = nullptr;
-        return;
-    }
+    m_server->Add(*this);
     // Listeners that vanish are found out by pings.
     m_stream.set_option(websocket::stream_base::timeout::suggested(beast::role_type::server));
     m_stream.read_message_max(kMaxIncoming);
@@ -46,6 +43,7 @@ void EventSession::Close() {
         if (m_listener != 0)
             m_server->GetApi().GetCore().GetEvents().Remove(m_listener);
         m_server->Remove(*this);
+        m_server->RemoveListener();
     }
     m_server = nullptr;
     m_listener = 0;

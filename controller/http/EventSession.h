@@ -21,7 +21,8 @@ public:
                                                << 20; // bytes; a listener that is slower than that is dropped
     static constexpr std::size_t kMaxIncoming = 4096; // what a listener says is read and ignored
 
-    EventSession(tcp::socket socket, HttpServer& server);
+    // The server knows it as a listener already.
+    EventSession(tcp::socket socket, common::Acceptor::Place place, HttpServer& server);
     ~EventSession();
 
     void Start(beast::http::request<beast::http::string_body> request);
@@ -35,7 +36,8 @@ private:
     void Send(const Text& text);
     void Write();
 
-    beast::websocket::stream<beast::tcp_stream> m_stream;
+    beast::websocket::stream<beast::tcp_stream, false> m_stream; // without compression
+    const common::Acceptor::Place m_place;
     HttpServer* m_server; // null once closed
     std::uint32_t m_listener = 0;
     beast::flat_buffer m_incoming{kMaxIncoming};

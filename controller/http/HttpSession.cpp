@@ -15,25 +15,27 @@ std::string_view View(beast::string_view text) {
     return {text.data(), text.size()};
 }
 
+// Where a header is said twice, whoever passed the request on may have gone by the other one.
+bool IsAmbiguous(const http::fields& header) {
+    return header.count(http::field::host) > 1 || header.count(http::field::content_length) > 1 ||
+           View(header[http::field::content_length]).find(',') != std::string_view::npos;
+}
+
 // What a page of this server may do: load from here, talk to here.
 constexpr const char* kContentPolicy =
     "default-src 'self'; img-src 'self' data: http: https:; frame-ancestors 'none'";
 
 } // namespace
 
-HttpSession::HttpSession(tcp::socket socket, HttpServer& server)
-    : m_stream(std::move(socket)), m_server(&server) {}
+HttpSession::HttpSession(tcp::socket socket, common::Acceptor::Place place, HttpServer& server)
+    : m_stream(std::move(socket)), m_place(std::move(place)), m_server(&server) {}
 
 HttpSession::~HttpSession() {
     Close();
 }
 
 void HttpSession::Start() {
-    if (!m_server->Add(*this)) {
-        m_server->GetLog().Warning("refused an HTTP connection: there are too many");
-        m_server = nullptr;
-        return;
-    }
+    m_server->Add(*this);
     Read();
 }
 
@@ -51,6 +53,8 @@ void HttpSession::Read() {
     m_parser->header_limit(kMaxHeader);
     m_parser->body_limit(kMaxBody);
     m_stream.expires_after(kPatience);
+    // A request that does not end keeps nobody out.
+    m_place.SetIdle([this] { Close(); });
     http::async_read(m_stream, m_buffer, *m_parser,
                      [self = shared_from_this()](boost::system::error_code error, std::size_t) {
                          if (self->m_server)
@@ -59,7 +63,10 @@ void HttpSession::Read() {
 }
 
 void HttpSession::OnRequest(boost::system::error_code error) {
-    if (!error && beast::websocket::is_upgrade(m_parser->get()))
+    m_place.SetBusy();
+    if (!error && IsAmbiguous(m_parser->get()))
+        Reply(ErrorReply(400, "Host and Content-Length may be there once only"), false, 11);
+    else if (!error && beast::websocket::is_upgrade(m_parser->get()))
         Upgrade();
     else if (!error)
         Serve(m_parser->get());
@@ -106,11 +113,16 @@ void HttpSession::Upgrade() {
         Reply(ErrorReply(404, "the events are at /api/events"), false, request.version());
         return;
     }
+    if (!m_server->AddListener()) {
+        Reply(ErrorReply(503, "too many listen to the events already"), false, request.version());
+        return;
+    }
     HttpServer& server = *m_server;
     server.Remove(*this);
     m_server = nullptr;
     m_stream.expires_never();
-    std::make_shared<EventSession>(m_stream.release_socket(), server)->Start(m_parser->release());
+    std::make_shared<EventSession>(m_stream.release_socket(), std::move(m_place), server)
+        ->Start(m_parser->release());
 }
 
 void HttpSession::Reply(HttpReply reply, bool keepAlive, unsigned version) {

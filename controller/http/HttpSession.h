@@ -20,7 +20,7 @@ public:
     static constexpr std::uint32_t kMaxHeader = 16 * 1024;
     static constexpr std::chrono::seconds kPatience{30}; // for a whole request, or for an answer to be taken
 
-    HttpSession(tcp::socket socket, HttpServer& server);
+    HttpSession(tcp::socket socket, common::Acceptor::Place place, HttpServer& server);
     ~HttpSession();
 
     void Start();
@@ -36,6 +36,7 @@ private:
     void Reply(HttpReply reply, bool keepAlive, unsigned version);
 
     beast::tcp_stream m_stream;
+    common::Acceptor::Place m_place;
     HttpServer* m_server; // null once closed
     beast::flat_buffer m_buffer{kMaxHeader + kMaxBody};
     std::optional<beast::http::request_parser<beast::http::string_body>> m_parser;

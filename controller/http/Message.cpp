@@ -5,10 +5,13 @@
 #include <charconv>
 #include <nlohmann/json.hpp>
 
+#include "common/Text.h"
 #include "host/EventBus.h"
 
 namespace korvel::controller {
 namespace {
+
+constexpr std::uint32_t kMaxNumber = 2147483647;
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
     return std::ranges::equal(
@@ -75,11 +78,8 @@ HttpReply ErrorReply(unsigned status, const std::string& text) {
 }
 
 std::optional<std::uint32_t> ParseNumber(std::string_view text) {
-    std::uint32_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (text.empty() || error != std::errc() || end != text.data() + text.size() || value > 2147483647)
-        return std::nullopt;
-    return value;
+    const auto value = common::ParseNumber(text);
+    return value && *value <= kMaxNumber ? value : std::nullopt;
 }
 
 std::optional<std::uint32_t> Target::Number(const std::string& name, std::uint32_t fallback) const {

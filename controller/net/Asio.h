@@ -1,16 +1,13 @@
-// The way in to Boost.Asio, which is compiled once in AsioImpl.cpp.
+// Boost.Asio as this program uses it.
 #pragma once
 
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/post.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/write.hpp>
-#include <utility> // used by the headers below, which do not include it
+
+#include "common/Asio.h"
 
 namespace korvel::controller {
 
 namespace asio = boost::asio;
-using tcp = asio::ip::tcp;
+using common::tcp;
 
 } // namespace korvel::controller

@@ -4,11 +4,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
+#include <system_error>
+
+#include "persistence/KeptAside.h"
 
 namespace korvel::controller {
 namespace {
@@ -38,7 +39,7 @@ public:
 
     static void Check(bool good, const char* step) {
         if (!good)
-            throw std::runtime_error(std::string(step) + ": " + std::strerror(errno));
+            throw std::system_error(errno, std::generic_category(), step);
     }
 
 private:
@@ -61,7 +62,7 @@ kv::auto_com<KVXML::INode> StateFile::Load() {
     const auto document = KVXML::CreateXmlDocument(text);
     auto root = document ? document->GetRoot() : nullptr;
     if (!root) {
-        SetAside("not a document");
+        SetAside(file.is_open() ? "not a document" : "cannot be read");
         return nullptr;
     }
     m_saved = text;
@@ -69,30 +70,27 @@ kv::auto_com<KVXML::INode> StateFile::Load() {
 }
 
 void StateFile::SetAside(const std::string& why) {
-    std::error_code failed;
-    fs::rename(m_path, m_path + ".corrupt", failed);
-    m_log.Warning("cannot use " + m_path + " (" + why + ")" +
-                  (failed ? "" : ": set aside as " + m_path + ".corrupt, starting without it"));
+    m_saved.clear();
+    try {
+        m_storage.KeptAside(m_path, KeepAside(m_path, "damaged"), why);
+    } catch (const fs::filesystem_error& error) {
+        m_storage.KeptAside(m_path, "", why + "; " + error.code().message());
+    }
 }
 
-void StateFile::Save(const KVXML::INode& element) {
-    const std::string text = element.ToText();
+void StateFile::Save(const std::string& text) {
     if (text == m_saved)
         return;
     const std::string next = m_path + ".tmp";
-    try {
-        {
-            const Descriptor file(next, O_WRONLY | O_CREAT | O_TRUNC);
-            file.WriteAll(text);
-            file.Sync();
-        }
-        Descriptor::Check(std::rename(next.c_str(), m_path.c_str()) == 0, "rename");
-        // The new name is on the disk only when its folder is.
-        Descriptor(fs::path(m_path).parent_path().string(), O_RDONLY | O_DIRECTORY).Sync();
-        m_saved = text;
-    } catch (const std::exception& error) {
-        m_log.Error("cannot save " + m_path + ": " + error.what());
+    {
+        const Descriptor file(next, O_WRONLY | O_CREAT | O_TRUNC);
+        file.WriteAll(text);
+        file.Sync();
     }
+    Descriptor::Check(std::rename(next.c_str(), m_path.c_str()) == 0, "rename");
+    // The new name is on the disk only when its folder is.
+    Descriptor(fs::path(m_path).parent_path().string(), O_RDONLY | O_DIRECTORY).Sync();
+    m_saved = text;
 }
 
 } // namespace korvel::controller

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "host/Log.h"
+#include "persistence/StorageStatus.h"
 #include "platform/Xml.h"
 
 namespace korvel::controller {
@@ -14,20 +14,19 @@ class StateFile {
 public:
     static constexpr std::size_t kMaxBytes = 4u << 20;
 
-    StateFile(std::string path, const Log& log) : m_path(std::move(path)), m_log(log) {}
+    StateFile(std::string path, StorageStatus& storage) : m_path(std::move(path)), m_storage(storage) {}
 
-    // The element; null when there is no file yet. A file that is not such an element is renamed to
-    // ".corrupt", which is logged, and counts as none.
+    // The element; null when there is no file yet. A file that is not such an element is set aside.
     kv::auto_com<KVXML::INode> Load();
-    // Nothing is written when the file holds this text already. A failure is logged; the file is then as
-    // before.
-    void Save(const KVXML::INode& element);
+    // Gives the file another name, which is told: from now on there is none.
+    void SetAside(const std::string& why);
+    // Nothing is written when the file holds this text already. Throws std::system_error when that fails; the
+    // file is then as before.
+    void Save(const std::string& text);
 
 private:
-    void SetAside(const std::string& why);
-
     std::string m_path;
-    const Log& m_log;
+    StorageStatus& m_storage;
     std::string m_saved; // the text in the file
 };
 

@@ -1,6 +1,19 @@
 #include "persistence/StateKeeper.h"
 
+#include <cerrno>
+#include <system_error>
+
 namespace korvel::controller {
+namespace {
+
+constexpr const char* kWhat = "settings";
+
+// A file that may not grow is a full disk to whoever asked for it.
+bool MeansNoRoom(const std::error_code& code) {
+    return code.value() == ENOSPC || code.value() == EDQUOT || code.value() == EFBIG;
+}
+
+} // namespace
 
 void StateKeeper::SaveSoon() {
     if (m_planned)
@@ -13,8 +26,29 @@ void StateKeeper::SaveSoon() {
 }
 
 void StateKeeper::SaveNow() {
-    if (const auto state = m_driver.PersistState())
-        m_file.Save(*state);
+    const auto state = m_driver.PersistState();
+    if (!state)
+        return;
+    const std::string text = state->ToText();
+    // Whoever changed it has been told already; the one who comes now changed nothing.
+    const bool again = text == m_tried;
+    m_tried = text;
+    try {
+        m_file.Save(text);
+        m_storage.Written(kWhat);
+    } catch (const std::system_error& error) {
+        if (!again)
+            m_storage.NotWritten(kWhat, error.what(), MeansNoRoom(error.code()));
+        RetryLater();
+    }
+}
+
+void StateKeeper::RetryLater() {
+    m_retry.expires_after(m_retryInterval);
+    m_retry.async_wait([this](boost::system::error_code error) {
+        if (!error)
+            SaveNow();
+    });
 }
 
 } // namespace korvel::controller

@@ -3,26 +3,10 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "platform/Text.h"
-
 namespace korvel::controller {
 namespace {
 
 using nlohmann::json;
-
-constexpr std::uint32_t kMaxPort = 65535;
-
-// Port 0 when the text is no HOST:PORT.
-ServerConfig ReadAddress(const std::string& address) {
-    const std::size_t colon = address.rfind(':');
-    if (colon == std::string::npos || colon == 0)
-        return {};
-    const std::string port = address.substr(colon + 1);
-    const std::uint32_t number = kv::ToULong(port);
-    if (number == 0 || number > kMaxPort || port != std::to_string(number))
-        return {};
-    return {address.substr(0, colon), static_cast<std::uint16_t>(number)};
-}
 
 RC_Error ErrorCode(const json& reply) {
     const json& error = reply.at("error");
@@ -35,7 +19,7 @@ RC_Error ErrorCode(const json& reply) {
 
 } // namespace
 
-CatalogLink::CatalogLink(asio::io_context& loop, const Log& log, CatalogTiming timing,
+CatalogLink::CatalogLink(asio::io_context& loop, const common::Log& log, CatalogTiming timing,
                          ConnectionChanged changed)
     : m_loop(loop), m_log(log), m_timing(timing), m_changed(std::move(changed)), m_timer(loop) {}
 
@@ -43,15 +27,16 @@ void CatalogLink::Connect(const std::string& address) {
     if (m_server) {
         m_server->Stop();
         m_server.reset();
-        FailSent();
+        FailSent(kRhapsodyNoConnection);
     }
-    const ServerConfig config = ReadAddress(address);
-    if (config.port == 0) {
+    const auto server = common::ParseHostPort(address);
+    if (!server) {
         m_log.Error("'" + address + "' is not the HOST:PORT of a catalogue");
         return;
     }
-    m_server = std::make_shared<ServerLink>(m_loop, config, static_cast<Listener&>(*this), m_log,
-                                            m_timing.backOff, "catalogue");
+    m_server = std::make_shared<common::OutgoingLink>(
+        m_loop.get_executor(), LinkTo(*server, "catalogue", m_timing.backOff),
+        static_cast<common::OutgoingLink::Listener&>(*this), m_log);
     m_server->Start();
 }
 
@@ -90,16 +75,16 @@ void CatalogLink::FailSoon(RC_Error code, Answered answered) {
     });
 }
 
-void CatalogLink::FailSent() {
-    std::erase_if(m_questions, [this](Question& question) {
+void CatalogLink::FailSent(RC_Error code) {
+    std::erase_if(m_questions, [this, code](Question& question) {
         if (question.sent)
-            FailSoon(kRhapsodyNoConnection, std::move(question.answered));
+            FailSoon(code, std::move(question.answered));
         return question.sent;
     });
 }
 
 // In these three the call that comes last may end the link, which then must not go before its time.
-void CatalogLink::OnConnected(ServerLink& link, const std::string&) {
+void CatalogLink::OnConnected(common::OutgoingLink& link, const std::string&) {
     const auto self = shared_from_this();
     for (Question& question : m_questions) {
         question.sent = true;
@@ -108,18 +93,26 @@ void CatalogLink::OnConnected(ServerLink& link, const std::string&) {
     m_changed(true);
 }
 
-void CatalogLink::OnLost(ServerLink&) {
+void CatalogLink::OnLost(common::OutgoingLink&, bool wasConnected, const std::string&) {
+    if (!wasConnected)
+        return;
     const auto self = shared_from_this();
-    FailSent();
+    FailSent(kRhapsodyNoConnection);
     m_changed(false);
 }
 
-void CatalogLink::OnLine(ServerLink&, const std::string& line) {
+void CatalogLink::OnLine(common::OutgoingLink&, const common::Line& line) {
     const auto self = shared_from_this();
-    const json reply = json::parse(line, nullptr, false);
+    if (line.tooLong) {
+        // It cannot be told which question it answers.
+        m_log.Warning("the catalogue's answer is too long");
+        FailSent(kRhapsodyUnexpected);
+        return;
+    }
+    const json reply = json::parse(line.bytes, nullptr, false);
     const auto id = reply.is_object() ? reply.find("id") : reply.end();
     if (!reply.is_object() || id == reply.end() || !id->is_number_unsigned()) {
-        m_log.Debug("from the catalogue, not an answer: " + line);
+        m_log.Debug("from the catalogue, not an answer: " + line.bytes);
         return;
     }
     const auto question = std::ranges::find(m_questions, id->get<std::uint64_t>(), &Question::id);

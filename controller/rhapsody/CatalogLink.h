@@ -8,7 +8,8 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
-#include "bindings/ServerLink.h"
+#include "bindings/LinkSettings.h"
+#include "net/Asio.h"
 #include "platform/rhapsody/RhapsodyClient.h"
 
 namespace korvel::controller {
@@ -25,12 +26,13 @@ inline constexpr RC_Error kRhapsodyLastCode = 18;
 // How long the link waits for what.
 struct CatalogTiming {
     std::chrono::milliseconds answer{5000}; // from the question, also while there is no connection
-    BackOff backOff{ServerLink::kFirstDelay, ServerLink::kMostDelay};
+    common::BackOff backOff = kServerBackOff;
 };
 
 // Questions to a catalogue and the answers to them, over one connection that comes again after a loss.
 // Nothing is called from within a call of the link, and nothing after Stop(). Lives on the loop.
-class CatalogLink final : public std::enable_shared_from_this<CatalogLink>, private ServerLink::Listener {
+class CatalogLink final : public std::enable_shared_from_this<CatalogLink>,
+                          private common::OutgoingLink::Listener {
 public:
     static constexpr std::size_t kMaxQuestions = 64; // without an answer yet
 
@@ -38,7 +40,8 @@ public:
     // `reply` is an object when `code` is kRhapsodyDone.
     using Answered = std::function<void(RC_Error code, const nlohmann::json& reply)>;
 
-    CatalogLink(asio::io_context& loop, const Log& log, CatalogTiming timing, ConnectionChanged changed);
+    CatalogLink(asio::io_context& loop, const common::Log& log, CatalogTiming timing,
+                ConnectionChanged changed);
 
     // Connects to HOST:PORT, in place of an earlier address.
     void Connect(const std::string& address);
@@ -58,22 +61,22 @@ private:
         bool sent;
     };
 
-    void OnConnected(ServerLink& link, const std::string& address) override;
-    void OnLine(ServerLink& link, const std::string& line) override;
-    void OnLost(ServerLink& link) override;
+    void OnConnected(common::OutgoingLink& link, const std::string& address) override;
+    void OnLine(common::OutgoingLink& link, const common::Line& line) override;
+    void OnLost(common::OutgoingLink& link, bool wasConnected, const std::string& why) override;
 
     void FailSoon(RC_Error code, Answered answered);
-    void FailSent();
+    void FailSent(RC_Error code);
     void WaitForDeadline();
     void OnDeadline();
 
     asio::io_context& m_loop;
-    const Log& m_log;
+    const common::Log& m_log;
     const CatalogTiming m_timing;
     ConnectionChanged m_changed;
     asio::steady_timer m_timer;
-    std::shared_ptr<ServerLink> m_server; // null before Connect()
-    std::deque<Question> m_questions;     // in the order of their deadlines
+    std::shared_ptr<common::OutgoingLink> m_server; // null before Connect()
+    std::deque<Question> m_questions;               // in the order of their deadlines
     std::uint32_t m_lastId = 0;
     bool m_online = false;
     bool m_stopped = false;

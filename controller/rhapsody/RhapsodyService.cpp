@@ -1,7 +1,10 @@
 #include "rhapsody/RhapsodyService.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+
+#include "common/Text.h"
 
 namespace korvel::controller {
 namespace {
@@ -12,10 +15,7 @@ using nlohmann::json;
 std::string Text(const json& value) {
     std::string text = value.get<std::string>();
     // The documents that it goes into have no place for control characters.
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
-            c = ' ';
-    }
+    std::ranges::replace_if(text, common::IsControl, ' ');
     return text;
 }
 
@@ -41,7 +41,7 @@ std::vector<DataTrackFull> ReadTrack(const json& reply) {
 
 class Client final : public KVRhapsodyClient::RhapsodyClient {
 public:
-    Client(asio::io_context& loop, const Log& log, DriverPort& driver, const std::string& address,
+    Client(asio::io_context& loop, const common::Log& log, DriverPort& driver, const std::string& address,
            const CatalogTiming& timing, IRhapsodyCallback* callback)
         : m_driver(driver),
           m_address(address),
@@ -108,7 +108,7 @@ private:
 
 } // namespace
 
-RhapsodyService::RhapsodyService(asio::io_context& loop, const Log& log, DriverPort& driver,
+RhapsodyService::RhapsodyService(asio::io_context& loop, const common::Log& log, DriverPort& driver,
                                  std::string address, CatalogTiming timing)
     : m_loop(loop), m_log(log), m_driver(driver), m_address(std::move(address)), m_timing(timing) {}
 

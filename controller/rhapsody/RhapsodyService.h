@@ -15,7 +15,7 @@ class RhapsodyService final : public KVRhapsodyClient::IRhapsodyClientFactory {
 public:
     // `address` (HOST:PORT), when not empty, is used in place of the one that a driver connects to. `loop`,
     // `log` and `driver` must outlive the clients.
-    RhapsodyService(asio::io_context& loop, const Log& log, DriverPort& driver, std::string address,
+    RhapsodyService(asio::io_context& loop, const common::Log& log, DriverPort& driver, std::string address,
                     CatalogTiming timing = {});
 
     std::unique_ptr<KVRhapsodyClient::RhapsodyClient> CreateClient(
@@ -24,7 +24,7 @@ public:
 
 private:
     asio::io_context& m_loop;
-    const Log& m_log;
+    const common::Log& m_log;
     DriverPort& m_driver;
     const std::string m_address;
     const CatalogTiming m_timing;

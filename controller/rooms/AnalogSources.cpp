@@ -4,7 +4,7 @@
 
 namespace korvel::controller {
 
-AnalogSources::AnalogSources(RoomTable& rooms, const Log& log) {
+AnalogSources::AnalogSources(RoomTable& rooms, const common::Log& log) {
     for (Room& room : rooms.All())
         m_sources.try_emplace(room.config.id, room, log);
 }

@@ -4,7 +4,7 @@
 #include <map>
 #include <vector>
 
-#include "host/Log.h"
+#include "common/Log.h"
 #include "platform/Services.h"
 #include "rooms/RoomTable.h"
 
@@ -14,7 +14,7 @@ namespace korvel::controller {
 // audio server or the library, its sound reaches the room through the driver alone.
 class AnalogSources {
 public:
-    AnalogSources(RoomTable& rooms, const Log& log);
+    AnalogSources(RoomTable& rooms, const common::Log& log);
     AnalogSources(const AnalogSources&) = delete;
     AnalogSources& operator=(const AnalogSources&) = delete;
 
@@ -24,7 +24,7 @@ public:
 private:
     class Source final : public IAnalogSource {
     public:
-        Source(Room& room, const Log& log) : m_room(room), m_log(log) {}
+        Source(Room& room, const common::Log& log) : m_room(room), m_log(log) {}
 
         void TakeSourceDevice(std::uint32_t deviceId) override { m_room.sourceDeviceId = deviceId; }
         std::vector<std::uint32_t> GetDevicesInAnalogSource() override;
@@ -32,7 +32,7 @@ private:
 
     private:
         Room& m_room;
-        const Log& m_log;
+        const common::Log& m_log;
     };
 
     std::map<std::uint32_t, Source> m_sources;

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "common/Text.h"
 #include "host/Ids.h"
-#include "media/SoundFile.h"
+#include "media/FileReader.h"
 
 namespace korvel::controller {
 namespace {
@@ -14,26 +15,26 @@ using Why = Refused::Why;
 constexpr std::size_t kMaxPathBytes = 4096;
 
 // The path travels in a line of the audio server.
-bool HasControlCharacter(const std::string& text) {
-    return std::ranges::any_of(text, [](unsigned char c) { return c < 32 || c == 127; });
-}
-
 void CheckPath(const std::string& file) {
-    if (file.empty() || file.front() != '/' || file.size() > kMaxPathBytes || HasControlCharacter(file))
+    if (file.empty() || file.front() != '/' || file.size() > kMaxPathBytes || common::HasControl(file))
         throw Refused(Why::Invalid, "the file of an announcement must be an absolute path");
 }
 
 // Not for the loop: it reads the file.
-std::optional<Refused> CheckFile(const std::string& file) {
-    switch (media::LookForSound(file)) {
-        case media::SoundFile::Unreadable:
-            return Refused(Why::NotFound, file + " is not there or cannot be read");
-        case media::SoundFile::NoSound:
-            return Refused(Why::Unplayable, file + " holds no sound that can be played");
-        case media::SoundFile::Sound:
-            break;
+std::optional<Refused> CheckFile(media::FileReader& reader, const std::string& file) {
+    using Outcome = media::FileReader::Outcome;
+    Outcome outcome = Outcome::Unreadable;
+    try {
+        outcome = reader.FindSound(file).outcome;
+        reader.Rest();
+    } catch (const std::exception& error) {
+        return Refused(Why::Unavailable, error.what());
     }
-    return std::nullopt;
+    if (outcome == Outcome::Done)
+        return std::nullopt;
+    if (outcome == Outcome::NoAudio || outcome == Outcome::Died)
+        return Refused(Why::Unplayable, file + " holds no sound that can be played");
+    return Refused(Why::NotFound, file + " is not there or cannot be read");
 }
 
 } // namespace
@@ -64,7 +65,7 @@ void Announcements::Start(std::vector<std::uint32_t> rooms, const std::string& f
     CheckPath(file);
     RequireFree();
     m_worker.Run(
-        [file] { return CheckFile(file); },
+        [this, file] { return CheckFile(m_reader, file); },
         [this, rooms = std::move(rooms), file, answer = std::move(answer)](std::optional<Refused> refused) {
             try {
                 if (!refused) {

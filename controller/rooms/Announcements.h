@@ -8,11 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "common/Log.h"
 #include "host/DriverPort.h"
 #include "host/EventBus.h"
-#include "host/Log.h"
 #include "host/Refused.h"
 #include "host/TimerService.h"
+#include "media/FileReader.h"
 #include "net/Worker.h"
 #include "platform/Services.h"
 #include "rooms/AnnouncementWire.h"
@@ -35,7 +36,7 @@ public:
         const RoomTable& rooms;
         TimerService& timers;
         EventBus& events;
-        const Log& log;
+        const common::Log& log;
         std::function<std::string()> whyNotReady;     // "" while an audio server can play
         std::function<std::uint32_t()> activeBinding; // of that audio server
     };
@@ -49,6 +50,8 @@ public:
     explicit Announcements(const Parts& parts) : Announcements(parts, Patience{}) {}
     Announcements(const Parts& parts, Patience patience)
         : m_parts(parts), m_patience(patience), m_poster(parts.loop), m_worker(parts.loop) {}
+    // Does not wait for a file that hangs.
+    ~Announcements() { m_reader.Cancel(); }
 
     // Why an announcement was refused; none when it has started.
     using Answer = std::function<void(const std::optional<Refused>&)>;
@@ -73,6 +76,9 @@ public:
     void AnnouncementComplete() override;
 
 private:
+    // For a file to be looked at: a person waits for the answer.
+    static constexpr std::chrono::seconds kFilePatience{5};
+
     struct Current {
         std::uint32_t id = 0;
         std::vector<std::uint32_t> rooms;
@@ -99,6 +105,7 @@ private:
     std::optional<Current> m_current;
     std::uint32_t m_lastId = 0;
     AnnouncementWire m_wire;
+    media::FileReader m_reader{media::FileReader::DefaultProgram(), kFilePatience}; // the worker's
     Worker m_worker; // last: its thread ends before the rest goes
 };
 

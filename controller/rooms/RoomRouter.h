@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
+#include "common/Log.h"
 #include "host/DriverPort.h"
 #include "host/EventBus.h"
-#include "host/Log.h"
 #include "net/Poster.h"
 #include "rooms/LineInput.h"
 #include "rooms/RoomTable.h"
@@ -31,7 +31,7 @@ public:
         DriverPort& driver;
         RoomTable& rooms;
         EventBus& events;
-        const Log& log;
+        const common::Log& log;
         std::function<std::string()> whyNotReady;     // "" while an audio server can play
         std::function<std::uint32_t()> activeBinding; // of that audio server
     };

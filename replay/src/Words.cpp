@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "common/Text.h"
+
 namespace korvel::replay {
 
 namespace {
@@ -10,9 +12,6 @@ constexpr char kHexDigits[] = "0123456789abcdef";
 
 bool IsBlank(char c) {
     return c == ' ' || c == '\t';
-}
-bool IsControl(char c) {
-    return static_cast<unsigned char>(c) < 32 || c == 127;
 }
 
 void AppendEscaped(std::string& out, char c) {
@@ -24,7 +23,7 @@ void AppendEscaped(std::string& out, char c) {
         out += "\\n";
     } else if (c == '\t') {
         out += "\\t";
-    } else if (IsControl(c)) {
+    } else if (common::IsControl(c)) {
         const auto byte = static_cast<unsigned char>(c);
         out.append("\\x").append(1, kHexDigits[byte >> 4]).append(1, kHexDigits[byte & 15]);
     } else {
@@ -103,7 +102,7 @@ Number ParseAs(std::string_view text, std::string_view what) {
 std::string FormatValue(std::string_view value) {
     bool bare = !value.empty();
     for (const char c : value)
-        bare = bare && c != ' ' && c != '"' && c != '\\' && !IsControl(c);
+        bare = bare && c != ' ' && c != '"' && c != '\\' && !common::IsControl(c);
     if (bare)
         return std::string(value);
     std::string out = "\"";
@@ -132,7 +131,7 @@ Word TakeWord(std::string_view& rest) {
     }
     while (!rest.empty() && !IsBlank(rest.front())) {
         const char c = rest.front();
-        if (c == '"' || c == '\\' || IsControl(c))
+        if (c == '"' || c == '\\' || common::IsControl(c))
             throw FormatError("a value with a quote, a backslash or a control character stands in quotes");
         word.text += c;
         rest.remove_prefix(1);

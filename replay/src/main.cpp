@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Program.h"
 #include "replay/Checker.h"
 #include "replay/Player.h"
 #include "replay/Plugin.h"
@@ -20,7 +21,7 @@ namespace {
 using namespace korvel::replay;
 
 constexpr int kExitMismatch = 1;
-constexpr int kExitTrouble = 2;
+constexpr int kExitTrouble = korvel::common::kExitMisused;
 // A first difference often causes all that follow it.
 constexpr std::size_t kMaxShownMismatches = 5;
 
@@ -84,7 +85,19 @@ int Run(const Options& options) {
     return result;
 }
 
-int ParseAndRun(int argc, char** argv) {
+// Its own trouble is not to be taken for a transcript that differs.
+int RunOrSayWhy(const Options& options) {
+    try {
+        return Run(options);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "korvel-replay: %s\n", error.what());
+        return kExitTrouble;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
     Options options;
     CLI::App app(
         "Plays transcripts of the digital-audio driver: feeds the driver the input lines of FILE and prints "
@@ -98,21 +111,5 @@ int ParseAndRun(int argc, char** argv) {
                    "the driver (default: korvel_digitalaudio.so beside this program)")
         ->type_name("PATH");
     app.add_option("FILE", options.files, "transcripts")->required()->type_name("");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kExitTrouble;
-    }
-    return Run(options);
-}
-
-} // namespace
-
-int main(int argc, char** argv) {
-    try {
-        return ParseAndRun(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "korvel-replay: %s\n", error.what());
-        return kExitTrouble;
-    }
+    return korvel::common::RunProgram(app, argc, argv, [&options] { return RunOrSayWhy(options); });
 }

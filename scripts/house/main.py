@@ -6,8 +6,16 @@ import sys
 import time
 
 from demo_catalog import make_catalogue
-from demo_music import make_demo_music
+from demo_music import make_chime, make_demo_music
+from demo_station import start_station
 from house import House, HouseError
+
+# What the README plays.
+STATION = "Night Jazz"
+INPUT = "Turntable"
+TEST_TONE = "audiotestsrc is-live=true freq=330 volume=0.1"
+PLAYLIST = "Evening"
+PLAYLIST_SONGS = 4
 
 
 def state_folder():
@@ -15,7 +23,7 @@ def state_folder():
     return os.path.join(base, "korvel")
 
 
-def show(house, programs):
+def show(house, programs, chime):
     ctl = os.path.relpath(os.path.join(programs, "korvelctl"))
     page = "open" if os.path.isdir("web/dist") else "the API is at"
     print(f"\nThe house is up: {page} {house.url}")
@@ -25,9 +33,25 @@ def show(house, programs):
     print(f"  {ctl} search tone")
     print(f'  {ctl} play Kitchen "Morning Scale"')
     print(f'  {ctl} join Kitchen "Living room"')
+    print(f'  {ctl} radio Kitchen "{STATION}"')
+    print(f"  {ctl} input Kitchen {INPUT}   # a test tone")
+    print(f"  {ctl} playlist Kitchen {PLAYLIST}")
+    print(f"  {ctl} announce {chime} Kitchen")
     print(f"  {ctl} command ADD_SONG ROOM_ID=3 SOURCE=3 MEDIA_ID=demo   # a channel of the streaming service")
     print(f"  {ctl} watch")
     print(f"\nLogs: {house.folder}/*.log.  Ctrl-C stops everything.", flush=True)
+    if why := house.why_silent():
+        print(f"No sound leaves this machine: {why}{hint()}.  Everything else works.", flush=True)
+
+
+def hint():
+    """What a person can do about it, if that is known."""
+    try:
+        with open("/proc/asound/cards", encoding="utf-8") as cards:
+            has_card = "no soundcards" not in cards.read()
+    except OSError:
+        return ""
+    return " (there is a sound card: may this user open it? group audio)" if has_card else ""
 
 
 def find_music(demo):
@@ -51,9 +75,12 @@ def main():
         music = find_music(demo)
         # Music for a person without any, and for everybody's streaming service.
         make_demo_music(demo)
-        house = House(programs, folder, music, make_catalogue(os.path.join(folder, "demo-catalog.toml"), demo))
+        chime = make_chime(os.path.join(folder, "chime.wav"))
+        catalogue = make_catalogue(os.path.join(folder, "demo-catalog.toml"), demo)
+        house = House(programs, folder, music, catalogue, stations={STATION: start_station(demo)}, inputs={INPUT: TEST_TONE})
         house.start()
-        show(house, programs)
+        house.save_playlist(PLAYLIST, house.wait_for_songs(PLAYLIST_SONGS))
+        show(house, programs, chime)
         while not (failed := house.failed()):
             time.sleep(0.5)
         print(f"run: {failed} has stopped: {house.last_log_line(failed)}", file=sys.stderr)

@@ -9,20 +9,22 @@
 namespace korvel::tests {
 namespace {
 
-Process StartPlayer(const std::string& folder, const std::string& name, const std::string& hindrance) {
+Process StartPlayer(const std::string& folder, const std::string& name, const std::string& hindrance,
+                    const std::vector<std::string>& more) {
     std::vector<std::string> options{
         "--port", "0", "--no-device", "--latency", "60", "--record", folder + "/" + name + ".recording"};
-    if (!hindrance.empty()) {
+    options.insert(options.end(), more.begin(), more.end());
+    if (!hindrance.empty())
         options.insert(options.begin(), hindrance);
-    }
     return Process(hindrance.empty() ? KORVEL_ROOMPLAYER : KORVEL_HINDERED_ROOMPLAYER, options,
                    folder + "/" + name + ".log");
 }
 
 } // namespace
 
-Room::Room(const std::string& folder, const std::string& name, const std::string& hindrance)
-    : m_process(StartPlayer(folder, name, hindrance)),
+Room::Room(const std::string& folder, const std::string& name, const std::string& hindrance,
+           const std::vector<std::string>& options)
+    : m_process(StartPlayer(folder, name, hindrance, options)),
       m_recording(folder + "/" + name + ".recording"),
       m_port(PortOf(m_process.ReadLine().value_or(""))) {
     EXPECT_NE(m_port, 0) << m_process.Errors();
@@ -43,9 +45,8 @@ bool Room::Stop() {
 }
 
 Bed::Bed() : m_folder((std::filesystem::temp_directory_path() / "korvel-audio-XXXXXX").string()) {
-    if (::mkdtemp(m_folder.data()) == nullptr) {
+    if (::mkdtemp(m_folder.data()) == nullptr)
         throw std::runtime_error("no temporary folder");
-    }
 }
 
 Bed::~Bed() {
@@ -77,8 +78,9 @@ std::unique_ptr<LineClient> Bed::Connect() {
     return std::make_unique<LineClient>(ServerPort());
 }
 
-std::unique_ptr<Room> Bed::AddRoom(const std::string& name, const std::string& hindrance) {
-    return std::make_unique<Room>(m_folder, name, hindrance);
+std::unique_ptr<Room> Bed::AddRoom(const std::string& name, const std::string& hindrance,
+                                   const std::vector<std::string>& options) {
+    return std::make_unique<Room>(m_folder, name, hindrance, options);
 }
 
 std::string Bed::ToneFile(const std::string& name, const std::vector<Tone>& tones) {
@@ -89,9 +91,8 @@ std::string Bed::ToneFile(const std::string& name, const std::vector<Tone>& tone
 std::uint16_t PortOf(const std::string& line) {
     const std::string start = "listening on ";
     const auto colon = line.rfind(':');
-    if (!line.starts_with(start) || colon == std::string::npos) {
+    if (!line.starts_with(start) || colon == std::string::npos)
         return 0;
-    }
     return static_cast<std::uint16_t>(std::stoul(line.substr(colon + 1)));
 }
 

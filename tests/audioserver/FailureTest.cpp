@@ -15,7 +15,7 @@ protected:
         m_driver = Connect();
         m_stream = std::to_string(m_driver->AddStream());
     }
-    /// The event that a media brings after its OK, without "* addmed ".
+    // The event that a media brings after its OK, without "* addmed ".
     std::string EventOf(const std::string& media) {
         EXPECT_EQ(m_driver->Ask("addmed " + m_stream + " " + media), "OK addmed " + m_stream) << media;
         const std::string event = m_driver->NextEvent();
@@ -42,9 +42,8 @@ TEST_F(Failure, FilesWithoutSound) {
     WriteFile(PathOf("text.mp3"), "This is a letter and not a song, however long it goes on.\n");
     WriteFile(PathOf("empty.wav"), "");
     WriteFile(PathOf("noise.bin"), std::string(4096, '\x01'));
-    for (const char* name : {"text.mp3", "empty.wav", "noise.bin"}) {
+    for (const char* name : {"text.mp3", "empty.wav", "noise.bin"})
         EXPECT_TRUE(EventOf(FileMedia(PathOf(name))).starts_with(Bad(""))) << name;
-    }
     EXPECT_TRUE(EventOf(FileMedia(ToneFile("nothing.wav", {}))).starts_with(Bad("")));
 }
 

@@ -12,9 +12,8 @@ namespace korvel::tests {
 
 LineClient::LineClient(std::uint16_t port, int receiveBytes)
     : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    if (receiveBytes > 0) {
+    if (receiveBytes > 0)
         ::setsockopt(m_socket, SOL_SOCKET, SO_RCVBUF, &receiveBytes, sizeof(receiveBytes));
-    }
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
@@ -33,9 +32,8 @@ bool LineClient::SendRaw(const std::string& bytes) {
     std::size_t sent = 0;
     while (sent < bytes.size()) {
         const ssize_t count = ::send(m_socket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (count <= 0) {
+        if (count <= 0)
             return false;
-        }
         sent += static_cast<std::size_t>(count);
     }
     return true;
@@ -45,9 +43,8 @@ std::string LineClient::Ask(const std::string& command) {
     const std::string number = std::to_string(m_sequence++) + " ";
     SendRaw(number + command + "\r\n");
     while (const auto line = ReadLine()) {
-        if (line->starts_with(number)) {
+        if (line->starts_with(number))
             return line->substr(number.size());
-        }
         m_events.push_back(*line);
     }
     return "";
@@ -61,9 +58,8 @@ std::uint32_t LineClient::AddStream(const std::string& command) {
 }
 
 std::string LineClient::NextEvent(std::chrono::milliseconds patience) {
-    if (m_events.empty()) {
+    if (m_events.empty())
         return ReadLine(patience).value_or("");
-    }
     std::string event = m_events.front();
     m_events.pop_front();
     return event;
@@ -74,31 +70,26 @@ std::optional<std::string> LineClient::ReadLine(std::chrono::milliseconds patien
         if (const auto end = m_pending.find('\n'); end != std::string::npos) {
             std::string line = m_pending.substr(0, end);
             m_pending.erase(0, end + 1);
-            if (line.empty() || line.back() != '\r') {
+            if (line.empty() || line.back() != '\r')
                 return line + "<bad end>";
-            }
             line.pop_back();
             return line;
         }
         std::array<char, 4096> chunk{};
-        if (!WaitReadable(m_socket, patience)) {
+        if (!WaitReadable(m_socket, patience))
             return std::nullopt;
-        }
         const ssize_t count = ::recv(m_socket, chunk.data(), chunk.size(), 0);
-        if (count <= 0) {
+        if (count <= 0)
             return std::nullopt;
-        }
         m_pending.append(chunk.data(), static_cast<std::size_t>(count));
     }
 }
 
 bool LineClient::IsClosedByServer() {
     std::array<char, 4096> chunk{};
-    while (WaitReadable(m_socket)) {
-        if (::recv(m_socket, chunk.data(), chunk.size(), 0) <= 0) {
+    while (WaitReadable(m_socket))
+        if (::recv(m_socket, chunk.data(), chunk.size(), 0) <= 0)
             return true;
-        }
-    }
     return false;
 }
 

@@ -32,9 +32,8 @@ TEST(LineFormat, WritesEvents) {
 }
 
 TEST(LineFormat, AReasonIsNeverTooShortToBeRead) {
-    for (const char* reason : {"", " ", "x", "\r\n", " \t"}) {
+    for (const char* reason : {"", " ", "x", "\r\n", " \t"})
         EXPECT_EQ(BadMediaLine(3, reason), "* addmed BAD=3 media failed\r\n");
-    }
 }
 
 TEST(LineFormat, TextCannotBreakTheLine) {
@@ -48,9 +47,8 @@ TEST(LineFormat, LongTextIsCutBetweenCharacters) {
     EXPECT_EQ(OneLine(std::string(kMaxEventTextBytes + 10, 'a')).size(), kMaxEventTextBytes);
     const std::string umlauts = "a" + [] {
         std::string text;
-        for (std::size_t i = 0; i < kMaxEventTextBytes; ++i) {
+        for (std::size_t i = 0; i < kMaxEventTextBytes; ++i)
             text += "\xc3\xa4";
-        }
         return text;
     }();
     const std::string cut = OneLine(umlauts);

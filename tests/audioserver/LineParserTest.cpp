@@ -126,15 +126,28 @@ TEST(LineParser, RefusesEveryMalformedShape) {
                                             "1 addmed 1 a\tb",
                                             std::string("1 addmed 1 \"file://a\0b\"", 22),
                                             "* addmed EOM=1"};
-    for (const std::string& line : lines) {
+    for (const std::string& line : lines)
         Refused(line);
-    }
+}
+
+TEST(LineParser, ABeginningIsRefusedWithWhatItTells) {
+    const auto expect = [](std::string_view beginning, std::uint32_t sequence, std::string_view command,
+                           std::optional<StreamNumber> stream) {
+        const Refusal refusal = RefuseLine(beginning);
+        EXPECT_EQ(refusal.sequence, sequence) << beginning;
+        EXPECT_EQ(refusal.command, command) << beginning;
+        EXPECT_EQ(refusal.stream, stream) << beginning;
+    };
+    expect("2 addmed 3 \"file://a", 2, "addmed", 3);
+    expect("2 addmed 3 line-in", 2, "addmed", 3);
+    expect("2 addstr", 2, "addstr", std::nullopt);
+    expect("2 dance", 2, "dance", std::nullopt);
+    expect(std::string(100, 'x'), 0, "unknown", std::nullopt);
 }
 
 TEST(LineParser, EveryCommandHasItsWord) {
-    for (const CommandShape& shape : kCommands) {
+    for (const CommandShape& shape : kCommands)
         EXPECT_EQ(CommandWord(shape.command), shape.word);
-    }
 }
 
 } // namespace

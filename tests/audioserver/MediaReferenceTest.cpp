@@ -45,6 +45,7 @@ TEST(MediaReference, SaysWhatIsWrong) {
     Expect("\"file:/\"", Kind::kBad, "path is not absolute");
     Expect("\"file:/stream-\"", Kind::kBad, "not an http address");
     Expect("\"file:/stream-http://\"", Kind::kBad, "not an http address");
+    Expect("\"file:/stream-http://h/a b\"", Kind::kBad, "not an http address");
     Expect("\"file:/stream-file:///etc/passwd\"", Kind::kBad, "not an http address");
     Expect("\"rhap://Tra.1\"", Kind::kBad, "not a reference to the catalogue");
     Expect("\"rhap://x:Tra.1\"", Kind::kBad, "not a reference to the catalogue");

@@ -1,5 +1,6 @@
 // Where media come from.
 #include <algorithm>
+#include <set>
 
 #include "Bed.h"
 #include "HeldPort.h"
@@ -10,7 +11,7 @@ namespace {
 
 using Media = Bed;
 
-/// Events up to the end or failure of the media.
+// Events up to the end or failure of the media.
 std::vector<std::string> EventsToEnd(LineClient& driver) {
     std::vector<std::string> events;
     do {
@@ -57,18 +58,22 @@ TEST_F(Media, AWebFileCanBePaused) {
     EXPECT_EQ(events.back(), "* addmed EOM=" + stream);
 }
 
-TEST_F(Media, ABroadcastCannotBePaused) {
+TEST_F(Media, ABroadcastCannotBePausedAndIsConnectedToAgain) {
     const WebServer web(WavOf({{500, 0.4}}), false);
     const auto room = AddRoom();
     const auto driver = Connect();
     const std::string stream = std::to_string(driver->AddStream());
+    const std::string report = "* SYS STREAM=" + stream + " ";
     driver->Ask("addcli " + stream + " " + room->Client());
     driver->Ask("addmed " + stream + " \"file:/stream-" + web.Url() + "live\"");
-    const auto events = EventsToEnd(*driver);
-    EXPECT_TRUE(Contains(events, "* SYS STREAM=" + stream + " streamCaps:NO-PAUSE"));
-    EXPECT_EQ(events.back(), "* addmed EOM=" + stream);
-    EXPECT_TRUE(room->Hears(0, 0.2));
+    EXPECT_EQ(driver->NextEvent(), report + "streamStatus:connecting");
+    // Its length, or the lack of it, is found beside the playing.
+    std::set<std::string> next = {driver->NextEvent(), driver->NextEvent()};
+    EXPECT_EQ(next, (std::set<std::string>{report + "streamCaps:NO-PAUSE", report + "streamStatus:playing"}));
+    EXPECT_EQ(driver->NextEvent(), report + "streamStatus:reconnecting in 1 s");
     EXPECT_NEAR(room->Heard().Seconds(500), 0.4, 0.1);
+    EXPECT_EQ(driver->NextEvent(), report + "streamStatus:connecting");
+    EXPECT_EQ(driver->NextEvent(), report + "streamStatus:playing");
 }
 
 TEST_F(Media, AWebServerThatIsNotThereIsBad) {

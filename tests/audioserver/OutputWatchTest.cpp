@@ -9,12 +9,11 @@ using Finding = OutputWatch::Finding;
 
 class OutputWatchTest : public testing::Test {
 protected:
-    /// Looks without anything new until a stall is found; how many.
+    // Looks without anything new until a stall is found; how many.
     static unsigned LooksToStall(OutputWatch& watch, std::uint64_t played) {
         unsigned looks = 1;
-        while (watch.Look(played) != Finding::kStalled) {
+        while (watch.Look(played) != Finding::kStalled)
             ++looks;
-        }
         return looks;
     }
 
@@ -22,9 +21,8 @@ protected:
 };
 
 TEST_F(OutputWatchTest, SoundIsNothingToBeTold) {
-    for (std::uint64_t played = 0; played < 1000; played += 50) {
+    for (std::uint64_t played = 0; played < 1000; played += 50)
         EXPECT_EQ(m_watch.Look(played + 50), Finding::kNothingNew);
-    }
 }
 
 TEST_F(OutputWatchTest, TwoSecondsWithoutABufferAreAStall) {
@@ -37,9 +35,8 @@ TEST_F(OutputWatchTest, TwoSecondsWithoutABufferAreAStall) {
 
 TEST_F(OutputWatchTest, AProgramThatWasStoppedForAWhileHasNotStalled) {
     m_watch.Look(50);
-    for (unsigned look = 1; look < OutputWatch::kPatience; ++look) {
+    for (unsigned look = 1; look < OutputWatch::kPatience; ++look)
         EXPECT_EQ(m_watch.Look(50), Finding::kNothingNew);
-    }
     EXPECT_EQ(m_watch.Look(51), Finding::kNothingNew);
     EXPECT_EQ(LooksToStall(m_watch, 51), OutputWatch::kPatience);
 }
@@ -52,9 +49,8 @@ TEST_F(OutputWatchTest, TheLatencyIsNoStall) {
 
 TEST_F(OutputWatchTest, ARecoveryIsTwoSecondsOfSound) {
     LooksToStall(m_watch, 0);
-    for (std::uint64_t look = 1; look < OutputWatch::kPatience; ++look) {
+    for (std::uint64_t look = 1; look < OutputWatch::kPatience; ++look)
         EXPECT_EQ(m_watch.Look(look), Finding::kNothingNew);
-    }
     EXPECT_EQ(m_watch.Look(OutputWatch::kPatience), Finding::kRecovered);
     EXPECT_EQ(LooksToStall(m_watch, OutputWatch::kPatience), OutputWatch::kPatience);
 }
@@ -64,9 +60,8 @@ TEST_F(OutputWatchTest, WithoutARecoveryItTriesLessAndLessOften) {
     EXPECT_EQ(LooksToStall(m_watch, 0), 2 * OutputWatch::kPatience);
     m_watch.Look(1); // one buffer is no recovery
     EXPECT_EQ(LooksToStall(m_watch, 1), 4 * OutputWatch::kPatience);
-    for (int stalls = 0; stalls < 10; ++stalls) {
+    for (int stalls = 0; stalls < 10; ++stalls)
         EXPECT_LE(LooksToStall(m_watch, 0), OutputWatch::kMaxPatience);
-    }
     EXPECT_EQ(LooksToStall(m_watch, 0), OutputWatch::kMaxPatience);
 }
 

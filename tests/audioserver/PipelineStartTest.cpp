@@ -8,7 +8,7 @@
 namespace korvel::audioserver {
 namespace {
 
-/// What a mixer takes for the time of the start whenever an element begins to play.
+// What a mixer takes for the time of the start whenever an element begins to play.
 struct Witness {
     ElementPtr mixer;
     std::vector<GstClockTime> starts;
@@ -17,12 +17,10 @@ struct Witness {
 GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer data) {
     auto* witness = static_cast<Witness*>(data);
     GstState state = GST_STATE_NULL;
-    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_STATE_CHANGED) {
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_STATE_CHANGED)
         gst_message_parse_state_changed(message, nullptr, &state, nullptr);
-    }
-    if (state == GST_STATE_PLAYING) {
+    if (state == GST_STATE_PLAYING)
         witness->starts.push_back(gst_element_get_base_time(witness->mixer.get()));
-    }
     gst_message_unref(message);
     return GST_BUS_DROP;
 }

@@ -6,7 +6,7 @@ namespace {
 
 class Playback : public Bed {
 protected:
-    /// A stream with the room as its client.
+    // A stream with the room as its client.
     std::string StreamTo(LineClient& driver, const Room& room) {
         const std::string stream = std::to_string(driver.AddStream());
         EXPECT_EQ(driver.Ask("addcli " + stream + " " + room.Client()), "OK addcli " + stream);

@@ -8,7 +8,7 @@ namespace {
 
 class Players : public Bed {
 protected:
-    /// A stream that plays a tone for a long time.
+    // A stream that plays a tone for a long time.
     std::string PlayTone(LineClient& driver) {
         const std::string stream = std::to_string(driver.AddStream());
         driver.Ask("addmed " + stream + " " + FileMedia(ToneFile("tone.wav", {{500, 60}})));
@@ -16,9 +16,8 @@ protected:
     }
     void ExpectAllHear(LineClient& driver, const std::string& stream,
                        const std::vector<std::unique_ptr<Room>>& rooms) {
-        for (const auto& room : rooms) {
+        for (const auto& room : rooms)
             driver.Ask("addcli " + stream + " " + room->Client());
-        }
         for (const auto& room : rooms) {
             EXPECT_TRUE(WaitUntil([&] { return room->Heard().Seconds(500) >= 0.2; })) << room->Log();
             driver.Ask("remcli " + stream + " " + room->Client());
@@ -31,9 +30,8 @@ TEST_F(Players, EachOfFortyIsHeard) {
     const std::string stream = PlayTone(*driver);
     for (int started = 0; started < 40; started += 8) {
         std::vector<std::unique_ptr<Room>> rooms;
-        for (int room = 0; room < 8; ++room) {
+        for (int room = 0; room < 8; ++room)
             rooms.push_back(AddRoom("room" + std::to_string(room)));
-        }
         ExpectAllHear(*driver, stream, rooms);
     }
 }

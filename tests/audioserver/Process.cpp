@@ -16,14 +16,12 @@ namespace korvel::tests {
 Process::Process(const std::string& program, const std::vector<std::string>& arguments, std::string errorPath)
     : m_errorPath(std::move(errorPath)) {
     std::vector<char*> argv{const_cast<char*>(program.c_str())};
-    for (const std::string& argument : arguments) {
+    for (const std::string& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
-    }
     argv.push_back(nullptr);
     std::array<int, 2> pipe{};
-    if (::pipe2(pipe.data(), O_CLOEXEC) != 0) {
+    if (::pipe2(pipe.data(), O_CLOEXEC) != 0)
         throw std::runtime_error("no pipe");
-    }
     m_pid = ::fork();
     if (m_pid == 0) {
         const int errors = ::open(m_errorPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
@@ -52,13 +50,11 @@ std::optional<std::string> Process::ReadLine() {
             return line;
         }
         std::array<char, 512> chunk{};
-        if (!WaitReadable(m_output)) {
+        if (!WaitReadable(m_output))
             return std::nullopt;
-        }
         const ssize_t count = ::read(m_output, chunk.data(), chunk.size());
-        if (count <= 0) {
+        if (count <= 0)
             return std::nullopt;
-        }
         m_pending.append(chunk.data(), static_cast<std::size_t>(count));
     }
 }
@@ -69,16 +65,25 @@ std::string Process::Errors() const {
 }
 
 void Process::Signal(int number) const {
-    ::kill(m_pid, number);
+    if (!m_exit) // else the number may be another's
+        ::kill(m_pid, number);
+}
+
+unsigned Process::Threads() const {
+    std::ifstream status("/proc/" + std::to_string(m_pid) + "/status");
+    const std::string key = "Threads:";
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with(key))
+            return static_cast<unsigned>(std::stoul(line.substr(key.size())));
+    return 0;
 }
 
 std::optional<int> Process::WaitForExit(std::chrono::milliseconds patience) {
     WaitUntil(
         [this] {
             int status = 0;
-            if (!m_exit && ::waitpid(m_pid, &status, WNOHANG) == m_pid) {
+            if (!m_exit && ::waitpid(m_pid, &status, WNOHANG) == m_pid)
                 m_exit = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-            }
             return m_exit.has_value();
         },
         patience);

@@ -11,24 +11,27 @@
 
 namespace korvel::tests {
 
-/// Started by the constructor; killed by the destructor if it still runs.
+// Started by the constructor; killed by the destructor if it still runs.
 class Process {
 public:
-    /// @param errorPath file that takes what the program writes to stderr
+    // `errorPath`: file that takes what the program writes to stderr.
     Process(const std::string& program, const std::vector<std::string>& arguments, std::string errorPath);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    /// The next line of stdout without its end; empty optional at the end or when none comes.
+    // The next line of stdout without its end; empty optional at the end or when none comes.
     std::optional<std::string> ReadLine();
 
-    /// Everything on stderr so far.
+    // Everything on stderr so far.
     std::string Errors() const;
 
     void Signal(int number) const;
 
-    /// The exit code; 128 + signal when it was killed; empty when it does not end within the patience.
+    // How many threads it has; 0 when it has ended.
+    unsigned Threads() const;
+
+    // The exit code; 128 + signal when it was killed; empty when it does not end within the patience.
     std::optional<int> WaitForExit(std::chrono::milliseconds patience = kPatience);
 
 private:

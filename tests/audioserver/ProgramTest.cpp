@@ -10,7 +10,7 @@ namespace {
 
 class Program : public Bed {
 protected:
-    /// Runs a program that ends by itself; its exit code, and its stderr in m_errors.
+    // Runs a program that ends by itself; its exit code, and its stderr in m_errors.
     int Run(const std::string& program, const std::vector<std::string>& arguments) {
         Process process(program, arguments, PathOf("run.log"));
         m_output = process.ReadLine().value_or("");
@@ -18,7 +18,7 @@ protected:
         m_errors = process.Errors();
         return code;
     }
-    /// Whether the run ended with an error code and said why in one line.
+    // Whether the run ended with an error code and said why in one line.
     bool Fails(const std::string& program, const std::vector<std::string>& arguments) {
         return Run(program, arguments) > 0 && std::count(m_errors.begin(), m_errors.end(), '\n') == 1;
     }
@@ -49,10 +49,37 @@ TEST_F(Program, PlayerEndsWellOnASignal) {
     }
 }
 
+// For whoever started it; the log says the same.
+TEST_F(Program, PlayerSaysWhatTakesItsSound) {
+    Process player(KORVEL_ROOMPLAYER, {"--port", "0", "--no-device"}, PathOf("a.log"));
+    player.ReadLine();
+    EXPECT_EQ(player.ReadLine(), "output none: not wanted");
+    EXPECT_NE(player.Errors().find("playing without a sound device: not wanted"), std::string::npos);
+}
+
+// Whatever the machine has: a sink, or the reason why there is none.
+TEST_F(Program, PlayerThatLooksForADeviceSaysWhatBecameOfIt) {
+    Process player(KORVEL_ROOMPLAYER, {"--port", "0"}, PathOf("a.log"));
+    player.ReadLine();
+    const std::string output = player.ReadLine().value_or("");
+    ASSERT_TRUE(output.starts_with("output ")) << output;
+    const bool none = output.starts_with("output none: ");
+    EXPECT_GT(output.size(), std::string(none ? "output none: " : "output ").size());
+    EXPECT_NE(player.Errors().find(output.substr(none ? 13 : 7)), std::string::npos) << player.Errors();
+}
+
 TEST_F(Program, HelpIsNoFailure) {
     for (const char* program : {KORVEL_AUDIOSERVER, KORVEL_ROOMPLAYER}) {
         EXPECT_EQ(Run(program, {"--help"}), 0);
         EXPECT_NE(m_output, "");
+        EXPECT_EQ(m_errors, "");
+    }
+}
+
+TEST_F(Program, VersionIsNoFailure) {
+    for (const char* program : {KORVEL_AUDIOSERVER, KORVEL_ROOMPLAYER}) {
+        EXPECT_EQ(Run(program, {"--version"}), 0);
+        EXPECT_TRUE(m_output.starts_with("korvel-")) << m_output;
         EXPECT_EQ(m_errors, "");
     }
 }
@@ -63,6 +90,7 @@ TEST_F(Program, ServerSaysWhatIsWrongWithItsOptions) {
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "65536"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--address", "home"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--input", "nothing"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--catalog", "::1:80"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", "0", "--loud"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_AUDIOSERVER, {"--port", std::to_string(ServerPort())})) << m_errors;
 }

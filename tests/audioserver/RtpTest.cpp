@@ -11,7 +11,7 @@
 namespace korvel::tests {
 namespace {
 
-/// A client's pair of UDP sockets.
+// A client's pair of UDP sockets.
 class Receiver {
 public:
     Receiver() {
@@ -64,9 +64,8 @@ private:
     }
     static std::string Next(int socket, std::chrono::milliseconds patience) {
         std::array<char, 2048> packet{};
-        if (!WaitReadable(socket, patience)) {
+        if (!WaitReadable(socket, patience))
             return "";
-        }
         const ssize_t count = ::recv(socket, packet.data(), packet.size(), 0);
         return count > 0 ? std::string(packet.data(), static_cast<std::size_t>(count)) : "";
     }
@@ -79,9 +78,8 @@ constexpr std::size_t kHeaderBytes = 12;
 
 std::uint32_t NumberAt(const std::string& packet, std::size_t offset, std::size_t bytes) {
     std::uint32_t value = 0;
-    for (std::size_t i = 0; i < bytes; ++i) {
+    for (std::size_t i = 0; i < bytes; ++i)
         value = value << 8 | static_cast<unsigned char>(packet.at(offset + i));
-    }
     return value;
 }
 
@@ -110,9 +108,8 @@ TEST_F(Rtp, AStreamRunsOnUnbrokenOverSeveralMedia) {
     m_driver->Ask(m_media);
     std::string last = receiver.NextRtp();
     for (int count = 0; count < 200; ++count) {
-        if (count == 50 || count == 60) {
+        if (count == 50 || count == 60)
             m_driver->Ask(m_media);
-        }
         const std::string packet = receiver.NextRtp();
         ASSERT_EQ(packet.size(), kHeaderBytes + 192 * 4);
         EXPECT_EQ(NumberAt(packet, 0, 1), 0x80U);
@@ -136,9 +133,8 @@ TEST_F(Rtp, TheEndIsReportedWhenAllOfItIsSent) {
     }
     EXPECT_EQ(event, "* addmed EOM=" + m_stream);
     std::string packet;
-    while (packet = receiver.NextRtp(std::chrono::milliseconds(0)), !packet.empty()) {
+    while (packet = receiver.NextRtp(std::chrono::milliseconds(0)), !packet.empty())
         audible += IsAudible(packet) ? 1 : 0;
-    }
     EXPECT_EQ(audible, 300 / 4);
 }
 
@@ -166,9 +162,8 @@ TEST_F(Rtp, ARemovedClientGetsNothingMore) {
     }
     while (!other.NextRtp(std::chrono::milliseconds(0)).empty()) {
     }
-    for (int count = 0; count < 20; ++count) {
+    for (int count = 0; count < 20; ++count)
         EXPECT_NE(other.NextRtp(), "");
-    }
     EXPECT_EQ(receiver.NextRtp(std::chrono::milliseconds(0)), "");
 }
 
@@ -177,9 +172,8 @@ TEST_F(Rtp, AnIdleStreamFallsQuietAndGoesOnWithTheNextMedia) {
     m_driver->Ask("addcli " + m_stream + " " + receiver.Client());
     std::string last = receiver.NextRtp();
     for (std::string packet = last; !packet.empty();
-         packet = receiver.NextRtp(std::chrono::milliseconds(400))) {
+         packet = receiver.NextRtp(std::chrono::milliseconds(400)))
         last = packet;
-    }
     m_driver->Ask(m_media);
     const std::string next = receiver.NextRtp();
     ASSERT_NE(next, "");

@@ -9,7 +9,7 @@ using std::chrono::milliseconds;
 
 class SenderGateTest : public testing::Test {
 protected:
-    /// Packets of a sender every 4 ms for a while; whether the last one was heard.
+    // Packets of a sender every 4 ms for a while; whether the last one was heard.
     bool Send(std::uint32_t sender, milliseconds length) {
         bool heard = false;
         for (milliseconds sent{0}; sent < length; sent += milliseconds(4)) {
@@ -22,7 +22,7 @@ protected:
         m_now += time;
         m_timestamp += static_cast<std::uint32_t>(time.count() * SenderGate::kTimestampRate / 1000);
     }
-    /// Both send; which of them is heard in the end.
+    // Both send; which of them is heard in the end.
     std::uint32_t SendBoth(std::uint32_t one, std::uint32_t other, milliseconds length) {
         for (milliseconds sent{0}; sent < length; sent += milliseconds(4)) {
             Send(one, milliseconds(4));
@@ -108,7 +108,25 @@ TEST_F(SenderGateTest, ManySendersAreForgotten) {
     for (std::uint32_t sender = 1; sender < 1000; ++sender) {
         Send(sender, milliseconds(100));
         EXPECT_EQ(m_gate.Current(), sender);
+        m_gate.TakeLeft(m_now, milliseconds(300));
     }
+}
+
+TEST_F(SenderGateTest, NoMoreAreLetInThanAreLeftAgain) {
+    std::uint32_t sender = 1;
+    for (; sender <= 1 + SenderGate::kMaxEarlier; ++sender)
+        EXPECT_TRUE(Send(sender, SenderGate::kHold));
+    EXPECT_FALSE(Send(sender, SenderGate::kHold));
+    EXPECT_EQ(m_gate.TakeLeft(m_now, milliseconds(0)), 1U);
+    EXPECT_TRUE(Send(sender, SenderGate::kHold));
+}
+
+TEST_F(SenderGateTest, KnowsThePresentAndEarlierSenders) {
+    Send(1, milliseconds(100));
+    Send(2, milliseconds(100));
+    EXPECT_TRUE(m_gate.Knows(1));
+    EXPECT_TRUE(m_gate.Knows(2));
+    EXPECT_FALSE(m_gate.Knows(3));
 }
 
 } // namespace

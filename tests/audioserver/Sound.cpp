@@ -21,20 +21,18 @@ constexpr double kPureShare = 0.95;
 constexpr std::size_t kMinRunSlices = 5;
 
 void AppendNumber(std::string& bytes, std::uint32_t value, int count) {
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i)
         bytes.push_back(static_cast<char>(value >> (8 * i) & 0xffU));
-    }
 }
 
 double Power(std::span<const double> slice) {
     double sum = 0;
-    for (const double sample : slice) {
+    for (const double sample : slice)
         sum += sample * sample;
-    }
     return sum / static_cast<double>(slice.size());
 }
 
-/// Power of one frequency in the slice (Goertzel).
+// Power of one frequency in the slice (Goertzel).
 double PowerAt(std::span<const double> slice, int hertz) {
     const double turn = 2 * std::cos(2 * std::numbers::pi * hertz / kRate);
     double last = 0;
@@ -50,17 +48,15 @@ double PowerAt(std::span<const double> slice, int hertz) {
 
 bool Holds(std::span<const double> slice, int hertz) {
     const double power = Power(slice);
-    if (hertz == 0) {
+    if (hertz == 0)
         return power < kSilencePower;
-    }
     return power >= kSilencePower && PowerAt(slice, hertz) > kPureShare * power;
 }
 
 std::vector<std::span<const double>> Slices(const std::vector<double>& samples) {
     std::vector<std::span<const double>> slices;
-    for (std::size_t at = 0; at + kSliceFrames <= samples.size(); at += kSliceFrames) {
+    for (std::size_t at = 0; at + kSliceFrames <= samples.size(); at += kSliceFrames)
         slices.emplace_back(samples.data() + at, kSliceFrames);
-    }
     return slices;
 }
 
@@ -72,9 +68,8 @@ std::string WavOf(const std::vector<Tone>& tones, int rate, int channels) {
         const int frames = static_cast<int>(tone.seconds * rate);
         for (int frame = 0; frame < frames; ++frame) {
             const double value = kLevel * std::sin(2 * std::numbers::pi * tone.hertz * frame / rate);
-            for (int channel = 0; channel < channels; ++channel) {
+            for (int channel = 0; channel < channels; ++channel)
                 AppendNumber(data, static_cast<std::uint32_t>(std::lround(value * 32767)), 2);
-            }
         }
     }
     const auto frameBytes = static_cast<std::uint32_t>(2 * channels);
@@ -119,9 +114,8 @@ double Recording::Length() const {
 double Recording::Seconds(int hertz) const {
     const std::vector<double> samples = Samples();
     double seconds = 0;
-    for (const auto slice : Slices(samples)) {
+    for (const auto slice : Slices(samples))
         seconds += Holds(slice, hertz) ? kSliceSeconds : 0;
-    }
     return seconds;
 }
 
@@ -132,15 +126,13 @@ std::vector<int> Recording::Order(const std::vector<int>& candidates) const {
     std::size_t run = 0;
     for (const auto slice : Slices(samples)) {
         for (const int hertz : candidates) {
-            if (!Holds(slice, hertz)) {
+            if (!Holds(slice, hertz))
                 continue;
-            }
             run = hertz == running ? run + 1 : 1;
             running = hertz;
             const bool leadingSilence = order.empty() && hertz == 0;
-            if (run == kMinRunSlices && !leadingSilence && (order.empty() || order.back() != hertz)) {
+            if (run == kMinRunSlices && !leadingSilence && (order.empty() || order.back() != hertz))
                 order.push_back(hertz);
-            }
         }
     }
     return order;

@@ -7,30 +7,30 @@
 
 namespace korvel::tests {
 
-/// Tones are multiples of 50 Hz, so that a slice of 20 ms holds whole periods and tells them apart exactly.
+// Tones are multiples of 50 Hz, so that a slice of 20 ms holds whole periods and tells them apart exactly.
 struct Tone {
-    int hertz; ///< 0 for silence
+    int hertz; // 0 for silence
     double seconds;
 };
 
-/// A 16-bit PCM WAV of the tones one after the other, on all channels.
+// A 16-bit PCM WAV of the tones one after the other, on all channels.
 std::string WavOf(const std::vector<Tone>& tones, int rate = 48000, int channels = 2);
 
 void WriteFile(const std::string& path, const std::string& bytes);
 
-/// What a player recorded, read as far as it goes while it grows.
+// What a player recorded, read as far as it goes while it grows.
 class Recording {
 public:
     explicit Recording(std::string path);
 
-    /// Seconds recorded so far.
+    // Seconds recorded so far.
     double Length() const;
 
-    /// Seconds in which nothing but this tone is heard; 0 for silence. Edges of a tone are not counted.
+    // Seconds in which nothing but this tone is heard; 0 for silence. Edges of a tone are not counted.
     double Seconds(int hertz) const;
 
-    /// The tones in the order in which they are heard, each for at least a tenth of a second; 0 for
-    /// silence after the first tone. Slices with anything else are left out.
+    // The tones in the order in which they are heard, each for at least a tenth of a second; 0 for
+    // silence after the first tone. Slices with anything else are left out.
     std::vector<int> Order(const std::vector<int>& candidates) const;
 
 private:

@@ -8,9 +8,8 @@ bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
     constexpr int kLookMilliseconds = 10;
     const auto end = std::chrono::steady_clock::now() + patience;
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
+        if (std::chrono::steady_clock::now() > end)
             return false;
-        }
         ::poll(nullptr, 0, kLookMilliseconds);
     }
     return true;

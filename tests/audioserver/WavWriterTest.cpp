@@ -20,9 +20,8 @@ std::string Contents(const std::filesystem::path& path) {
 
 std::uint32_t NumberAt(const std::string& bytes, std::size_t offset) {
     std::uint32_t value = 0;
-    for (std::size_t i = 4; i > 0; --i) {
+    for (std::size_t i = 4; i > 0; --i)
         value = value << 8 | static_cast<unsigned char>(bytes.at(offset + i - 1));
-    }
     return value;
 }
 

@@ -56,20 +56,17 @@ void WebServer::Serve() {
 
 void WebServer::Answer(int connection) const {
     std::array<char, 4096> request{};
-    if (::recv(connection, request.data(), request.size(), 0) <= 0) {
+    if (::recv(connection, request.data(), request.size(), 0) <= 0)
         return;
-    }
     std::string answer = "HTTP/1.0 200 OK\r\nContent-Type: audio/x-wav\r\n";
-    if (m_tellLength) {
+    if (m_tellLength)
         answer += "Content-Length: " + std::to_string(m_body.size()) + "\r\n";
-    }
     answer += "\r\n" + m_body;
     std::size_t sent = 0;
     while (sent < answer.size() && !m_stopping) {
         const ssize_t count = ::send(connection, answer.data() + sent, answer.size() - sent, MSG_NOSIGNAL);
-        if (count <= 0) {
+        if (count <= 0)
             return;
-        }
         sent += static_cast<std::size_t>(count);
     }
 }

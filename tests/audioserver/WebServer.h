@@ -8,7 +8,7 @@
 
 namespace korvel::tests {
 
-/// Serves the same bytes for every path on 127.0.0.1, with or without telling their length.
+// Serves the same bytes for every path on 127.0.0.1, with or without telling their length.
 class WebServer {
 public:
     WebServer(std::string body, bool tellLength);
@@ -16,7 +16,7 @@ public:
     WebServer(const WebServer&) = delete;
     WebServer& operator=(const WebServer&) = delete;
 
-    /// "http://127.0.0.1:PORT/"
+    // "http://127.0.0.1:PORT/"
     std::string Url() const;
 
 private:

@@ -99,6 +99,10 @@ TEST(Catalogue, WhatIsWrongIsNamedWithItsLine) {
               "c.toml:4: 'tracks' in [[playlist]] must hold texts only");
     EXPECT_EQ(Wrong("[[channel]]\nid = \"c\"\nname = \"C\"\n").rfind("c.toml:1: 'tracks' in [[channel]]", 0),
               0u);
+    EXPECT_NE(
+        Wrong("[[track]]\nid = \"a\"\ntitle = \"A\"\nartist = \"B\"\nalbum = \"C\"\nmedia = \"http://\"\n")
+            .find("must be a path or a web address"),
+        std::string::npos);
     EXPECT_EQ(Wrong("[[track]").rfind("c.toml:1: ", 0), 0u);
     EXPECT_EQ(Wrong("a = \"\xff\"").rfind("c.toml:1: ", 0), 0u);
 }

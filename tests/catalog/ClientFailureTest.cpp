@@ -120,16 +120,21 @@ TEST_F(ClientFailure, LinesThatAreNoAnswersAreIgnored) {
     EXPECT_EQ(listener.calls, Calls{"playlists"});
 }
 
-TEST_F(ClientFailure, AnEndlessLineCostsTheConnection) {
+TEST_F(ClientFailure, AnAnswerThatIsTooLongCostsTheQuestionsAndNotTheConnection) {
     ScriptedServer server(loop);
     server.Mute();
     const auto client = Connect(At(server));
     client->GetMemberPlaylists(&listener);
     ASSERT_TRUE(loop.RunUntil([&] { return server.GetLines().size() == 1; }));
-    server.Send(std::string(LineSplitter::kMaxLine + 1, 'x'));
+    server.Send(std::string(kServerLines.line + 1, 'x') + "\n");
     ASSERT_TRUE(Answered());
-    EXPECT_EQ(listener.calls, Calls{"error 16"});
-    EXPECT_TRUE(loop.RunUntil([&] { return server.GetConnections() == 2; }));
+    EXPECT_EQ(listener.calls, Calls{"error 9"});
+    answered = 1;
+    client->GetMemberPlaylists(&listener);
+    AnswerWith(server, ",\"playlists\":[]");
+    ASSERT_TRUE(Answered(2));
+    EXPECT_EQ(listener.calls.back(), "playlists");
+    EXPECT_EQ(server.GetConnections(), 1);
 }
 
 TEST_F(ClientFailure, TextsHoldNoControlCharacters) {

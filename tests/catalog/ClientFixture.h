@@ -58,7 +58,7 @@ protected:
     std::unique_ptr<KVRhapsodyClient::RhapsodyClient> MakeClient(int patience = 5000,
                                                                  const std::string& address = "") {
         RhapsodyService service(loop.loop, log, driverPort, address,
-                                {milliseconds(patience), BackOff(milliseconds(1), milliseconds(20))});
+                                {milliseconds(patience), common::BackOff(milliseconds(1), milliseconds(20))});
         return service.CreateClient(KVRhapsodyClient::RhapsodyBranding::Standard, timers, &general);
     }
     // A client that is connecting.
@@ -89,7 +89,7 @@ protected:
                                    tests::ListEntry("playlist", "p", "[\"a\", \"b\", \"a\"]") +
                                    tests::ListEntry("playlist", "q", "[]"));
     TestLoop loop;
-    Log log{LogLevel::Error, std::fopen("/dev/null", "w")};
+    common::Log log{common::LogLevel::Error, std::fopen("/dev/null", "w")};
     RecordingDriver driver;
     DriverPort driverPort{log};
     TimerService timers{loop.loop, driverPort};

@@ -58,7 +58,7 @@ protected:
     ScratchFolder state;
     TestLoop loop;
     ScriptedServer server{loop};
-    Log log{LogLevel::Error, std::fopen("/dev/null", "w")};
+    common::Log log{common::LogLevel::Error, std::fopen("/dev/null", "w")};
     std::vector<json> events;
     std::unique_ptr<Core> core;
 };

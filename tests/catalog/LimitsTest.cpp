@@ -12,7 +12,7 @@ namespace {
 using nlohmann::json;
 
 constexpr std::size_t kMaxRequestBytes = 4096;
-constexpr std::size_t kMaxConnections = 32;
+constexpr std::size_t kMaxConnectionsPerAddress = 16;
 constexpr int kMaxWaiting = 64;
 constexpr std::uint32_t kMaxSessions = 1024;
 
@@ -66,13 +66,32 @@ TEST_F(LimitsTest, AReplyHasAtMostSoManyTracks) {
     EXPECT_EQ(client.Ask(request).at("tracks").size(), 100u);
 }
 
-TEST_F(LimitsTest, FurtherConnectionsAreClosedAtOnce) {
+TEST_F(LimitsTest, TheConnectionThatHasBeenIdleForLongestGivesWay) {
     std::deque<GatewayClient> clients;
-    for (std::size_t i = 0; i < kMaxConnections; ++i) {
+    const auto listsFor = [&](std::size_t client) { return clients[client].Ask({{"op", "playlists"}}); };
+    for (std::size_t i = 0; i < kMaxConnectionsPerAddress; ++i) {
         clients.emplace_back(gateway.Port());
-        EXPECT_FALSE(clients.back().Ask({{"op", "playlists"}}).is_null());
+        EXPECT_FALSE(listsFor(i).is_null());
+    }
+    EXPECT_FALSE(listsFor(0).is_null());
+    clients.emplace_back(gateway.Port());
+    EXPECT_FALSE(listsFor(kMaxConnectionsPerAddress).is_null());
+    EXPECT_TRUE(clients[1].IsClosed());
+    EXPECT_FALSE(listsFor(0).is_null());
+}
+
+TEST_F(LimitsTest, WhileAllOfThemPlayFurtherConnectionsAreClosedAtOnce) {
+    std::deque<GatewayClient> clients;
+    for (std::uint32_t stream = 1; stream <= kMaxConnectionsPerAddress; ++stream) {
+        clients.emplace_back(gateway.Port());
+        ASSERT_EQ(clients.back().Ask({{"op", "resolve"}, {"stream", stream}, {"media", "a"}}).at("track"),
+                  "a");
     }
     EXPECT_TRUE(GatewayClient(gateway.Port()).IsClosed());
+    // Another connection's stream from now on: the first plays nothing.
+    EXPECT_EQ(clients[1].Ask({{"op", "resolve"}, {"stream", 1}, {"media", "a"}}).at("track"), "a");
+    EXPECT_FALSE(GatewayClient(gateway.Port()).Ask({{"op", "playlists"}}).is_null());
+    EXPECT_TRUE(clients[0].IsClosed());
     clients.clear();
     EXPECT_TRUE(WaitUntil([&] {
         return !GatewayClient(gateway.Port()).Ask({{"op", "playlists"}}).is_null();

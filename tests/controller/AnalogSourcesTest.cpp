@@ -11,7 +11,7 @@ class AnalogSourcesTest : public testing::Test {
 protected:
     IAnalogSource* SourceOf(std::uint32_t room) { return kv::GetDeviceService<IAnalogSource>(helper, room); }
 
-    Log log{LogLevel::Error};
+    common::Log log{common::LogLevel::Error};
     RoomTable rooms{{{1, "Hall", "10.0.0.1", 6200, 1}, {2, "Bath", "10.0.0.2", 6200, 1}}};
     AnalogSources sources{rooms, log};
     DriverHelper helper{sources, {110001}};

@@ -54,7 +54,7 @@ protected:
     ScratchFolder folder;
     const std::string file = folder.Write("chime.wav", tests::WavOf({{500, 0.1}}));
     TestLoop loop;
-    Log log{LogLevel::Error};
+    common::Log log{common::LogLevel::Error};
     EventBus events;
     RoomTable rooms{{{1, "Hall", "10.0.0.1", 6200, 1}, {2, "Bath", "10.0.0.2", 6200, 1}}};
     RecordingDriver driver;

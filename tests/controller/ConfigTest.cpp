@@ -62,7 +62,7 @@ name = "Line 1"
     EXPECT_EQ(config.musicFolders, (std::vector<std::string>{"/media/a", "/media/b/"}));
     EXPECT_EQ(config.stateFolder, "/var/lib/korvel");
     EXPECT_EQ(config.plugin, "/usr/lib/driver.so");
-    EXPECT_EQ(config.log, LogLevel::Debug);
+    EXPECT_EQ(config.log, common::LogLevel::Debug);
     EXPECT_EQ(config.httpAddress, "127.0.0.2");
     EXPECT_EQ(config.httpPort, 0);
     EXPECT_EQ(config.webFolder, "/usr/share/page");
@@ -155,17 +155,18 @@ TEST(Config, AFileThatCannotBeReadIsAnError) {
     EXPECT_THROW(LoadConfig("/", "/opt"), ConfigError);
 }
 
-TEST(Config, AMusicFolderThatIsNotThereIsAnError) {
+TEST(Config, AMusicFolderMayComeAndGoAPageMayNot) {
     const ScratchFolder folder;
     Config config = Parse("");
-    config.musicFolders = {folder.Path()};
+    config.webFolder = folder.Path();
+    config.musicFolders = {folder.File("missing")};
     EXPECT_NO_THROW(CheckFolders(config));
-    config.musicFolders.push_back(folder.File("missing"));
+    config.webFolder = folder.File("missing");
     try {
         CheckFolders(config);
         FAIL();
     } catch (const ConfigError& error) {
-        EXPECT_EQ(std::string(error.what()), "the music folder " + folder.File("missing") + " is not there");
+        EXPECT_EQ(std::string(error.what()), "the web folder " + folder.File("missing") + " is not there");
     }
 }
 

@@ -19,7 +19,7 @@ protected:
         port.Execute(*kv::CreateCmdMessage("PLAY"), answer);
     }
 
-    Log log{LogLevel::Error, std::fopen("/dev/null", "w")};
+    common::Log log{common::LogLevel::Error, std::fopen("/dev/null", "w")};
     RecordingDriver driver;
     DriverPort port{log};
 };

@@ -77,6 +77,19 @@ TEST_F(HttpLimitsTest, WhatIsNoRequestIsRefused) {
     EXPECT_EQ(Send("GET nowhere HTTP/1.1\r\nHost: localhost").status, 400);
 }
 
+TEST_F(HttpLimitsTest, AHeaderThatIsThereTwiceIsRefused) {
+    const std::string status = "GET /api/status HTTP/1.1\r\nHost: localhost";
+    EXPECT_EQ(Send(status).status, 200);
+    EXPECT_EQ(Send(status + "\r\nHost: localhost").status, 400);
+    EXPECT_EQ(Send(status + "\r\nhost: evil.example").status, 400);
+    const std::string command =
+        "POST /api/command HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/json\r\n";
+    EXPECT_EQ(Send(command + "Content-Length: 2\r\nContent-Length: 2", "{}").status, 400);
+    EXPECT_EQ(Send(command + "Content-Length: 2\r\nContent-Length: 3", "{}").status, 400);
+    EXPECT_EQ(Send(command + "Content-Length: 2, 2", "{}").status, 400);
+    EXPECT_EQ(Send(command + "Content-Length: 2\r\nTransfer-Encoding: chunked", "{}").status, 400);
+}
+
 TEST_F(HttpLimitsTest, AMethodThatDoesNotFitNamesTheOneThatDoes) {
     const RawReply get = house.Get("/api/command");
     EXPECT_EQ(get.status, 405);
@@ -87,27 +100,31 @@ TEST_F(HttpLimitsTest, AMethodThatDoesNotFitNamesTheOneThatDoes) {
 }
 
 TEST_F(HttpLimitsTest, ABusyPortIsOneClearLine) {
-    const Log log(LogLevel::Error);
+    const common::Log log(common::LogLevel::Error);
     Api api(loop.loop, house.GetCore(), "");
     try {
         HttpServer second(loop.loop, api, "127.0.0.1", house.GetPort(), log);
         FAIL();
     } catch (const std::runtime_error& error) {
-        EXPECT_EQ(
-            std::string(error.what()),
-            "cannot serve HTTP on 127.0.0.1:" + std::to_string(house.GetPort()) + ": Address already in use");
+        EXPECT_EQ(std::string(error.what()), "cannot listen on 127.0.0.1:" + std::to_string(house.GetPort()) +
+                                                 ": Address already in use");
     }
 }
 
-TEST_F(HttpLimitsTest, TooManyConnectionsAreClosed) {
+TEST_F(HttpLimitsTest, ConnectionsThatAskNothingKeepNobodyOut) {
     std::vector<tcp::socket> sockets;
-    for (std::size_t i = 0; i < HttpServer::kMaxSessions; ++i) {
+    for (std::size_t i = 0; i < 2 * HttpServer::kMaxSessions; ++i) {
         sockets.emplace_back(loop.loop);
         sockets.back().connect({asio::ip::address_v4::loopback(), house.GetPort()});
+        sockets.back().send(asio::buffer(std::string("GET /api/status HT")));
+        loop.RunReady();
     }
-    EXPECT_EQ(house.Get("/api/status").status, 0);
-    sockets.clear();
-    EXPECT_TRUE(loop.RunUntil([&] { return house.Get("/api/status").status == 200; }));
+    EXPECT_EQ(house.Get("/api/status").status, 200);
+    char byte = 0;
+    bool ended = false;
+    sockets[0].async_read_some(asio::buffer(&byte, 1),
+                               [&](error_code error, std::size_t) { ended = bool(error); });
+    EXPECT_TRUE(loop.RunUntil([&] { return ended; })) << "the oldest gave way";
 }
 
 class EventsTest : public HttpLimitsTest {
@@ -166,6 +183,19 @@ TEST_F(EventsTest, StartWithASnapshotAndGoOnWithChanges) {
     const json lost = ReadType(socket, "server");
     EXPECT_EQ(lost["binding"], 3000);
     EXPECT_EQ(lost["connected"], false);
+}
+
+TEST_F(EventsTest, ListenersKeepNobodyOut) {
+    std::vector<std::unique_ptr<Socket>> listeners;
+    for (std::size_t i = 0; i < HttpServer::kMaxListeners; ++i) {
+        listeners.push_back(std::make_unique<Socket>(loop.loop));
+        ASSERT_FALSE(Connect(*listeners.back()));
+    }
+    Socket further(loop.loop);
+    EXPECT_EQ(Connect(further), beast::websocket::error::upgrade_declined);
+    EXPECT_EQ(house.Get("/api/status").status, 200);
+    listeners.clear();
+    EXPECT_TRUE(loop.RunUntil([&] { return !Connect(*std::make_unique<Socket>(loop.loop)); }));
 }
 
 TEST_F(EventsTest, AForeignPageMayNotListen) {

@@ -181,15 +181,6 @@ TEST_F(HttpTest, TheDriversStateSurvivesARestart) {
     EXPECT_EQ(house->Post("/api/request", R"({"name":"GET_KEPT"})").Json()["reply"], "<kept>kept</kept>");
 }
 
-TEST_F(HttpTest, ACorruptStateIsSetAsideAtStart) {
-    house->Stop();
-    house.reset();
-    state.Write("driver-state.xml", "<test>");
-    StartHouse();
-    EXPECT_EQ(ReadFile(state.File("driver-state.xml.corrupt")), "<test>");
-    EXPECT_EQ(house->Post("/api/request", R"({"name":"GET_KEPT"})").Json()["reply"], "<kept></kept>");
-}
-
 TEST_F(HttpTest, AStateFolderServesOneController) {
     EXPECT_THROW(TestHouse(loop, TestPlugin("WORKING"), {}, state), std::runtime_error);
 }

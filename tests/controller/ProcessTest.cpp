@@ -26,7 +26,7 @@ protected:
 
 TEST_F(ProcessTest, ABadConfigurationIsOneLineAndAFailure) {
     EXPECT_NE(Refusal("colour = 1\n").find("house.toml:1: 'colour' is not a setting"), std::string::npos);
-    EXPECT_NE(Refusal("music = [\"/nowhere\"]\n").find("the music folder /nowhere is not there"),
+    EXPECT_NE(Refusal("[http]\nweb = \"/nowhere\"\n").find("the web folder /nowhere is not there"),
               std::string::npos);
     EXPECT_NE(Refusal(State() + "plugin = \"/nowhere.so\"\n").find("the plug-in /nowhere.so is not there"),
               std::string::npos);

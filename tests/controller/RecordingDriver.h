@@ -8,10 +8,12 @@
 
 namespace korvel::controller {
 
-// A driver that writes down what it is told about bindings and selections and does nothing else.
+// A driver that writes down what it is told about bindings and selections, has the state that it is given,
+// and does nothing else.
 class RecordingDriver final : public IDriver {
 public:
     std::vector<std::string> calls;
+    std::string state; // "" for none
     std::function<void(const std::string&)> onCall;
 
     std::int32_t Initialize(std::uint32_t, KVXML::INode&, KVXML::INode*) override { return 0; }
@@ -33,7 +35,9 @@ public:
     void OnAVAddLocationInfo(const AVParams&, const AV_Class&, const AV_Class&, AVLocationInfo&,
                              AVDriverLocationInfo**) override {}
     bool IsAVOutputToInputValid(const AVParams&, const AV_Class&, const AV_Class&) override { return false; }
-    kv::auto_com<KVXML::INode> GetPersistState(std::uint32_t) override { return nullptr; }
+    kv::auto_com<KVXML::INode> GetPersistState(std::uint32_t) override {
+        return state.empty() ? nullptr : KVXML::CreateXmlNode("state", state);
+    }
     std::int32_t ExecuteCommand(const ICmdMessage& message, ICmdReturn*, std::uint32_t) override {
         Record(message.GetName());
         return 0;

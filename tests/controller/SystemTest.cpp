@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "TestHouse.h"
 #include "host/RealSystem.h"
@@ -10,7 +12,7 @@ namespace korvel::controller {
 namespace {
 
 TEST(RealSystem, KnowsTheAddressesOfThisMachine) {
-    const Log log(LogLevel::Error);
+    const common::Log log(common::LogLevel::Error);
     RealSystem system(log);
     EXPECT_TRUE(system.IsLocalIPv4("127.0.0.1"));
     EXPECT_TRUE(system.IsLocalIPv4("127.9.9.9"));
@@ -20,7 +22,7 @@ TEST(RealSystem, KnowsTheAddressesOfThisMachine) {
 }
 
 TEST(RealSystem, TheSameSeedGivesTheSameNumbers) {
-    const Log log(LogLevel::Error);
+    const common::Log log(common::LogLevel::Error);
     RealSystem system(log);
     system.SeedRandom(7);
     const std::int32_t first = system.Random();
@@ -29,18 +31,25 @@ TEST(RealSystem, TheSameSeedGivesTheSameNumbers) {
     EXPECT_GE(first, 0);
 }
 
-TEST(Log, WritesOneLineWhateverTheText) {
-    const ScratchFolder folder;
-    std::FILE* sink = std::fopen(folder.File("log").c_str(), "w");
-    const Log log(LogLevel::Info, sink);
-    log.Info("two\r\nlines\r\n");
-    log.Debug("not this one");
-    log.Error(std::string(2 * kMaxLogLine, 'a'));
-    std::fclose(sink);
-    const std::string text = ReadFile(folder.File("log"));
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2);
-    EXPECT_NE(text.find("info    two  lines\n"), std::string::npos);
-    EXPECT_LT(text.size(), kMaxLogLine + 200);
+TEST(RealSystem, ADriverThatRepeatsItselfHidesNothingElse) {
+    std::FILE* const file = std::tmpfile();
+    {
+        const common::Log log(common::LogLevel::Info, file);
+        RealSystem system(log);
+        for (int i = 0; i < 1000; ++i) {
+            system.RecordAssert("noisy.cpp", 7, "");
+            system.Log(1, "room 1 is noisy");
+        }
+        system.RecordAssert("quiet.cpp", 8, "");
+        system.Log(1, "room 2 says something");
+    }
+    std::rewind(file);
+    std::string text(1 << 20, '\0');
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    std::fclose(file);
+    EXPECT_NE(text.find("assertion failed at quiet.cpp:8\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("driver [1] room 2 says something\n"), std::string::npos) << text;
+    EXPECT_LT(std::ranges::count(text, '\n'), 1000) << "what repeats itself is counted";
 }
 
 TEST(EventBus, AListenerMayRemoveItself) {

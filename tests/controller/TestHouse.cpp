@@ -1,5 +1,6 @@
 #include "TestHouse.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
@@ -34,6 +35,17 @@ ScratchFolder::~ScratchFolder() {
 std::string ScratchFolder::Write(const std::string& name, const std::string& text) const {
     std::ofstream(File(name), std::ios::binary) << text;
     return File(name);
+}
+
+std::vector<std::string> ScratchFolder::Names(const std::string& folder, const std::string& start) const {
+    std::vector<std::string> names;
+    std::error_code failed;
+    for (const auto& entry : std::filesystem::directory_iterator(File(folder), failed)) {
+        if (entry.path().filename().string().starts_with(start))
+            names.push_back(entry.path().filename().string());
+    }
+    std::ranges::sort(names);
+    return names;
 }
 
 std::string ReadFile(const std::string& path) {
@@ -136,6 +148,8 @@ void ScriptedServer::Answer(Connection&, const std::string& line) {
         Send(number + (refused ? " NO " : " OK ") + command + " " + stream + "\r\n");
     if (command == "addmed" && !refused && !m_end.empty())
         Send("* addmed " + m_end + "=" + stream + (m_reason.empty() ? "" : " " + m_reason) + "\r\n");
+    else if (command == "addmed" && !refused && line.find("stream-http") != std::string::npos)
+        Send("* SYS STREAM=" + stream + " streamStatus:playing\r\n");
 }
 
 bool ScriptedServer::Heard(const std::string& text) const {
@@ -190,6 +204,22 @@ void TestHouse::Stop() {
     m_core->Stop();
 }
 
+std::string PostText(const std::string& target, const std::string& body) {
+    return "POST " + target + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nContent-Type: " +
+           "application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
+RawReply ParseReply(const std::string& bytes) {
+    RawReply reply;
+    const std::size_t end = bytes.find("\r\n\r\n");
+    if (bytes.rfind("HTTP/1.1 ", 0) == 0 && end != std::string::npos) {
+        reply.status = std::atoi(bytes.c_str() + 9);
+        reply.head = bytes.substr(0, end);
+        reply.body = bytes.substr(end + 4);
+    }
+    return reply;
+}
+
 RawReply TestHouse::Exchange(const std::string& bytes) {
     tcp::socket socket(m_loop.loop);
     socket.connect({kLoopback, GetPort()});
@@ -198,17 +228,10 @@ RawReply TestHouse::Exchange(const std::string& bytes) {
     asio::async_write(socket, asio::buffer(bytes), [](error_code, std::size_t) {});
     asio::async_read(socket, asio::dynamic_buffer(answer), [&](error_code, std::size_t) { over = true; });
     EXPECT_TRUE(m_loop.RunUntil([&] { return over; })) << "no end of: " << answer;
-    RawReply reply;
-    const std::size_t end = answer.find("\r\n\r\n");
-    if (answer.rfind("HTTP/1.1 ", 0) == 0 && end != std::string::npos) {
-        reply.status = std::atoi(answer.c_str() + 9);
-        reply.head = answer.substr(0, end);
-        reply.body = answer.substr(end + 4);
-    }
     error_code ignored;
     socket.close(ignored);
     m_loop.RunReady();
-    return reply;
+    return ParseReply(answer);
 }
 
 RawReply TestHouse::Get(const std::string& target) {
@@ -216,8 +239,7 @@ RawReply TestHouse::Get(const std::string& target) {
 }
 
 RawReply TestHouse::Post(const std::string& target, const std::string& body) {
-    return Exchange("POST " + target + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nContent-Type: " +
-                    "application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+    return Exchange(PostText(target, body));
 }
 
 RawReply TestHouse::Command(const std::string& name, const nlohmann::json& parameters) {

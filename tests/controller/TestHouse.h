@@ -25,6 +25,8 @@ public:
     std::string File(const std::string& name) const { return m_path + "/" + name; }
     // Writes a file in the folder and returns its path.
     std::string Write(const std::string& name, const std::string& text) const;
+    // The names in `folder`, a folder in this one, that begin with `start`, in order.
+    std::vector<std::string> Names(const std::string& folder, const std::string& start) const;
 
 private:
     std::string m_path;
@@ -46,7 +48,7 @@ public:
 };
 
 // An audio server on the loop: takes one connection at a time, remembers every line and answers as a real one
-// would.
+// would. Stations play at once.
 class ScriptedServer {
 public:
     explicit ScriptedServer(TestLoop& loop);
@@ -103,6 +105,10 @@ struct RawReply {
     nlohmann::json Json() const { return nlohmann::json::parse(body, nullptr, false); }
 };
 
+// What is sent for a request, after whose answer the connection ends, and what comes back.
+std::string PostText(const std::string& target, const std::string& body);
+RawReply ParseReply(const std::string& bytes);
+
 // A core with its HTTP server, on a scratch folder and a free port.
 class TestHouse {
 public:
@@ -126,7 +132,7 @@ public:
 
 private:
     TestLoop& m_loop;
-    Log m_log{LogLevel::Error};
+    common::Log m_log{common::LogLevel::Error};
     std::unique_ptr<Core> m_core;
     std::unique_ptr<Api> m_api;
     std::unique_ptr<HttpServer> m_http;

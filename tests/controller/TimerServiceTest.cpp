@@ -19,7 +19,7 @@ protected:
     }
 
     TestLoop loop;
-    Log log{LogLevel::Error};
+    common::Log log{common::LogLevel::Error};
     RecordingDriver driver;
     DriverPort port{log};
     TimerService timers{loop.loop, port};

@@ -350,9 +350,8 @@ TEST_P(QueueModel, AgreesAtEveryStep) {
         Step();
         if (!HasFatalFailure())
             CompareState();
-        if (HasFatalFailure()) {
+        if (HasFatalFailure())
             FAIL() << "seed " << GetParam() << ", step " << step << ", after: " << m_trace;
-        }
         Out();
     }
 }

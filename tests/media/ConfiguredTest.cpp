@@ -1,7 +1,9 @@
 // Stations and line inputs that somebody set up.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include "Songs.h"
+#include "TempFolder.h"
 #include "media/MediaDatabase.h"
 
 namespace korvel::media {
@@ -69,6 +71,35 @@ TEST_F(ConfiguredTest, OtherAlbumsAreLeftAlone) {
     database.SetInputs({});
     EXPECT_FALSE(database.FindAlbum(10));
     EXPECT_EQ(database.FindAlbum(9)->songs, (Ids{5}));
+}
+
+// How often others have changed the file, as far as this connection knows.
+int Changes(sqlite3* database) {
+    sqlite3_stmt* statement = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(database, "PRAGMA data_version", -1, &statement, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_step(statement), SQLITE_ROW);
+    const int changes = sqlite3_column_int(statement, 0);
+    sqlite3_finalize(statement);
+    return changes;
+}
+
+// A house starts on a full disk, too.
+TEST(Configured, WhatIsAsItWasIsNotWritten) {
+    const TempFolder folder;
+    MediaDatabase library(folder / "media.db");
+    const std::vector<StationRecord> stations = {{0, "http://a", "Ann", "Jazz", ""},
+                                                 {0, "http://b", "Bob", "", "b"}};
+    library.SetStations(stations);
+    library.SetInputs({"Tape", "Aux"});
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open((folder / "media.db").c_str(), &other), SQLITE_OK);
+    const int before = Changes(other);
+    library.SetStations(stations);
+    library.SetInputs({"Tape", "Aux"});
+    EXPECT_EQ(Changes(other), before);
+    library.SetStations({stations[0]});
+    EXPECT_NE(Changes(other), before);
+    sqlite3_close(other);
 }
 
 } // namespace

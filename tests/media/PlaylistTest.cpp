@@ -1,6 +1,8 @@
 // Saving, renaming and deleting playlists as drivers do.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "Songs.h"
 #include "StatementCount.h"
 #include "media/MediaDatabase.h"
@@ -36,6 +38,26 @@ protected:
 
     MediaDatabase database{":memory:"};
 };
+
+TEST_F(Playlists, ThatAreChangedTogetherAreChangedAllOrNone) {
+    int told = 0;
+    database.SetChangeListener([&](const std::exception*) { ++told; });
+    database.AsOneChange([&] {
+        database.CreatePlaylist(kDevice, "One", {});
+        database.AsOneChange([&] { database.CreatePlaylist(kDevice, "Two", {}); });
+    });
+    EXPECT_EQ(database.ListPlaylists({}).total, 2u);
+    EXPECT_EQ(told, 1);
+    EXPECT_THROW(database.AsOneChange([&] {
+        database.CreatePlaylist(kDevice, "Three", {});
+        throw std::runtime_error("stop");
+    }),
+                 std::runtime_error);
+    EXPECT_EQ(database.ListPlaylists({}).total, 2u);
+    EXPECT_EQ(told, 1) << "whoever stopped it knows";
+    database.CreatePlaylist(kDevice, "Three", {});
+    EXPECT_EQ(told, 2);
+}
 
 TEST_F(Playlists, KeepItemsOfEveryTypeInOrder) {
     const std::vector<MediaItem> items = {{1, "", 1050, 0},        {2, "Tra.1", 0, 0},

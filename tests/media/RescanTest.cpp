@@ -22,6 +22,7 @@ protected:
         std::ofstream(path, std::ios::binary | std::ios::trunc) << std::string(size, 'x');
         fs::last_write_time(path, time);
     }
+    Presence PresenceOf(const std::string& name) { return SongAt(name).value().presence; }
     using Texts = std::vector<std::string>;
 };
 
@@ -37,7 +38,7 @@ TEST_F(Rescan, ReadsNoFileThatHasNotChanged) {
     const ScanProgress last = Scan();
     EXPECT_EQ(last.filesSeen, 1u);
     EXPECT_EQ(last.filesDone, 1u);
-    EXPECT_EQ(last.added + last.changed + last.removed + last.broken, 0u);
+    EXPECT_EQ(last.added + last.changed + last.missing + last.broken, 0u);
     EXPECT_EQ(SongAt("a.wav")->title, "Blue");
     EXPECT_EQ(IdAt("a.wav"), id);
 }
@@ -70,18 +71,60 @@ TEST_F(Rescan, NoticesATimeThatChangedAlone) {
     EXPECT_EQ(Scan().changed, 0u);
 }
 
-TEST_F(Rescan, RemovesWhatIsGone) {
-    PutWav("a.wav", {{"ALBUM", "Gone"}});
+TEST_F(Rescan, MarksWhatIsGoneAndTakesItBackAsItWas) {
+    const std::string path = PutWav("a.wav", {{"TITLE", "Blue"}, {"ALBUM", "Gone"}});
     PutWav("b.wav", {{"ALBUM", "Here"}});
     Scan();
     const std::uint32_t gone = IdAt("a.wav");
+    const SongRecord before = SongAt("a.wav").value();
     database->PutPlaylist(1, 100002, "Mine", {{1, "", gone, 0}, {1, "", IdAt("b.wav"), 0}});
-    Remove("a.wav");
+    fs::rename(path, folder / "elsewhere.wav");
+    EXPECT_EQ(Scan().missing, 1u);
+    EXPECT_EQ(PresenceOf("a.wav"), Presence::Gone);
+    EXPECT_EQ(PresenceOf("b.wav"), Presence::Here);
+    EXPECT_EQ(database->ListAlbums({}).total, 2u);
+    EXPECT_EQ(database->GetPlaylistSongs(1).size(), 2u);
+
+    fs::rename(folder / "elsewhere.wav", path);
     const ScanProgress last = Scan();
-    EXPECT_EQ(last.removed, 1u);
-    EXPECT_EQ(Locations(), (Texts{"b.wav"}));
-    EXPECT_EQ(database->ListAlbums({}).total, 1u);
-    EXPECT_EQ(database->GetPlaylistSongs(1).size(), 1u);
+    EXPECT_EQ(last.missing + last.added + last.changed, 0u);
+    const SongRecord again = SongAt("a.wav").value();
+    EXPECT_EQ(again.presence, Presence::Here);
+    EXPECT_EQ(again.id, gone);
+    EXPECT_EQ(again.title, before.title);
+    EXPECT_EQ(again.album, before.album);
+}
+
+TEST_F(Rescan, TakesBackAFileThatChangedMeanwhile) {
+    const std::string path = PutWav("a.wav", {{"TITLE", "Old"}});
+    Scan();
+    const std::uint32_t id = IdAt("a.wav");
+    Remove("a.wav");
+    PutWav("b.wav");
+    Scan();
+    PutWav("a.wav", {{"TITLE", "New"}}, 200);
+    EXPECT_EQ(Scan().changed, 1u);
+    EXPECT_EQ(IdAt("a.wav"), id);
+    EXPECT_EQ(SongAt("a.wav")->title, "New");
+    EXPECT_EQ(PresenceOf("a.wav"), Presence::Here);
+}
+
+TEST_F(Rescan, ForgetsWhatIsGoneOnRequestAlone) {
+    PutWav("a.wav", {{"ALBUM", "Gone"}});
+    PutWav("b.wav", {{"ALBUM", "Here"}});
+    PutWav("disk/c.wav", {{"ALBUM", "Away"}});
+    Scan();
+    const std::uint32_t gone = IdAt("a.wav");
+    database->PutPlaylist(1, 100002, "Mine",
+                          {{1, "", gone, 0}, {1, "", IdAt("b.wav"), 0}, {1, "", IdAt("disk/c.wav"), 0}});
+    Remove("a.wav");
+    Remove("disk/c.wav");
+    EXPECT_EQ(Scan().missing, 2u);
+    EXPECT_EQ(database->ForgetGoneSongs(), 1u);
+    EXPECT_EQ(database->CountSongs(Presence::Away), 1u);
+    EXPECT_EQ(Locations(), (Texts{"b.wav", "disk/c.wav"}));
+    EXPECT_EQ(database->ListAlbums({}).total, 2u);
+    EXPECT_EQ(database->GetPlaylistSongs(1).size(), 2u);
     // The same path again is another song.
     PutWav("a.wav");
     Scan();
@@ -92,18 +135,46 @@ TEST_F(Rescan, KeepsTheSongsOfAFolderThatIsNotThere) {
     PutWav("a.wav");
     Scan();
     fs::rename(music, folder / "unplugged");
-    EXPECT_EQ(Scan().removed, 0u);
+    EXPECT_EQ(Scan().missing, 1u);
     EXPECT_TRUE(HasMessage("Cannot scan " + music));
-    EXPECT_EQ(Locations(), (Texts{"a.wav"}));
+    EXPECT_EQ(PresenceOf("a.wav"), Presence::Away);
     // An empty folder stands where a disk will be mounted.
     fs::create_directory(music);
-    EXPECT_EQ(Scan().removed, 0u);
-    EXPECT_TRUE(HasMessage("it is empty"));
-    EXPECT_EQ(Locations(), (Texts{"a.wav"}));
+    const ScanProgress empty = Scan();
+    EXPECT_EQ(empty.missing, 1u);
+    ASSERT_EQ(empty.away.size(), 1u);
+    EXPECT_EQ(empty.away[0].path, music);
+    EXPECT_EQ(empty.away[0].reason, "it is empty, as when a disk is not mounted");
+    EXPECT_EQ(PresenceOf("a.wav"), Presence::Away);
     fs::remove(music);
     fs::rename(folder / "unplugged", music);
     const ScanProgress last = Scan();
-    EXPECT_EQ(last.added + last.changed + last.removed, 0u);
+    EXPECT_EQ(last.added + last.changed + last.missing, 0u);
+    EXPECT_TRUE(last.away.empty());
+    EXPECT_EQ(PresenceOf("a.wav"), Presence::Here);
+}
+
+TEST_F(Rescan, KeepsTheSongsOfAMountPointThatIsEmptyToday) {
+    PutWav("here.wav");
+    PutWav("disk/x/a.wav");
+    folder.Make("music/never-used");
+    Scan();
+    fs::rename(music + "/disk", folder / "unplugged");
+    folder.Make("music/disk");
+    const ScanProgress last = Scan();
+    EXPECT_EQ(last.missing, 1u);
+    ASSERT_EQ(last.away.size(), 1u);
+    EXPECT_EQ(last.away[0].path, music + "/disk");
+    EXPECT_EQ(PresenceOf("disk/x/a.wav"), Presence::Away);
+    EXPECT_EQ(database->ForgetGoneSongs(), 0u);
+    EXPECT_EQ(Locations(), (Texts{"disk/x/a.wav", "here.wav"}));
+}
+
+TEST_F(Rescan, ListsSomeOfThePlacesThatAreAway) {
+    PutWav("a.wav");
+    for (std::size_t i = 0; i <= MediaScanner::kMaxAwayPlaces; ++i)
+        fs::create_symlink(folder / "nowhere", music + "/disk " + std::to_string(i));
+    EXPECT_EQ(Scan().away.size(), MediaScanner::kMaxAwayPlaces);
 }
 
 TEST_F(Rescan, KeepsTheSongsBehindALinkToNowhere) {
@@ -115,17 +186,18 @@ TEST_F(Rescan, KeepsTheSongsBehindALinkToNowhere) {
     PutWav("disk2.wav"); // no part of the folder, though its name begins so
     Scan();
     Remove("disk2.wav");
-    const ScanProgress last = Scan();
-    EXPECT_EQ(last.removed, 1u);
-    EXPECT_EQ(Locations(), (Texts{"b.wav", "disk/a.wav"}));
+    Scan();
+    EXPECT_EQ(PresenceOf("disk/a.wav"), Presence::Away);
+    EXPECT_EQ(PresenceOf("disk2.wav"), Presence::Gone);
 }
 
-TEST_F(Rescan, RemovesTheSongsOfAFolderThatIsNoLongerAskedFor) {
+TEST_F(Rescan, MarksTheSongsOfAFolderThatIsNoLongerAskedFor) {
     PutWav("x/a.wav");
     PutWav("y/b.wav");
     Scan({{music + "/x", kDevice}, {music + "/y", kDevice + 1}});
-    EXPECT_EQ(Scan({{music + "/y", kDevice + 1}}).removed, 1u);
-    EXPECT_EQ(Locations(), (Texts{"y/b.wav"}));
+    EXPECT_EQ(Scan({{music + "/y", kDevice + 1}}).missing, 1u);
+    EXPECT_EQ(PresenceOf("x/a.wav"), Presence::Gone);
+    EXPECT_EQ(PresenceOf("y/b.wav"), Presence::Here);
 }
 
 TEST_F(Rescan, KeepsTheIdsWhenAFolderGetsAnotherDevice) {
@@ -146,7 +218,7 @@ TEST_F(Rescan, LeavesSongsPutByHandAlone) {
     database->PutAlbum({1, "By hand", "", {5}});
     database->PutAlbum({2, "Line in", "line1", {}});
     PutWav("a.wav");
-    EXPECT_EQ(Scan().removed, 0u);
+    EXPECT_EQ(Scan().missing, 0u);
     EXPECT_TRUE(database->FindSong(5));
     EXPECT_EQ(database->FindAlbum(1)->songs, (std::vector<std::uint32_t>{5}));
     EXPECT_TRUE(database->FindAlbum(2));

@@ -18,7 +18,7 @@ ScanProgress ScanHarness::Scan(const std::vector<ScanFolder>& folders) {
     phases.clear();
     Signal over;
     ScanProgress last;
-    MediaScanner scanner(databasePath, [&](const ScanProgress& progress) {
+    const auto listen = [&](const ScanProgress& progress) {
         if (!progress.message.empty())
             messages.push_back(progress.message);
         if (phases.empty() || phases.back() != progress.phase)
@@ -27,7 +27,8 @@ ScanProgress ScanHarness::Scan(const std::vector<ScanFolder>& folders) {
             return;
         last = progress;
         over.Set();
-    });
+    };
+    MediaScanner scanner(databasePath, listen, std::make_unique<FileReader>(program, patience));
     if (!scanner.Start(folders) || !over.Wait())
         throw std::runtime_error("the scan does not end");
     return last;

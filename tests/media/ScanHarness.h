@@ -11,6 +11,7 @@
 
 #include "AudioFiles.h"
 #include "TempFolder.h"
+#include "media/FileReader.h"
 #include "media/MediaDatabase.h"
 #include "media/MediaScanner.h"
 
@@ -41,6 +42,9 @@ public:
     std::string music;
     std::string databasePath;
     std::unique_ptr<korvel::media::MediaDatabase> database;
+    // The reader of the next scans.
+    std::string program = korvel::media::FileReader::DefaultProgram();
+    std::chrono::milliseconds patience = korvel::media::FileReader::kPatience;
     std::vector<std::string> messages;
     std::vector<korvel::media::ScanPhase> phases; // each once, in order
 };

@@ -17,7 +17,7 @@ protected:
     }
 };
 
-TEST_F(ScannerThread, StopsWhenCancelledAndRemovesNothing) {
+TEST_F(ScannerThread, StopsWhenCancelledAndMarksNothing) {
     PutMany(300);
     PutWav("gone.wav");
     Scan();
@@ -43,10 +43,10 @@ TEST_F(ScannerThread, StopsWhenCancelledAndRemovesNothing) {
         ASSERT_TRUE(over.Wait());
         EXPECT_EQ(last.phase, ScanPhase::Cancelled);
         EXPECT_EQ(last.filesDone, 0u);
-        EXPECT_EQ(last.removed, 0u);
+        EXPECT_EQ(last.missing, 0u);
         EXPECT_FALSE(scanner.IsRunning());
     }
-    EXPECT_NE(IdAt("gone.wav"), 0u);
+    EXPECT_EQ(SongAt("gone.wav")->presence, Presence::Here);
 }
 
 TEST_F(ScannerThread, CanStartAgainAsSoonAsItIsOver) {

@@ -30,6 +30,14 @@ std::vector<std::uint32_t> MatchNames(Connection& connection, const char* sql,
     return ids;
 }
 
+bool IsSame(const StationRecord& a, const StationRecord& b) {
+    return a.location == b.location && a.name == b.name && a.genre == b.genre && a.image == b.image;
+}
+
+bool IsInput(const AlbumRecord& album, const std::string& name) {
+    return album.title == name && album.inputName == name && album.songs.empty();
+}
+
 } // namespace
 
 void MediaDatabase::SetStations(const std::vector<StationRecord>& stations) {
@@ -44,7 +52,9 @@ void MediaDatabase::SetStations(const std::vector<StationRecord>& stations) {
         for (std::size_t i = 0; i < stations.size(); ++i) {
             StationRecord station = stations[i];
             station.id = ids[i];
-            PutStation(station);
+            const auto before = FindStation(station.id);
+            if (!before || !IsSame(*before, station))
+                PutStation(station);
         }
     });
 }
@@ -56,8 +66,11 @@ std::vector<std::uint32_t> MediaDatabase::SetInputs(const std::vector<std::strin
         ids = MatchNames(*m_connection, kInputNames, names, rest);
         for (const std::uint32_t id : rest)
             m_connection->Prepare("DELETE FROM albums WHERE id = ?").Bind(id).Run();
-        for (std::size_t i = 0; i < names.size(); ++i)
-            ids[i] = PutAlbum({ids[i], names[i], names[i], {}});
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            const auto before = FindAlbum(ids[i]);
+            if (!before || !IsInput(*before, names[i]))
+                ids[i] = PutAlbum({ids[i], names[i], names[i], {}});
+        }
     });
     return ids;
 }

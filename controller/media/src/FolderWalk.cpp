@@ -1,15 +1,12 @@
 #include "FolderWalk.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <string_view>
 
 #include "FolderPicture.h"
+#include "common/Text.h"
 
 namespace korvel::media {
 
@@ -29,19 +26,16 @@ bool IsMusicFile(const std::string& name) {
 
 // A line to the audio server ends at a line end and a path in it at a double quote.
 bool FitsIntoLine(const std::string& name) {
-    return std::none_of(name.begin(), name.end(), [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return byte < 0x20 || byte == 0x7F || c == '"';
-    });
-}
-
-std::int64_t TimeNs(const struct stat& status) {
-    return static_cast<std::int64_t>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec;
+    return !common::HasControl(name) && name.find('"') == std::string::npos;
 }
 
 std::string Join(const std::string& folder, const std::string& name) {
     return folder == "/" ? folder + name : folder + "/" + name;
 }
+
+constexpr const char* kHangs = "its disk does not answer";
+// Of what may be in any.
+constexpr std::uint64_t kNoFileSystem = 0;
 
 std::string NormalPath(const std::string& path) {
     std::error_code error;
@@ -55,24 +49,20 @@ std::string NormalPath(const std::string& path) {
 
 } // namespace
 
-FolderWalk::FolderWalk(std::stop_token stop, std::function<void(const std::string&)> found,
-                       std::function<void(const std::string&)> skipped)
-    : m_stop(std::move(stop)), m_found(std::move(found)), m_skipped(std::move(skipped)) {}
+FolderWalk::FolderWalk(FileReader& reader, std::stop_token stop, Listener listener)
+    : m_reader(reader), m_stop(std::move(stop)), m_listener(std::move(listener)) {}
 
 void FolderWalk::Walk(const ScanFolder& folder) {
     m_deviceId = folder.deviceId;
     const std::string root = NormalPath(folder.path);
-    struct stat status {};
-    if (::stat(root.c_str(), &status) != 0)
-        return GiveUp(root, std::strerror(errno));
-    if (!S_ISDIR(status.st_mode))
+    const auto status = Look(root, kNoFileSystem);
+    if (!status)
+        return;
+    if (status->type != FileType::Folder)
         return GiveUp(root, "it is not a folder");
     if (!FitsIntoLine(root))
         return GiveUp(root, "its name has a control character or a double quote");
-    std::error_code error;
-    if (fs::is_empty(root, error) && !error)
-        return GiveUp(root, "it is empty, as when a disk is not mounted");
-    Enter(root, 0);
+    Enter(root, *status, 0);
     for (std::size_t i = 0; i < m_links.size() && !m_stop.stop_requested(); ++i) {
         const Link link = m_links[i]; // the list grows meanwhile
         FollowLink(link.path, link.depth, link.folderHasPicture);
@@ -80,109 +70,146 @@ void FolderWalk::Walk(const ScanFolder& folder) {
     m_links.clear();
 }
 
-bool FolderWalk::IsUnknown(const std::string& location) const {
-    return m_full || std::any_of(m_unknown.begin(), m_unknown.end(), [&](const std::string& path) {
-               return location.starts_with(path) &&
-                      (location.size() == path.size() || path == "/" || location[path.size()] == '/');
-           });
+bool FolderWalk::IsAway(const std::string& location) const {
+    if (m_away.contains("/"))
+        return true;
+    for (std::size_t end = location.size(); end != std::string::npos && end > 0;
+         end = location.rfind('/', end - 1)) {
+        if (m_away.contains(location.substr(0, end)))
+            return true;
+    }
+    return false;
 }
 
-void FolderWalk::Enter(const std::string& path, int depth) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0)
-        return GiveUp(path, std::strerror(errno));
-    if (!m_seenFolders.emplace(status.st_dev, status.st_ino).second)
+bool FolderWalk::Hangs(std::uint64_t fileSystem) const {
+    const auto found = m_stalls.find(fileSystem);
+    return found != m_stalls.end() && found->second >= kMaxStalls;
+}
+
+std::optional<FileStatus> FolderWalk::Look(const std::string& path, std::uint64_t within) {
+    auto answer = m_reader.Look(path);
+    if (answer.outcome == FileReader::Outcome::Done)
+        return answer.value;
+    GiveUp(path, within, answer.outcome, answer.why);
+    return std::nullopt;
+}
+
+void FolderWalk::Enter(const std::string& path, const FileStatus& status, int depth) {
+    if (!m_seenFolders.emplace(status.fileSystem, status.number).second)
         return;
     if (depth > MediaScanner::kMaxFolderDepth)
         return GiveUp(path, "it is nested too deep");
     Names names;
-    if (!ListNames(path, names))
+    if (!ListNames(path, status.fileSystem, names))
         return;
-    for (const std::string& name : names.files)
-        AddFile(Join(path, name), false, names.hasPicture);
+    if (names.empty && (depth == 0 || m_listener.hasSongs(path)))
+        return GiveUp(path, "it is empty, as when a disk is not mounted");
+    AddFiles(path, names, status.fileSystem);
     for (const std::string& name : names.links)
         m_links.push_back({Join(path, name), depth + 1, names.hasPicture});
     for (const std::string& name : names.folders) {
         if (m_stop.stop_requested())
             return;
-        Enter(Join(path, name), depth + 1);
+        if (Hangs(status.fileSystem))
+            return GiveUp(path, kHangs);
+        // It may be another file system, and hang alone.
+        if (const auto next = Look(Join(path, name), status.fileSystem))
+            Enter(Join(path, name), *next, depth + 1);
     }
 }
 
-bool FolderWalk::ListNames(const std::string& path, Names& names) {
-    std::error_code error;
-    fs::directory_iterator entry(path, error);
-    while (!error && entry != fs::directory_iterator() && !m_stop.stop_requested()) {
-        SortOut(path, entry->path().filename().native(), names);
-        entry.increment(error);
-    }
-    if (error) {
-        GiveUp(path, error.message());
+bool FolderWalk::ListNames(const std::string& path, std::uint64_t within, Names& names) {
+    if (Hangs(within)) {
+        GiveUp(path, kHangs);
         return false;
     }
+    const auto answer = m_reader.List(path);
+    if (answer.outcome != FileReader::Outcome::Done) {
+        GiveUp(path, within, answer.outcome, answer.why);
+        return false;
+    }
+    for (const FolderEntry& entry : answer.value)
+        SortOut(path, entry, names);
     // In the order of their names, so that new songs get their ids in it.
     for (auto* list : {&names.files, &names.folders, &names.links})
         std::sort(list->begin(), list->end());
     return true;
 }
 
-void FolderWalk::SortOut(const std::string& folder, const std::string& name, Names& names) {
+void FolderWalk::SortOut(const std::string& folder, const FolderEntry& entry, Names& names) {
+    names.empty = false;
+    const std::string& name = entry.name;
     // Hidden files: among them the shadows that some systems leave beside every file.
     if (name.starts_with('.'))
         return;
     names.hasPicture = names.hasPicture || FolderPictureRank(name) >= 0;
-    const std::string path = Join(folder, name);
-    struct stat status {};
-    if (::lstat(path.c_str(), &status) != 0) {
-        if (errno != ENOENT)
-            GiveUp(path, std::strerror(errno));
-        return;
-    }
-    const bool link = S_ISLNK(status.st_mode);
-    const bool isFolder = S_ISDIR(status.st_mode);
-    const bool music = S_ISREG(status.st_mode) && IsMusicFile(name);
+    const bool link = entry.type == FileType::Link;
+    const bool isFolder = entry.type == FileType::Folder;
+    const bool music = entry.type == FileType::File && IsMusicFile(name);
     if (!link && !isFolder && !music)
         return;
     if (!FitsIntoLine(name)) {
-        m_skipped(path + " is left out: its name has a control character or a double quote");
+        m_listener.skipped(Join(folder, name) +
+                           " is left out: its name has a control character or a double quote");
         return;
     }
     (link ? names.links : isFolder ? names.folders : names.files).push_back(name);
 }
 
-void FolderWalk::AddFile(const std::string& path, bool isLink, bool folderHasPicture) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0)
-        return GiveUp(path, std::strerror(errno));
+void FolderWalk::AddFiles(const std::string& folder, const Names& names, std::uint64_t within) {
+    for (const std::string& name : names.files) {
+        if (m_stop.stop_requested())
+            return;
+        if (Hangs(within))
+            return GiveUp(folder, kHangs);
+        const std::string path = Join(folder, name);
+        // It may be another thing by now, such as a pipe.
+        const auto status = Look(path, within);
+        if (status && status->type == FileType::File)
+            AddFile(path, *status, false, names.hasPicture);
+    }
+}
+
+void FolderWalk::AddFile(const std::string& path, const FileStatus& status, bool isLink,
+                         bool folderHasPicture) {
     // Hard links are files in their own right; a symbolic link to a file that is there anyway is not.
-    const bool seen = !m_seenFiles.emplace(status.st_dev, status.st_ino).second;
+    const bool seen = !m_seenFiles.emplace(status.fileSystem, status.number).second;
     if (seen && isLink)
         return;
     if (m_files.size() >= MediaScanner::kMaxFiles) {
         if (!m_full)
-            m_skipped(path + " and all further files are left out: there are too many");
+            m_listener.skipped(path + " and all further files are left out: there are too many");
         m_full = true;
         return;
     }
-    m_files.push_back(
-        {path, m_deviceId, static_cast<std::uint64_t>(status.st_size), TimeNs(status), folderHasPicture});
-    m_found(path);
+    m_files.push_back({path, status.fileSystem, m_deviceId, status.size, status.timeNs, folderHasPicture});
+    m_listener.found(path);
 }
 
 void FolderWalk::FollowLink(const std::string& path, int depth, bool folderHasPicture) {
-    struct stat status {};
     // A link to nowhere may lead to a disk that is not mounted now.
-    if (::stat(path.c_str(), &status) != 0)
-        return GiveUp(path, std::strerror(errno));
-    if (S_ISDIR(status.st_mode))
-        Enter(path, depth);
-    else if (S_ISREG(status.st_mode) && IsMusicFile(path))
-        AddFile(path, true, folderHasPicture);
+    const auto status = Look(path, kNoFileSystem);
+    if (!status)
+        return;
+    if (status->type == FileType::Folder)
+        Enter(path, *status, depth);
+    else if (status->type == FileType::File && IsMusicFile(path))
+        AddFile(path, *status, true, folderHasPicture);
+}
+
+void FolderWalk::GiveUp(const std::string& path, std::uint64_t within, FileReader::Outcome outcome,
+                        const std::string& why) {
+    if (outcome == FileReader::Outcome::Cancelled)
+        return;
+    if (outcome == FileReader::Outcome::Stalled)
+        NoteStall(within);
+    GiveUp(path, why);
 }
 
 void FolderWalk::GiveUp(const std::string& path, const std::string& why) {
-    m_unknown.push_back(path);
-    m_skipped("Cannot scan " + path + ": " + why);
+    m_away.insert(path);
+    m_listener.away({path, why});
+    m_listener.skipped("Cannot scan " + path + ": " + why);
 }
 
 } // namespace korvel::media

@@ -3,9 +3,11 @@
 
 #include <stdexcept>
 
+#include "ChangeUnit.h"
 #include "Rows.h"
 #include "Schema.h"
 #include "Sqlite.h"
+#include "media/DatabaseError.h"
 #include "media/Utf8.h"
 
 namespace korvel::media {
@@ -20,31 +22,54 @@ void CheckId(std::uint32_t id) {
 constexpr const char* kPutSong =
     "INSERT INTO songs (id, location, device_id, title, artist, album, album_artist, genre, image, track, "
     "disc,"
-    " duration_ms, file_size, file_time, title_folded, folded)"
-    " VALUES (NULLIF(?, 0), ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
+    " duration_ms, file_size, file_time, title_folded, folded, presence)"
+    " VALUES (NULLIF(?, 0), ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
     " ON CONFLICT (id) DO UPDATE SET location = excluded.location, device_id = excluded.device_id,"
     " title = excluded.title, artist = excluded.artist, album = excluded.album,"
     " album_artist = excluded.album_artist, genre = excluded.genre, image = excluded.image,"
     " track = excluded.track, disc = excluded.disc, duration_ms = excluded.duration_ms,"
     " file_size = excluded.file_size, file_time = excluded.file_time, title_folded = excluded.title_folded,"
-    " folded = excluded.folded";
+    " folded = excluded.folded, presence = excluded.presence";
 
 } // namespace
 
 MediaDatabase::MediaDatabase(const std::string& path) {
     try {
+        Open(path, false);
+    } catch (const DatabaseError& error) {
+        if (error.GetKind() != DatabaseError::Kind::NoRoom)
+            throw;
+        m_connection.reset();
+        Open(path, true);
+        m_isAlone = true;
+    }
+    m_changes = std::make_unique<ChangeUnit>(*m_connection);
+}
+
+void MediaDatabase::Open(const std::string& path, bool alone) {
+    try {
         m_connection = std::make_unique<Connection>(path, kBusyTimeoutMs);
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error("cannot open " + path + ": " + error.what());
+    } catch (const DatabaseError& error) {
+        throw DatabaseError(error.GetKind(), "cannot open " + path + ": " + error.what());
     }
     try {
+        if (alone)
+            m_connection->StayAlone();
         PrepareSchema(*m_connection, path);
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error("cannot use " + path + ": " + error.what());
+    } catch (const DatabaseError& error) {
+        throw DatabaseError(error.GetKind(), "cannot use " + path + ": " + error.what());
     }
 }
 
 MediaDatabase::~MediaDatabase() = default;
+
+void MediaDatabase::SetChangeListener(ChangeListener listener) {
+    m_changes->SetListener(std::move(listener));
+}
+
+void MediaDatabase::AsOneChange(const std::function<void()>& body) {
+    m_changes->AsOne(body);
+}
 
 void MediaDatabase::InTransaction(const std::function<void()>& body) {
     m_connection->InTransaction(body);
@@ -57,7 +82,8 @@ std::uint32_t MediaDatabase::PutSong(const SongRecord& song) {
     query.Bind(song.album).Bind(song.albumArtist).Bind(song.genre).Bind(song.image).Bind(song.trackNumber);
     query.Bind(song.discNumber).Bind(song.durationMs).Bind(static_cast<std::int64_t>(song.fileSize));
     query.Bind(song.fileTimeNs).Bind(FoldText(song.title));
-    query.Bind(FoldText(song.title + " " + song.artist + " " + song.albumArtist + " " + song.album)).Run();
+    query.Bind(FoldText(song.title + " " + song.artist + " " + song.albumArtist + " " + song.album));
+    query.Bind(static_cast<std::int32_t>(song.presence)).Run();
     return song.id != 0 ? song.id : m_connection->LastId();
 }
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "ChangeUnit.h"
 #include "Rows.h"
 #include "Sqlite.h"
 #include "media/MediaDatabase.h"
@@ -82,6 +83,11 @@ void InsertItem(Connection& connection, std::uint32_t playlistId, const MediaIte
     WritePlaylist(connection, playlistId, items);
 }
 
+template <class Result, class Body>
+Result GuardChange(ChangeUnit& changes, const char* entry, Result neutral, Body&& body) noexcept {
+    return GuardEntry(entry, neutral, [&] { return changes.Run(neutral, body); });
+}
+
 } // namespace
 
 std::vector<MediaItem> MediaDatabase::GetPlaylistSongs(std::uint32_t playlistId) {
@@ -98,12 +104,12 @@ std::string MediaDatabase::GetPlaylistName(std::uint32_t playlistId) {
 
 std::uint32_t MediaDatabase::CreatePlaylist(std::uint32_t deviceId, const std::string& name,
                                             const std::vector<MediaItem>& songs) {
-    return GuardEntry("MediaDatabase::CreatePlaylist", 0u,
-                      [&] { return PutPlaylist(0, deviceId, name, songs); });
+    return GuardChange(*m_changes, "MediaDatabase::CreatePlaylist", 0u,
+                       [&] { return PutPlaylist(0, deviceId, name, songs); });
 }
 
 std::int32_t MediaDatabase::UpdatePlaylist(std::uint32_t playlistId, const std::vector<MediaItem>& songs) {
-    return GuardEntry("MediaDatabase::UpdatePlaylist", kFailed, [&] {
+    return GuardChange(*m_changes, "MediaDatabase::UpdatePlaylist", kFailed, [&] {
         std::int32_t result = kFailed;
         InTransaction([&] {
             if (!PlaylistExists(*m_connection, playlistId))
@@ -116,7 +122,7 @@ std::int32_t MediaDatabase::UpdatePlaylist(std::uint32_t playlistId, const std::
 }
 
 std::int32_t MediaDatabase::DeletePlaylist(std::uint32_t playlistId) {
-    return GuardEntry("MediaDatabase::DeletePlaylist", kFailed, [&] {
+    return GuardChange(*m_changes, "MediaDatabase::DeletePlaylist", kFailed, [&] {
         m_connection->Prepare("DELETE FROM playlists WHERE id = ?").Bind(playlistId).Run();
         return m_connection->Changes() > 0 ? 0 : kFailed;
     });
@@ -125,7 +131,7 @@ std::int32_t MediaDatabase::DeletePlaylist(std::uint32_t playlistId) {
 std::int32_t MediaDatabase::AddMedia(std::uint32_t deviceId, const std::string& description,
                                      const std::string&, const std::string& name, std::int32_t replace,
                                      std::uint32_t& newId) {
-    return GuardEntry("MediaDatabase::AddMedia", kFailed, [&] {
+    return GuardChange(*m_changes, "MediaDatabase::AddMedia", kFailed, [&] {
         const std::string title = DescribedPlaylist(description, name);
         if (title.empty())
             return kFailed;
@@ -141,7 +147,7 @@ std::int32_t MediaDatabase::AddMedia(std::uint32_t deviceId, const std::string& 
 
 std::int32_t MediaDatabase::AddSongToPlaylist(std::uint32_t playlistId, std::uint32_t songId,
                                               std::uint32_t position) {
-    return GuardEntry("MediaDatabase::AddSongToPlaylist", kFailed, [&] {
+    return GuardChange(*m_changes, "MediaDatabase::AddSongToPlaylist", kFailed, [&] {
         std::int32_t result = kFailed;
         InTransaction([&] {
             if (!PlaylistExists(*m_connection, playlistId))

@@ -22,6 +22,7 @@ SongRecord ReadSong(const Query& row, int first) {
     song.durationMs = row.UInt(first + 11);
     song.fileSize = static_cast<std::uint64_t>(row.Int(first + 12));
     song.fileTimeNs = row.Int(first + 13);
+    song.presence = static_cast<Presence>(row.Int(first + 14));
     return song;
 }
 

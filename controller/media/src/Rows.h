@@ -16,7 +16,7 @@ inline constexpr std::int32_t kFailed = -1;
 inline constexpr const char* kSongColumns =
     "s.id, s.location, s.device_id, s.title, s.artist, s.album, s.album_artist, s.genre, s.image, s.track, "
     "s.disc,"
-    " s.duration_ms, s.file_size, s.file_time";
+    " s.duration_ms, s.file_size, s.file_time, s.presence";
 // Songs outside an album's own order. Songs that no scan found and that have no track go by their ids alone.
 inline constexpr const char* kSongOrder =
     "s.album, s.disc, s.track, CASE WHEN s.file_size = 0 AND s.track = 0 THEN '' ELSE s.title END, s.id";

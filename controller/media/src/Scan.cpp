@@ -45,11 +45,17 @@ void JoinAlbum(Connection& connection, std::uint32_t songId, std::uint32_t album
     join.Bind(albumId).Bind(songId).Run();
 }
 
+// As a number in the text: the index of the songs that are not here serves no parameter.
+std::string Are(Presence presence) {
+    return " WHERE presence = " + std::to_string(static_cast<int>(presence));
+}
+
 } // namespace
 
 std::vector<FileStamp> MediaDatabase::ListScannedFiles() {
     Query query = m_connection->Prepare(
-        "SELECT id, location, device_id, file_size, file_time, image <> '' FROM songs WHERE file_size > 0");
+        "SELECT id, location, device_id, file_size, file_time, image <> '', presence FROM songs"
+        " WHERE file_size > 0");
     std::vector<FileStamp> files;
     while (query.Next()) {
         FileStamp file;
@@ -59,19 +65,21 @@ std::vector<FileStamp> MediaDatabase::ListScannedFiles() {
         file.fileSize = static_cast<std::uint64_t>(query.Int(3));
         file.fileTimeNs = query.Int(4);
         file.hasImage = query.Int(5) != 0;
+        file.presence = static_cast<Presence>(query.Int(6));
         files.push_back(std::move(file));
     }
     return files;
 }
 
 std::vector<FileStamp> MediaDatabase::ListBrokenFiles() {
-    Query query = m_connection->Prepare("SELECT location, file_size, file_time FROM broken_files");
+    Query query = m_connection->Prepare("SELECT location, file_size, file_time, reason FROM broken_files");
     std::vector<FileStamp> files;
     while (query.Next()) {
         FileStamp file;
         file.location = query.Text(0);
         file.fileSize = static_cast<std::uint64_t>(query.Int(1));
         file.fileTimeNs = query.Int(2);
+        file.reason = query.Text(3);
         files.push_back(std::move(file));
     }
     return files;
@@ -92,6 +100,26 @@ void MediaDatabase::MoveSongToDevice(std::uint32_t id, std::uint32_t deviceId) {
     m_connection->Prepare("UPDATE songs SET device_id = ? WHERE id = ?").Bind(deviceId).Bind(id).Run();
 }
 
+void MediaDatabase::SetSongPresence(std::uint32_t id, Presence presence) {
+    Query query = m_connection->Prepare("UPDATE songs SET presence = ? WHERE id = ?");
+    query.Bind(static_cast<std::int32_t>(presence)).Bind(id).Run();
+}
+
+std::uint32_t MediaDatabase::ForgetGoneSongs() {
+    std::uint32_t forgotten = 0;
+    InTransaction([&] {
+        m_connection->Prepare("DELETE FROM songs" + Are(Presence::Gone)).Run();
+        forgotten = static_cast<std::uint32_t>(m_connection->Changes());
+        RefreshAlbums();
+    });
+    return forgotten;
+}
+
+std::uint32_t MediaDatabase::CountSongs(Presence presence) {
+    Query query = m_connection->Prepare("SELECT COUNT(*) FROM songs" + Are(presence));
+    return query.Next() ? query.UInt(0) : 0;
+}
+
 void MediaDatabase::SetSongHasImage(std::uint32_t id, bool hasImage) {
     const std::string image = hasImage ? "cover/" + std::to_string(id) : "";
     m_connection->Prepare("UPDATE songs SET image = ? WHERE id = ?").Bind(image).Bind(id).Run();
@@ -99,10 +127,11 @@ void MediaDatabase::SetSongHasImage(std::uint32_t id, bool hasImage) {
 
 void MediaDatabase::PutBrokenFile(const FileStamp& file) {
     Query query = m_connection->Prepare(
-        "INSERT INTO broken_files (location, file_size, file_time) VALUES (?, ?, ?)"
-        " ON CONFLICT (location) DO UPDATE SET file_size = excluded.file_size, file_time = "
-        "excluded.file_time");
-    query.Bind(file.location).Bind(static_cast<std::int64_t>(file.fileSize)).Bind(file.fileTimeNs).Run();
+        "INSERT INTO broken_files (location, file_size, file_time, reason) VALUES (?, ?, ?, ?)"
+        " ON CONFLICT (location) DO UPDATE SET file_size = excluded.file_size,"
+        " file_time = excluded.file_time, reason = excluded.reason");
+    query.Bind(file.location).Bind(static_cast<std::int64_t>(file.fileSize)).Bind(file.fileTimeNs);
+    query.Bind(file.reason).Run();
 }
 
 void MediaDatabase::ForgetBrokenFile(const std::string& location) {

@@ -1,10 +1,11 @@
 #include "ScanRun.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
 
-#include "TagReader.h"
+#include "SongTags.h"
 #include "media/Utf8.h"
 
 namespace korvel::media {
@@ -27,20 +28,23 @@ const FileStamp* Find(const std::unordered_map<std::string, FileStamp>& stamps, 
 
 } // namespace
 
-ScanRun::ScanRun(MediaDatabase& database, MediaScanner::Callback callback, std::stop_token stop)
+ScanRun::ScanRun(MediaDatabase& database, FileReader& reader, MediaScanner::Callback callback,
+                 std::stop_token stop)
     : m_database(database),
+      m_reader(reader),
       m_callback(std::move(callback)),
       m_stop(stop),
-      m_walk(
-          stop,
-          [this](const std::string& path) {
-              ++m_progress.filesSeen;
-              ReportNowAndThen(path);
-          },
-          [this](const std::string& why) {
-              ++m_progress.skipped;
-              Say(why);
-          }) {}
+      m_walk(reader, stop,
+             {[this](const std::string& path) {
+                  ++m_progress.filesSeen;
+                  ReportNowAndThen(path);
+              },
+              [this](const std::string& why) {
+                  ++m_progress.skipped;
+                  Say(why);
+              },
+              [this](const AwayPlace& place) { NoteAway(place); },
+              [this](const std::string& folder) { return HasSongs(folder); }}) {}
 
 ScanProgress ScanRun::Run(const std::vector<ScanFolder>& folders) {
     EnterPhase(ScanPhase::Listing);
@@ -49,7 +53,7 @@ ScanProgress ScanRun::Run(const std::vector<ScanFolder>& folders) {
     EnterPhase(ScanPhase::Reading);
     ReadFiles();
     if (!m_stop.stop_requested())
-        RemoveGone();
+        MarkPresence();
     FlushWrites();
     m_database.RefreshAlbums();
     m_progress.phase = m_stop.stop_requested() ? ScanPhase::Cancelled : ScanPhase::Finished;
@@ -58,8 +62,11 @@ ScanProgress ScanRun::Run(const std::vector<ScanFolder>& folders) {
 }
 
 void ScanRun::LoadStamps() {
-    for (FileStamp& stamp : m_database.ListScannedFiles())
+    for (FileStamp& stamp : m_database.ListScannedFiles()) {
+        m_songLocations.push_back(stamp.location);
         m_songs.emplace(stamp.location, stamp);
+    }
+    std::sort(m_songLocations.begin(), m_songLocations.end());
     for (FileStamp& stamp : m_database.ListBrokenFiles())
         m_broken.emplace(stamp.location, stamp);
 }
@@ -88,12 +95,15 @@ void ScanRun::ReadFile(const FoundFile& file) {
         return KeepSong(*known, file);
     const FileStamp* broken = Find(m_broken, file.location);
     if (broken && IsUnchanged(*broken, file))
-        return NoteBroken(file, false);
+        return NoteBroken(file, broken->reason, false);
+    if (m_walk.Hangs(file.fileSystem))
+        return LeaveOut(file, known);
     ReadSong(file, known);
 }
 
 void ScanRun::KeepSong(const FileStamp& known, const FoundFile& file) {
     const std::uint32_t id = known.songId;
+    SetPresence(known, Presence::Here);
     if (known.deviceId != file.deviceId)
         Write([this, id, device = file.deviceId] { m_database.MoveSongToDevice(id, device); });
     if (!known.hasImage && file.folderHasPicture)
@@ -101,49 +111,88 @@ void ScanRun::KeepSong(const FileStamp& known, const FoundFile& file) {
 }
 
 void ScanRun::ReadSong(const FoundFile& file, const FileStamp* known) {
+    using Outcome = FileReader::Outcome;
+    const auto answer = m_reader.ReadTags(file.location);
+    if (answer.outcome == Outcome::Cancelled)
+        return;
+    if (answer.outcome == Outcome::Stalled)
+        m_walk.NoteStall(file.fileSystem);
+    if (answer.outcome != Outcome::Done) {
+        // A song that turned broken may be in the middle of being copied anew: it is looked at again next
+        // time. What killed or stalled the reader would do so again.
+        const bool harmful = answer.outcome == Outcome::Died || answer.outcome == Outcome::Stalled;
+        return NoteBroken(file, answer.why, harmful || (answer.outcome == Outcome::NoAudio && !known));
+    }
     ScannedSong scanned;
     scanned.song.id = known ? known->songId : 0;
+    scanned.song.location = file.location;
     scanned.song.deviceId = file.deviceId;
     scanned.song.fileSize = file.fileSize;
     scanned.song.fileTimeNs = file.fileTimeNs;
     scanned.hasImage = file.folderHasPicture;
-    const TagOutcome outcome = ReadTags(file.location, scanned);
-    if (outcome != TagOutcome::Song) {
-        // A song that turned broken may be in the middle of being copied anew: it is looked at again next
-        // time.
-        NoteBroken(file, outcome == TagOutcome::NoAudio && !known);
-        return;
-    }
+    TakeTags(answer.value, scanned);
     ++(known ? m_progress.changed : m_progress.added);
     Write([this, scanned = std::move(scanned)] { m_database.PutScannedSong(scanned); });
 }
 
-void ScanRun::NoteBroken(const FoundFile& file, bool remember) {
+void ScanRun::LeaveOut(const FoundFile& file, const FileStamp* known) {
+    ++m_progress.skipped;
+    Say("Cannot read " + file.location + ": its disk does not answer");
+    if (known)
+        SetPresence(*known, Presence::Away);
+}
+
+void ScanRun::NoteBroken(const FoundFile& file, const std::string& why, bool remember) {
     ++m_progress.broken;
-    Say("Cannot play " + file.location + ": no audio can be read from it");
+    // Files of earlier versions were remembered without a reason.
+    Say("Cannot play " + file.location + ": " + (why.empty() ? "no audio can be read from it" : why));
     if (!remember)
         return;
     FileStamp stamp;
     stamp.location = file.location;
     stamp.fileSize = file.fileSize;
     stamp.fileTimeNs = file.fileTimeNs;
+    stamp.reason = CleanText(why);
     Write([this, stamp = std::move(stamp)] { m_database.PutBrokenFile(stamp); });
 }
 
-void ScanRun::RemoveGone() {
+void ScanRun::MarkPresence() {
     std::unordered_set<std::string_view> present;
     for (const FoundFile& file : m_walk.GetFiles())
         present.insert(file.location);
     for (const auto& [location, stamp] : m_songs) {
-        if (present.contains(location) || m_walk.IsUnknown(location))
-            continue;
-        ++m_progress.removed;
-        Write([this, id = stamp.songId] { m_database.RemoveSong(id); });
+        if (!present.contains(location))
+            MarkAbsent(stamp);
     }
     for (const auto& [location, stamp] : m_broken) {
-        if (!present.contains(location) && !m_walk.IsUnknown(location))
+        if (!present.contains(location) && !m_walk.IsFull() && !m_walk.IsAway(location))
             Write([this, location = location] { m_database.ForgetBrokenFile(location); });
     }
+}
+
+void ScanRun::MarkAbsent(const FileStamp& song) {
+    const bool away = m_walk.IsAway(song.location);
+    // One of the files that were too many may well be there.
+    if (m_walk.IsFull() && !away)
+        return;
+    ++m_progress.missing;
+    SetPresence(song, away ? Presence::Away : Presence::Gone);
+}
+
+void ScanRun::SetPresence(const FileStamp& song, Presence presence) {
+    if (song.presence != presence)
+        Write([this, id = song.songId, presence] { m_database.SetSongPresence(id, presence); });
+}
+
+bool ScanRun::HasSongs(const std::string& folder) const {
+    const std::string below = folder + "/";
+    const auto first = std::lower_bound(m_songLocations.begin(), m_songLocations.end(), below);
+    return first != m_songLocations.end() && first->starts_with(below);
+}
+
+void ScanRun::NoteAway(const AwayPlace& place) {
+    if (m_progress.away.size() < MediaScanner::kMaxAwayPlaces)
+        m_progress.away.push_back({CleanText(place.path), CleanText(place.reason)});
 }
 
 void ScanRun::Write(std::function<void()> change) {

@@ -17,7 +17,8 @@ namespace korvel::media {
 // One scan from beginning to end.
 class ScanRun {
 public:
-    ScanRun(MediaDatabase& database, MediaScanner::Callback callback, std::stop_token stop);
+    ScanRun(MediaDatabase& database, FileReader& reader, MediaScanner::Callback callback,
+            std::stop_token stop);
 
     // Returns the last report, which is for the caller to pass on. Throws when the database fails.
     ScanProgress Run(const std::vector<ScanFolder>& folders);
@@ -29,8 +30,13 @@ private:
     void ReadFile(const FoundFile& file);
     void KeepSong(const FileStamp& known, const FoundFile& file);
     void ReadSong(const FoundFile& file, const FileStamp* known);
-    void NoteBroken(const FoundFile& file, bool remember);
-    void RemoveGone();
+    void LeaveOut(const FoundFile& file, const FileStamp* known);
+    void NoteBroken(const FoundFile& file, const std::string& why, bool remember);
+    void MarkPresence();
+    void MarkAbsent(const FileStamp& song);
+    void SetPresence(const FileStamp& song, Presence presence);
+    bool HasSongs(const std::string& folder) const;
+    void NoteAway(const AwayPlace& place);
     void Write(std::function<void()> change);
     void FlushWrites();
     void EnterPhase(ScanPhase phase);
@@ -38,6 +44,7 @@ private:
     void Say(const std::string& message);
 
     MediaDatabase& m_database;
+    FileReader& m_reader;
     MediaScanner::Callback m_callback;
     std::stop_token m_stop;
     FolderWalk m_walk;
@@ -47,6 +54,7 @@ private:
     // By location.
     std::unordered_map<std::string, FileStamp> m_songs;
     std::unordered_map<std::string, FileStamp> m_broken;
+    std::vector<std::string> m_songLocations; // sorted
     std::vector<std::function<void()>> m_writes;
 };
 

@@ -1,19 +1,20 @@
 #include "Schema.h"
 
-#include <stdexcept>
+#include <array>
+
+#include "media/DatabaseError.h"
 
 namespace korvel::media {
 
 namespace {
 
-constexpr std::int64_t kSchemaVersion = 1;
 // Marks the file as a media database: "KvMd".
 constexpr std::int64_t kApplicationId = 0x4B764D64;
 
 // `folded` texts are what is searched and sorted by (FoldText). The members of albums and the items of
 // playlists have no foreign key to songs: both may name what is not, or not yet, in the database.
 // `album_group` is NULL for an album that no scan made. AUTOINCREMENT never gives an id twice.
-constexpr const char* kTables = R"sql(
+constexpr const char* kFirstTables = R"sql(
 CREATE TABLE songs (
     id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id BETWEEN 1 AND 2147483647),
     location TEXT NOT NULL,
@@ -96,17 +97,31 @@ END;
 INSERT INTO sqlite_sequence (name, seq) VALUES ('songs', 999);
 )sql";
 
+// Songs whose files are gone stay; broken files tell why.
+constexpr const char* kPresenceAndReasons = R"sql(
+ALTER TABLE songs ADD COLUMN presence INTEGER NOT NULL DEFAULT 0;
+CREATE INDEX songs_not_here ON songs (presence) WHERE presence <> 0;
+ALTER TABLE broken_files ADD COLUMN reason TEXT NOT NULL DEFAULT '';
+)sql";
+
+// Step n leads from version n to version n + 1; a new file takes them all. A step that has been released
+// never changes again.
+constexpr std::array kSteps = {kFirstTables, kPresenceAndReasons};
+constexpr std::int64_t kSchemaVersion = kSteps.size();
+
 std::int64_t Pragma(Connection& connection, const char* sql) {
     Query query = connection.Prepare(sql);
     return query.Next() ? query.Int(0) : 0;
 }
 
-void CreateTables(Connection& connection) {
+void Upgrade(Connection& connection) {
     connection.InTransaction([&] {
         // Another process may have been quicker.
-        if (Pragma(connection, "PRAGMA user_version") == kSchemaVersion)
+        const std::int64_t version = Pragma(connection, "PRAGMA user_version");
+        for (std::int64_t step = version; step < kSchemaVersion; ++step)
+            connection.Execute(kSteps.at(static_cast<std::size_t>(step)));
+        if (version >= kSchemaVersion)
             return;
-        connection.Execute(kTables);
         connection.Execute(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
         connection.Execute(("PRAGMA user_version = " + std::to_string(kSchemaVersion)).c_str());
     });
@@ -123,13 +138,16 @@ void PrepareSchema(Connection& connection, const std::string& path) {
     const std::int64_t application = Pragma(connection, "PRAGMA application_id");
     if (version == 0 && application == 0 && IsEmpty(connection)) {
         connection.Execute("PRAGMA journal_mode = WAL");
-        CreateTables(connection);
+        Upgrade(connection);
     } else if (application != kApplicationId || version < 1) {
-        throw std::runtime_error(path + " is a database, but not a media database");
+        throw DatabaseError(DatabaseError::Kind::Damaged, path + " is a database, but not a media database");
     } else if (version > kSchemaVersion) {
-        throw std::runtime_error(path + " was written by a newer version of this program (schema " +
-                                 std::to_string(version) + ", known up to " + std::to_string(kSchemaVersion) +
-                                 ")");
+        throw DatabaseError(DatabaseError::Kind::Other,
+                            path + " was written by a newer version of this program (schema " +
+                                std::to_string(version) + ", known up to " + std::to_string(kSchemaVersion) +
+                                ")");
+    } else if (version < kSchemaVersion) {
+        Upgrade(connection);
     }
     // A damaged file must give errors, not wrong rows.
     connection.Execute("PRAGMA foreign_keys = ON; PRAGMA synchronous = NORMAL; PRAGMA cell_size_check = ON");

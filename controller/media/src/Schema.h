@@ -6,7 +6,8 @@
 
 namespace korvel::media {
 
-// Makes the tables in a new file, checks the version of an old one. Throws std::runtime_error.
+// Makes the tables in a new file and brings those of an older version up to date, with all that is in them.
+// Throws DatabaseError.
 void PrepareSchema(Connection& connection, const std::string& path);
 
 } // namespace korvel::media

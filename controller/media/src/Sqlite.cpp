@@ -1,15 +1,61 @@
 #include "Sqlite.h"
 
-#include <stdexcept>
+#include <cerrno>
 
+#include "media/DatabaseError.h"
 #include "media/Utf8.h"
 
 namespace korvel::media {
 
 namespace {
 
+// A file that may not grow is a disk that is full to whoever writes into it.
+bool MeansNoRoom(int error) {
+    return error == ENOSPC || error == EDQUOT || error == EFBIG;
+}
+
+// What the system last said against the database's file, or against its log.
+int LastErrorOf(sqlite3* database, bool ofLog) {
+    int error = 0;
+    if (!ofLog) {
+        sqlite3_file_control(database, "main", SQLITE_FCNTL_LAST_ERRNO, &error);
+        return error;
+    }
+    sqlite3_file* log = nullptr;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);
+    if (log && log->pMethods)
+        log->pMethods->xFileControl(log, SQLITE_FCNTL_LAST_ERRNO, &error);
+    return error;
+}
+
+DatabaseError::Kind KindOf(sqlite3* database) {
+    using Kind = DatabaseError::Kind;
+    const int result = sqlite3_extended_errcode(database);
+    switch (result & 0xFF) {
+        case SQLITE_FULL:
+            return Kind::NoRoom;
+        case SQLITE_CORRUPT:
+        case SQLITE_NOTADB:
+            return Kind::Damaged;
+        case SQLITE_CANTOPEN:
+            return MeansNoRoom(sqlite3_system_errno(database)) ? Kind::NoRoom : Kind::Other;
+        case SQLITE_IOERR:
+            // The file that the connections share could not be made larger: nothing else stops that.
+            if (result == SQLITE_IOERR_SHMSIZE || MeansNoRoom(LastErrorOf(database, false)) ||
+                MeansNoRoom(LastErrorOf(database, true)))
+                return Kind::NoRoom;
+            return Kind::Other;
+        default:
+            return Kind::Other;
+    }
+}
+
 [[noreturn]] void Fail(sqlite3* database) {
-    throw std::runtime_error(std::string("media database: ") + sqlite3_errmsg(database));
+    const DatabaseError::Kind kind = KindOf(database);
+    // For a file that may not grow SQLite speaks of an I/O error.
+    const char* what =
+        kind == DatabaseError::Kind::NoRoom ? "no room is left on the disk" : sqlite3_errmsg(database);
+    throw DatabaseError(kind, std::string("media database: ") + what);
 }
 
 void Check(sqlite3* database, int result) {
@@ -130,6 +176,26 @@ void Connection::InTransaction(const std::function<void()>& body) {
                          nullptr, nullptr);
         throw;
     }
+}
+
+void Connection::RollBack() {
+    if (!sqlite3_get_autocommit(m_database))
+        sqlite3_exec(m_database, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+void Connection::StayAlone() {
+    Execute("PRAGMA locking_mode = EXCLUSIVE");
+}
+
+void Connection::CopyTo(Connection& target) {
+    sqlite3_backup* backup = sqlite3_backup_init(target.m_database, "main", m_database, "main");
+    if (!backup)
+        Fail(target.m_database);
+    // In one step: who reads holds nobody up, and a copy in steps begins anew after each change.
+    const int result = sqlite3_backup_step(backup, -1);
+    sqlite3_backup_finish(backup);
+    if (result != SQLITE_DONE)
+        Fail(target.m_database);
 }
 
 } // namespace korvel::media

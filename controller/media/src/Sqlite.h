@@ -1,5 +1,4 @@
-// A thin layer over SQLite: connections, prepared statements, transactions. Every failure is a
-// std::runtime_error.
+// A thin layer over SQLite: connections, prepared statements, transactions. Every failure is a DatabaseError.
 #pragma once
 
 #include <sqlite3.h>
@@ -61,6 +60,14 @@ public:
     // Rows that the last statement changed.
     int Changes() const { return sqlite3_changes(m_database); }
     void InTransaction(const std::function<void()>& body);
+    // The same in parts, not nested. RollBack() does nothing outside a transaction.
+    void Begin() { Execute("BEGIN IMMEDIATE"); }
+    void Commit() { Execute("COMMIT"); }
+    void RollBack();
+    // Before anything else: no other connection can open the file, and no other file is shared with one.
+    void StayAlone();
+    // Makes the database of `target` a copy of this one.
+    void CopyTo(Connection& target);
 
 private:
     void Close();

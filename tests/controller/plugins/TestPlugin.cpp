@@ -9,8 +9,8 @@
 namespace {
 
 // ECHO answers with the parameter TEXT and shows it as variable 1; PERSIST keeps it over restarts; SELECT
-// makes room 1 select the driver, with no queue; DATA sends TEXT to the device DEVICE; THROW lets an
-// exception out.
+// makes room 1 select the driver, with no queue; with "refused" kept the driver does not start; DATA sends
+// TEXT to the device DEVICE; THROW lets an exception out.
 class TestDriver final : public KVBaseDriver {
 public:
     explicit TestDriver(IInstanceManager& instances) : KVBaseDriver(instances, 3, 0) {
@@ -42,7 +42,7 @@ public:
         VmAdd(1, "ECHOED", kVariableTypeXml, "", 0, 0, "");
         if (persist)
             m_kept = persist->GetText();
-        return 0;
+        return m_kept == "refused" ? -3 : 0;
     }
 
     kv::auto_com<KVXML::INode> GetPersistState(std::uint32_t) override {

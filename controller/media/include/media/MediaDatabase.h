@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "media/MediaRecords.h"
@@ -12,6 +14,7 @@
 
 namespace korvel::media {
 
+class ChangeUnit;
 class Connection;
 struct ScannedSong;
 struct FileStamp;
@@ -27,8 +30,7 @@ struct FileStamp;
 // another one.
 //
 // Errors: the operations of IMediaManager log the failure and return their negative, zero, empty or null
-// result. All others throw std::runtime_error when SQLite fails and std::invalid_argument for an id above
-// kMaxId.
+// result. All others throw DatabaseError when SQLite fails and std::invalid_argument for an id above kMaxId.
 class MediaDatabase final : public IMediaManager {
 public:
     static constexpr int kBusyTimeoutMs = 5000;
@@ -36,12 +38,23 @@ public:
     static constexpr std::uint32_t kMaxItems = 100000;
 
     // Opens the file at `path`, creating it when absent, or a database in memory for ":memory:". Throws
-    // std::runtime_error with a text that names the file when it cannot be opened, is not a media database,
-    // or was written by a newer version of this program.
+    // DatabaseError with a text that names the file when it cannot be opened, is not a media database, or was
+    // written by a newer version of this program. A full disk does not prevent it, but see IsAlone().
     explicit MediaDatabase(const std::string& path);
     ~MediaDatabase();
     MediaDatabase(const MediaDatabase&) = delete;
     MediaDatabase& operator=(const MediaDatabase&) = delete;
+
+    // Whether there was no room on the disk for what connections share: as long as this one lives, no other can
+    // open the file.
+    bool IsAlone() const { return m_isAlone; }
+
+    // Hears how each change ended that IMediaManager was asked for: with null when it was made, else with why
+    // it was not. Is called within the operation and must neither throw nor use the database.
+    using ChangeListener = std::function<void(const std::exception* failure)>;
+    void SetChangeListener(ChangeListener listener);
+    // What IMediaManager is asked for within `body` is one change: made whole or, when part of it fails, not at all.
+    void AsOneChange(const std::function<void()>& body);
 
     // Runs `body` in one transaction: all of its changes or, when it throws, none. May be nested. Many Put
     // calls are quick only this way.
@@ -61,10 +74,11 @@ public:
     void RemoveStation(std::uint32_t id);
 
     // These are the stations from now on. One of a name that is known keeps its id; the ids given are not
-    // used.
+    // used. Nothing is written when they were so before.
     void SetStations(const std::vector<StationRecord>& stations);
     // These are the local inputs from now on: each is an album without songs of the input's name, and keeps
-    // its id as long as it has that name. Returns the albums' ids.
+    // its id as long as it has that name. Returns the albums' ids. Nothing is written when they were so
+    // before.
     std::vector<std::uint32_t> SetInputs(const std::vector<std::string>& names);
 
     std::optional<SongRecord> FindSong(std::uint32_t id);
@@ -102,12 +116,18 @@ public:
     Page<AlbumSummary> SearchAlbums(const std::string& text, Window window);
     Page<NameSummary> SearchArtists(const std::string& text, Window window);
 
+    // Removes the songs whose files are gone, and the albums of scans that no song is left in; returns how
+    // many songs that were. Those that are only away stay.
+    std::uint32_t ForgetGoneSongs();
+    std::uint32_t CountSongs(Presence presence);
+
     // For the scanner. The stamps of all songs that scans have found and of all files that they found broken.
     std::vector<FileStamp> ListScannedFiles();
     std::vector<FileStamp> ListBrokenFiles();
     // Stores the song, in the album of its title and group, and returns its id.
     std::uint32_t PutScannedSong(const ScannedSong& scanned);
     void MoveSongToDevice(std::uint32_t id, std::uint32_t deviceId);
+    void SetSongPresence(std::uint32_t id, Presence presence);
     // Whether the song has the picture "cover/<id>".
     void SetSongHasImage(std::uint32_t id, bool hasImage);
     void PutBrokenFile(const FileStamp& file);
@@ -145,7 +165,11 @@ public:
                                    std::uint32_t position) override;
 
 private:
+    void Open(const std::string& path, bool alone);
+
     std::unique_ptr<Connection> m_connection;
+    bool m_isAlone = false;
+    std::unique_ptr<ChangeUnit> m_changes;
 };
 
 } // namespace korvel::media

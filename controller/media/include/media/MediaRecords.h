@@ -16,6 +16,13 @@ inline constexpr std::uint32_t kMaxId = 2147483647;
 // The first id that the database gives to a song; albums, stations and playlists start at 1.
 inline constexpr std::uint32_t kFirstSongId = 1000;
 
+// Where the file of a song is, as far as the last scan could tell.
+enum class Presence : std::uint8_t {
+    Here = 0,
+    Gone = 1, // its folder was looked into and it was not there
+    Away = 2  // its folder could not be looked into, or stood empty, as when a disk is not mounted
+};
+
 // Texts are UTF-8 and "" when not known, numbers 0 when not known.
 struct SongRecord {
     std::uint32_t id = 0;
@@ -36,6 +43,7 @@ struct SongRecord {
     // left alone by all scans.
     std::uint64_t fileSize = 0;
     std::int64_t fileTimeNs = 0;
+    Presence presence = Presence::Here;
 };
 
 struct StationRecord {

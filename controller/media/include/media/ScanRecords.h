@@ -16,6 +16,8 @@ struct FileStamp {
     std::uint64_t fileSize = 0;
     std::int64_t fileTimeNs = 0;
     bool hasImage = false;
+    Presence presence = Presence::Here;
+    std::string reason; // why a broken file is broken
 };
 
 // A song that a scan has read. `song.id` is that of the song before, or 0 for a new one.

@@ -10,8 +10,8 @@ enum class SoundFile {
     Unreadable // not there, no file, or not to be opened
 };
 
-// Whether the file holds sound. May be called on any thread. Reads the file's header: too long for a driver
-// thread. Never throws because of what is in the file.
+// Whether the file holds sound. Reads it here and now: for korvel-mediareader, which FileReader asks.
+// Never throws because of what is in the file.
 SoundFile LookForSound(const std::string& location);
 
 } // namespace korvel::media

@@ -1,0 +1,21 @@
+// The files, sockets and pipes that the program may have open at one time.
+#pragma once
+
+#include <cstddef>
+
+namespace korvel::audioserver {
+
+// What a stream opens without a media, and a media at most, with some to spare; the libraries below end the
+// program when they ask for one and there is none.
+inline constexpr std::size_t kDescriptorsPerStream = 16;
+inline constexpr std::size_t kDescriptorsPerSource = 32;
+// Kept for connections and for what runs already.
+inline constexpr std::size_t kDescriptorReserve = 64;
+
+// Takes as many as the system gives to a program that asks. To be called once, at the start.
+void RaiseDescriptorLimit();
+
+// Whether so many more can be opened, with the reserve untouched.
+bool HasDescriptors(std::size_t wanted);
+
+} // namespace korvel::audioserver

@@ -1,0 +1,233 @@
+// Stations that mean ill or do badly, and sources that do not end.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Bed.h"
+#include "Station.h"
+
+namespace korvel::tests {
+namespace {
+
+class HostileStation : public Bed {
+protected:
+    void Listen() {
+        m_driver = Connect();
+        m_stream = std::to_string(m_driver->AddStream());
+    }
+    void Play(const std::string& url) {
+        EXPECT_EQ(m_driver->Ask("addmed " + m_stream + " \"file:/stream-" + url + "\""),
+                  "OK addmed " + m_stream);
+    }
+    std::string Status(const std::string& text) const {
+        return "* SYS STREAM=" + m_stream + " streamStatus:" + text;
+    }
+    std::string Info(const std::string& text) const {
+        return "* SYS STREAM=" + m_stream + " streamInfo:" + text;
+    }
+    bool IsBad(const std::string& event, const std::string& reason = "") const {
+        return event.starts_with("* addmed BAD=" + m_stream + " " + reason);
+    }
+    // Events up to this one, which is not among them; it is missing when it does not come.
+    std::vector<std::string> EventsUntil(const std::string& last) {
+        std::vector<std::string> events;
+        for (std::string event = m_driver->NextEvent(); event != last; event = m_driver->NextEvent()) {
+            if (event.empty()) {
+                ADD_FAILURE() << "no " << last << " after " << (events.empty() ? "" : events.back());
+                break;
+            }
+            events.push_back(event);
+        }
+        return events;
+    }
+    // The last event of a media that fails.
+    std::string Failure() {
+        std::string event = m_driver->NextEvent();
+        while (!event.empty() && !event.starts_with("* addmed"))
+            event = m_driver->NextEvent();
+        return event;
+    }
+    bool StillPlays() {
+        m_driver->Ask("addmed " + m_stream + " " + FileMedia(ToneFile("after.wav", {{500, 0.1}})));
+        return m_driver->NextEvent() == "* addmed EOM=" + m_stream;
+    }
+    bool IsLogged(const std::string& text) {
+        return WaitUntil([&] { return Server().Errors().find(text) != std::string::npos; });
+    }
+
+    std::unique_ptr<LineClient> m_driver;
+    std::string m_stream;
+};
+
+constexpr const char* kPlaylistType = "application/vnd.apple.mpegurl";
+constexpr const char* kPlaylistStart = "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:5\n";
+
+// A pipe that nobody writes to: whoever opens it waits for ever.
+class Trap {
+public:
+    explicit Trap(std::string path) : m_path(std::move(path)) { ::mkfifo(m_path.c_str(), 0600); }
+
+    const std::string& Path() const { return m_path; }
+    // Whether somebody has it open for reading or waits to; lets whoever waits go.
+    bool HasVisitor() const {
+        const int writer = ::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+        if (writer >= 0)
+            ::close(writer);
+        return writer >= 0;
+    }
+
+private:
+    std::string m_path;
+};
+
+TEST_F(HostileStation, NoPlaylistOpensAFileOfThisMachine) {
+    m_serverOptions = {"--sound-patience", "2000"};
+    const Trap trap(PathOf("trap"));
+    const std::string address = "file://" + trap.Path();
+    const std::string part = "#EXTINF:5,\n";
+    const std::vector<std::string> playlists = {
+        kPlaylistStart + part + address + "\n",
+        kPlaylistStart + part + address + "\n#EXT-X-ENDLIST\n",
+        kPlaylistStart + part + "FILE://localhost" + trap.Path() + "\n#EXT-X-ENDLIST\n",
+        kPlaylistStart + part + "file:///dev/ptmx\n#EXT-X-ENDLIST\n",
+        "#EXTM3U\n#EXT-X-STREAM-INF:BANDWIDTH=64000\n" + address + "\n",
+        kPlaylistStart + std::string("#EXT-X-KEY:METHOD=AES-128,URI=\"") + address + "\"\n" + part +
+            "/part.ts\n#EXT-X-ENDLIST\n",
+        "#EXTM3U\n" + address + "\n",
+        "[playlist]\nNumberOfEntries=1\nFile1=" + address + "\n",
+    };
+    const Station station([&](const Visit& visit) {
+        const auto number = visit.Path().find_first_of("0123456789");
+        if (number == std::string::npos) {
+            visit.Send(Head("video/mp2t") + std::string(1880, 'G'));
+            return;
+        }
+        visit.Send(Head(kPlaylistType) + playlists.at(std::stoul(visit.Path().substr(number))));
+    });
+    Listen();
+    for (std::size_t number = 0; number < playlists.size(); ++number) {
+        Play(station.Url() + "/" + std::to_string(number) + ".m3u8");
+        EXPECT_TRUE(IsBad(Failure())) << playlists.at(number);
+        EXPECT_FALSE(trap.HasVisitor()) << playlists.at(number);
+    }
+    EXPECT_TRUE(StillPlays());
+    EXPECT_EQ(Server().Errors().find("abandoned"), std::string::npos);
+}
+
+TEST_F(HostileStation, AStationThatNeverPlaysIsBad) {
+    m_serverOptions = {"--sound-patience", "1000"};
+    const std::string wav = WavOf({{500, 1}});
+    const Station station([&](const Visit& visit) {
+        if (visit.Path() == "/drips") {
+            visit.Send(Head("audio/x-wav"));
+            for (std::size_t sent = 0; visit.Send(wav.substr(sent, 1)) && visit.Dawdle(); ++sent) {
+            }
+        } else if (visit.Path() == "/stalls") {
+            visit.Send(Head("audio/x-wav") + wav.substr(0, 100));
+            while (visit.Dawdle()) {
+            }
+        } else if (visit.Path() == "/silent") {
+            while (visit.Dawdle()) {
+            }
+        } else if (visit.Dawdle()) {
+            visit.Send("HTTP/1.0 302 Found\r\nLocation: /again" + visit.Path() + "\r\n\r\n");
+        }
+    });
+    Listen();
+    for (const char* path : {"/drips", "/stalls", "/silent"}) {
+        Play(station.Url() + path);
+        EXPECT_TRUE(IsBad(Failure(), "no sound for 1 s")) << path;
+    }
+    Play(station.Url() + "/redirects");
+    EXPECT_TRUE(IsBad(Failure()));
+    EXPECT_TRUE(StillPlays());
+}
+
+TEST_F(HostileStation, ARedirectLeadsToNoFileOfThisMachine) {
+    const Trap trap(PathOf("trap"));
+    const Station station([&](const Visit& visit) {
+        visit.Send("HTTP/1.0 302 Found\r\nLocation: file://" + trap.Path() + "\r\n\r\n");
+    });
+    Listen();
+    Play(station.Url() + "/");
+    EXPECT_TRUE(IsBad(Failure()));
+    EXPECT_FALSE(trap.HasVisitor());
+}
+
+TEST_F(HostileStation, AStationThatHasPlayedIsConnectedToUntilItIsRemoved) {
+    m_serverOptions = {"--first-retry", "100"};
+    std::atomic<bool> works{true};
+    const Station station([&](const Visit& visit) {
+        if (works)
+            visit.Send(Head("audio/x-wav") + WavOf({{500, 1}}));
+    });
+    Listen();
+    Play(station.Url() + "/");
+    EventsUntil(Status("playing"));
+    works = false;
+    // Whether it closes the connection, as here, or does not answer.
+    for (const char* wait : {"1 s", "1 s", "1 s", "1 s", "2 s"})
+        for (const std::string& event : EventsUntil(Status("reconnecting in " + std::string(wait))))
+            EXPECT_FALSE(event.starts_with("* addmed")) << event;
+    works = true;
+    EventsUntil(Status("playing"));
+    EventsUntil(Status("reconnecting in 1 s"));
+    EXPECT_EQ(m_driver->Ask("remmed " + m_stream), "OK remmed " + m_stream);
+    EXPECT_TRUE(StillPlays());
+}
+
+TEST_F(HostileStation, TitlesAreThrottled) {
+    constexpr std::size_t kTitles = 40;
+    constexpr std::size_t kBetween = 8192;
+    constexpr std::size_t kBefore = 40; // what the reserve takes
+    const Station station([&](const Visit& visit) {
+        const std::string wav = WavOf({{500, 60}});
+        visit.Send(Head("audio/x-wav", "icy-metaint: " + std::to_string(kBetween) + "\r\n"));
+        for (std::size_t number = 0; number < wav.size() / kBetween; ++number) {
+            std::string title;
+            if (number > kBefore && number <= kBefore + kTitles) {
+                title = "StreamTitle='Title " + std::to_string(number - kBefore) + "';";
+                title.resize((title.size() + 15) / 16 * 16, '\0');
+                visit.Dawdle();
+            }
+            visit.Send(wav.substr(number * kBetween, kBetween) + static_cast<char>(title.size() / 16) +
+                       title);
+        }
+        while (visit.Dawdle()) {
+        }
+    });
+    Listen();
+    Play(station.Url() + "/");
+    std::size_t told = 0;
+    for (const std::string& event : EventsUntil(Info("Title " + std::to_string(kTitles))))
+        told += event.starts_with(Info("")) ? 1 : 0;
+    EXPECT_LT(told, kTitles / 2);
+}
+
+TEST_F(HostileStation, ASourceThatDoesNotEndIsLeftAlone) {
+    const Trap trap(PathOf("trap"));
+    m_serverOptions = {"--end-patience", "200",     "--sound-patience",
+                       "1000",           "--input", "trap=filesrc location=" + trap.Path()};
+    Listen();
+    EXPECT_EQ(m_driver->Ask("addmed " + m_stream + " trap"), "OK addmed " + m_stream);
+    EXPECT_TRUE(IsBad(Failure(), "no sound for 1 s"));
+    EXPECT_TRUE(IsLogged("a source does not end: abandoned, 1 hang now"));
+    EXPECT_TRUE(StillPlays());
+    EXPECT_TRUE(trap.HasVisitor());
+    EXPECT_TRUE(IsLogged("has ended, 0 hang now"));
+    EXPECT_TRUE(StillPlays());
+}
+
+TEST_F(HostileStation, AServerEndsThoughASourceDoesNot) {
+    const Trap trap(PathOf("trap"));
+    m_serverOptions = {"--end-patience", "200", "--input", "trap=filesrc location=" + trap.Path()};
+    Listen();
+    EXPECT_EQ(m_driver->Ask("addmed " + m_stream + " trap"), "OK addmed " + m_stream);
+    Server().Signal(SIGTERM);
+    EXPECT_EQ(Server().WaitForExit(), 0);
+}
+
+} // namespace
+} // namespace korvel::tests
