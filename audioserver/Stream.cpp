@@ -118,6 +118,11 @@ void Stream::DropMedia() {
     m_output->GetFeeds().Leave();
     m_patience.cancel();
     m_media.reset();
+    // Its event comes too late to be heard: left there, it would keep every later title back.
+    {
+        const std::lock_guard lock(m_title->mutex);
+        m_title->text.reset();
+    }
     m_ready = false;
     m_sounds = false;
 }

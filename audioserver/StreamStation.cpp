@@ -38,8 +38,8 @@ bool Stream::IsStationThatPlayed() const {
 void Stream::Reconnect(const std::string& reason) {
     if (m_media) {
         m_media->SetAbandonedNotify([weak = weak_from_this(), title = m_title] {
-            // The title is this media's own, over all of its sources.
-            if (const auto stream = weak.lock(); stream && stream->m_title == title)
+            // The title is this media's own, over all of its sources. One that plays again is not to end for an old one.
+            if (const auto stream = weak.lock(); stream && stream->m_title == title && !stream->m_sounds)
                 stream->Fail("the source does not end");
         });
     }

@@ -140,6 +140,7 @@ void AudioServer::OnStreamCreated(std::uint32_t streamId, bool& changed) {
         SendErrorToUI("Error occurred while initializing audio");
         return;
     }
+    queue->SetWaitingForAddResponse(false);
     queue->SetStreamId(streamId);
     queue->AddRoomClientsToStream();
     const bool nothingNext = queue->PeekNextSong().type == MEDIA_NONE;
