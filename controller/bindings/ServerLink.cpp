@@ -37,8 +37,8 @@ std::string RefusalOf(std::string_view line) {
         return "";
     std::string answer = std::string(number) + " NO " + std::string(command);
     if (common::ParseNumber(stream))
-        answer += " " + std::string(stream);
-    return answer + "\r\n";
+        answer.append(" ").append(stream);
+    return answer.append("\r\n");
 }
 
 } // namespace

@@ -59,6 +59,10 @@ TEST_F(ApiLimitsTest, AHeadHasSixteenKibibytes) {
     const std::string most(HttpSession::kMaxHeader - start.size() - end.size(), 'x');
     EXPECT_EQ(house.Exchange(start + most + end).status, 200);
     EXPECT_EQ(house.Exchange(start + most + "x" + end).status, 431);
+    std::string fields;
+    while (fields.size() < HttpSession::kMaxHeader)
+        fields += "A: b\r\n";
+    EXPECT_EQ(house.Exchange(start + "x\r\n" + fields + "\r\n").status, 431) << "however short each is";
 }
 
 TEST(PageLimits, AFileHasSixteenMebibytes) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "TestHouse.h"
+#include "common/Text.h"
 #include "config/Config.h"
 
 namespace korvel::controller {
@@ -80,8 +81,8 @@ TEST(ConfigLimits, Texts) {
               "'host' in [[server]] must be a host name or an IPv4 address");
     const std::string url = "http://a/";
     const std::string station = "[[station]]\nname = \"A\"\nurl = \"" + url;
-    EXPECT_EQ(Wrong(station + X(kMaxUrlLength - url.size()) + "\""), "");
-    EXPECT_EQ(Wrong(station + X(kMaxUrlLength - url.size() + 1) + "\""),
+    EXPECT_EQ(Wrong(station + X(common::kMaxReferenceBytes - url.size()) + "\""), "");
+    EXPECT_EQ(Wrong(station + X(common::kMaxReferenceBytes - url.size() + 1) + "\""),
               "'url' in [[station]] must be an http or https address");
     const std::string catalogue = "[catalog]\naddress = \"";
     EXPECT_EQ(Wrong(catalogue + X(kMaxNameLength - 3) + ":80\""), "");
