@@ -11,7 +11,7 @@ namespace korvel::catalog {
 namespace {
 
 // What is wrong with the text; "" when nothing is.
-std::string Wrong(const std::string& text) {
+std::string WrongLimit(const std::string& text) {
     try {
         ParseCatalogue(text, "c.toml", "/music");
     } catch (const CatalogueError& error) {
@@ -42,8 +42,8 @@ std::string Tables(const std::string& kind, std::size_t count, const std::string
 
 TEST(CatalogueLimits, Tracks) {
     const std::string settings = "title = \"T\"\nmedia = \"t.wav\"\nduration = 3\n";
-    EXPECT_EQ(Wrong(Tables("track", kMaxTracks, settings)), "");
-    EXPECT_EQ(Wrong(Tables("track", kMaxTracks + 1, settings)),
+    EXPECT_EQ(WrongLimit(Tables("track", kMaxTracks, settings)), "");
+    EXPECT_EQ(WrongLimit(Tables("track", kMaxTracks + 1, settings)),
               "c.toml: [[track]] must be written so, at most 50000 times");
 }
 
@@ -51,8 +51,8 @@ TEST(CatalogueLimits, PlaylistsAndChannels) {
     const std::string settings = "name = \"N\"\ntracks = [\"t\"]\n";
     for (const auto& [kind, most] :
          {std::pair{"playlist", kMaxPlaylists}, std::pair{"channel", kMaxChannels}}) {
-        EXPECT_EQ(Wrong(TrackOf({}) + Tables(kind, most, settings)), "") << kind;
-        EXPECT_EQ(Wrong(TrackOf({}) + Tables(kind, most + 1, settings)),
+        EXPECT_EQ(WrongLimit(TrackOf({}) + Tables(kind, most, settings)), "") << kind;
+        EXPECT_EQ(WrongLimit(TrackOf({}) + Tables(kind, most + 1, settings)),
                   "c.toml: [[" + std::string(kind) + "]] must be written so, at most 100 times");
     }
 }
@@ -64,22 +64,22 @@ TEST(CatalogueLimits, TracksOfAList) {
             tracks += "\"t\",";
         return TrackOf({}) + "[[playlist]]\nid = \"p\"\nname = \"P\"\ntracks = [" + tracks + "]\n";
     };
-    EXPECT_EQ(Wrong(listOf(kMaxTracksPerList)), "");
-    EXPECT_EQ(Wrong(listOf(kMaxTracksPerList + 1)),
+    EXPECT_EQ(WrongLimit(listOf(kMaxTracksPerList)), "");
+    EXPECT_EQ(WrongLimit(listOf(kMaxTracksPerList + 1)),
               "c.toml:10: 'tracks' in [[playlist]] must be a list of at most 10000 track ids");
 }
 
 TEST(CatalogueLimits, Texts) {
     const auto x = [](std::size_t bytes) { return std::string(bytes, 'x'); };
-    EXPECT_EQ(Wrong(TrackOf({x(kMaxIdBytes), x(kMaxTextBytes), x(kMaxAddressBytes), x(kMaxAddressBytes)})),
+    EXPECT_EQ(WrongLimit(TrackOf({x(kMaxIdBytes), x(kMaxTextBytes), x(kMaxAddressBytes), x(kMaxAddressBytes)})),
               "");
     const std::string most = " in [[track]] must be a text of at most ";
-    EXPECT_EQ(Wrong(TrackOf({.id = x(kMaxIdBytes + 1)})), "c.toml:2: 'id'" + most + "64 bytes on one line");
-    EXPECT_EQ(Wrong(TrackOf({.title = x(kMaxTextBytes + 1)})),
+    EXPECT_EQ(WrongLimit(TrackOf({.id = x(kMaxIdBytes + 1)})), "c.toml:2: 'id'" + most + "64 bytes on one line");
+    EXPECT_EQ(WrongLimit(TrackOf({.title = x(kMaxTextBytes + 1)})),
               "c.toml:3: 'title'" + most + "200 bytes on one line");
-    EXPECT_EQ(Wrong(TrackOf({.media = x(kMaxAddressBytes + 1)})),
+    EXPECT_EQ(WrongLimit(TrackOf({.media = x(kMaxAddressBytes + 1)})),
               "c.toml:4: 'media'" + most + "4096 bytes on one line");
-    EXPECT_EQ(Wrong(TrackOf({.image = x(kMaxAddressBytes + 1)})),
+    EXPECT_EQ(WrongLimit(TrackOf({.image = x(kMaxAddressBytes + 1)})),
               "c.toml:5: 'image'" + most + "4096 bytes on one line");
 }
 

@@ -7,13 +7,13 @@
 namespace korvel::media {
 namespace {
 
-constexpr std::uint32_t kDevice = 100002;
+constexpr std::uint32_t kStorage = 100002;
 
 TEST(MediaLimits, APlaylistTakesItemsUpToItsLimitAndNoneAfter) {
     MediaDatabase database(":memory:");
     const MediaItem item{1, "", 1000, 0};
     std::vector<MediaItem> items(MediaDatabase::kMaxItems - 1, item);
-    const std::uint32_t id = database.CreatePlaylist(kDevice, "Full", items);
+    const std::uint32_t id = database.CreatePlaylist(kStorage, "Full", items);
     ASSERT_NE(id, 0u);
     EXPECT_EQ(database.AddSongToPlaylist(id, 1000, MediaDatabase::kMaxItems), 0);
     EXPECT_LT(database.AddSongToPlaylist(id, 1000, MediaDatabase::kMaxItems), 0);
