@@ -12,8 +12,6 @@ namespace {
 
 using nlohmann::json;
 
-// From the request to the answer, a connection in between included.
-constexpr std::chrono::milliseconds kPatience{5000};
 constexpr std::uint64_t kMaxOffsetMilliseconds = 24ULL * 3600 * 1000;
 
 std::string LineOf(const json& request) {
@@ -32,15 +30,17 @@ CatalogClient::Place ReadPlace(const json& reply) {
     return place;
 }
 
-common::OutgoingLink::Settings LinkTo(common::HostPort address) {
-    return {std::move(address), "catalogue", {kMaxLineBytes, kMaxPendingBytes, kLinePatience}, kPatience, {}};
+common::OutgoingLink::Settings LinkTo(common::HostPort address, std::chrono::milliseconds patience) {
+    return {std::move(address), "catalogue", {kMaxLineBytes, kMaxPendingBytes, kLinePatience}, patience, {}};
 }
 
 } // namespace
 
-CatalogClient::CatalogClient(common::asio::any_io_executor executor, common::HostPort address)
+CatalogClient::CatalogClient(common::asio::any_io_executor executor, common::HostPort address,
+                             std::chrono::milliseconds patience)
     : m_executor(std::move(executor)),
-      m_link(std::make_shared<common::OutgoingLink>(m_executor, LinkTo(std::move(address)),
+      m_patience(patience),
+      m_link(std::make_shared<common::OutgoingLink>(m_executor, LinkTo(std::move(address), patience),
                                                     static_cast<common::OutgoingLink::Listener&>(*this),
                                                     common::ProgramLog())) {}
 
@@ -54,7 +54,7 @@ void CatalogClient::Resolve(StreamNumber stream, const std::string& id, std::opt
     json request = {{"id", number}, {"op", "resolve"}, {"stream", stream}, {"media", id}};
     if (after)
         request["after"] = *after;
-    auto deadline = std::make_shared<common::asio::steady_timer>(m_executor, kPatience);
+    auto deadline = std::make_shared<common::asio::steady_timer>(m_executor, m_patience);
     deadline->async_wait([weak = weak_from_this(), number](const common::error_code& cancelled) {
         const auto self = weak.lock();
         if (self && !cancelled)

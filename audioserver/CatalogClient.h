@@ -1,6 +1,7 @@
 // Asks the catalogue of the streaming service for media.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -19,6 +20,8 @@ namespace korvel::audioserver {
 class CatalogClient : public std::enable_shared_from_this<CatalogClient>,
                       private common::OutgoingLink::Listener {
 public:
+    static constexpr std::chrono::milliseconds kPatience{5000};
+
     struct Place {
         // A path or a web address.
         std::string media;
@@ -29,7 +32,9 @@ public:
     // Takes the place, or for lack of one the reason.
     using Resolved = std::function<void(const std::optional<Place>& place, const std::string& error)>;
 
-    CatalogClient(common::asio::any_io_executor executor, common::HostPort address);
+    // `patience`: from the request to the answer, a connection in between included.
+    CatalogClient(common::asio::any_io_executor executor, common::HostPort address,
+                  std::chrono::milliseconds patience = kPatience);
     ~CatalogClient();
     CatalogClient(const CatalogClient&) = delete;
     CatalogClient& operator=(const CatalogClient&) = delete;
@@ -60,6 +65,7 @@ private:
     void Answer(std::uint32_t id, const std::optional<Place>& place, const std::string& error);
 
     common::asio::any_io_executor m_executor;
+    const std::chrono::milliseconds m_patience;
     std::shared_ptr<common::OutgoingLink> m_link;
     std::uint32_t m_lastId = 0;
     // A stream has one request at a time.

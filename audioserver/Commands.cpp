@@ -11,6 +11,9 @@ namespace korvel::audioserver {
 
 void Session::Dispatch(const Request& request) {
     switch (request.command) {
+        case Command::kPing:
+            Send(OkLine(request.sequence, CommandWord(request.command)));
+            break;
         case Command::kReset:
             Send(Reset(request));
             break;

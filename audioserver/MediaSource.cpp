@@ -13,6 +13,7 @@
 #include "audioserver/PcmFormat.h"
 #include "audioserver/PipelineStart.h"
 #include "audioserver/PlaylistGuard.h"
+#include "common/RealTime.h"
 
 namespace korvel::audioserver {
 
@@ -48,10 +49,10 @@ namespace {
 constexpr guint kWebTimeoutSeconds = 10;
 // A file is decoded much faster than it plays, but not while a busy machine does something else. What is
 // there for that moment delays the start by the few milliseconds that decoding it takes.
-constexpr PcmFeed::Reserve kFileReserve{100, false};
-constexpr PcmFeed::Reserve kWebReserve{1500, true};
+constexpr PcmFeed::Reserve kFileReserve{100, 500, false};
+constexpr PcmFeed::Reserve kWebReserve{1500, 1500, true};
 // What is live comes at the pace at which it is played.
-constexpr PcmFeed::Reserve kInputReserve{0, false};
+constexpr PcmFeed::Reserve kInputReserve{0, 0, false};
 
 // "No such file" beats "could not read from resource"; and opening a pipe or a device would wait for ever.
 // Empty when it is a file.
@@ -126,9 +127,26 @@ void NotifyError(GstMessage* message, const MediaNotify& notify) {
         {MediaEvent::Kind::kFailed, error == nullptr || generic ? "the source has failed" : error->message});
 }
 
+// Who hears of the messages on a source's bus, and the element that hands the sound over to the sender.
+struct Listener {
+    MediaNotify notify;
+    const GstElement* outlet;
+};
+
+// Decoders stay ordinary threads, for they do what a file makes them do; what they have decoded must get on.
+void SetPriority(GstMessage* message, const GstElement* outlet) {
+    GstStreamStatusType type = GST_STREAM_STATUS_TYPE_CREATE;
+    GstElement* owner = nullptr;
+    gst_message_parse_stream_status(message, &type, &owner);
+    if (type == GST_STREAM_STATUS_TYPE_ENTER && owner == outlet)
+        common::MakeThreadRealTime();
+    else if (type == GST_STREAM_STATUS_TYPE_LEAVE)
+        common::MakeThreadOrdinary();
+}
+
 // Runs in whatever thread posts: turns the few messages of interest into events and keeps nothing.
-GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) {
-    const auto& notify = *static_cast<const MediaNotify*>(notifyPointer);
+GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer listenerPointer) {
+    const auto& [notify, outlet] = *static_cast<const Listener*>(listenerPointer);
     switch (GST_MESSAGE_TYPE(message)) {
         case GST_MESSAGE_ERROR:
             NotifyError(message, notify);
@@ -138,6 +156,9 @@ GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) 
             break;
         case GST_MESSAGE_ASYNC_DONE:
             notify({MediaEvent::Kind::kReady, {}});
+            break;
+        case GST_MESSAGE_STREAM_STATUS:
+            SetPriority(message, outlet);
             break;
         default:
             break;
@@ -203,8 +224,8 @@ MediaEvent::Kind LengthOf(GstElement* pipeline, GstElement* head) {
                                                     : MediaEvent::Kind::kBroadcast;
 }
 
-void DeleteNotify(gpointer notify) {
-    delete static_cast<MediaNotify*>(notify);
+void DeleteListener(gpointer listener) {
+    delete static_cast<Listener*>(listener);
 }
 
 // Has its share of what may be open until nothing holds it any more.
@@ -235,7 +256,7 @@ std::unique_ptr<MediaSource> MediaSource::OpenFile(const std::string& path, Owne
         error = "unusable path";
     if (!uri || !HasRoom(SourceThread::Kind::kFile, error))
         return nullptr;
-    std::unique_ptr<MediaSource> source(new MediaSource(MakeUriHead(uri.get()), {500, kFileReserve, false},
+    std::unique_ptr<MediaSource> source(new MediaSource(MakeUriHead(uri.get()), {1000, kFileReserve, false},
                                                         SourceThread::Kind::kFile, "", std::move(owner)));
     source->Start([path] { return LookAtFile(path); }, true);
     return source;
@@ -285,14 +306,13 @@ MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, SourceThread::
     GuardPlaylists();
     m_outlet->notify = std::move(owner.notify);
     const MediaNotify notify = [outlet = m_outlet](MediaEvent event) { outlet->Notify(std::move(event)); };
-    const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
-    // The bus owns its copy, so a message posted during the teardown still meets a valid one.
-    gst_bus_set_sync_handler(bus.get(), OnMessage, new MediaNotify(notify), DeleteNotify);
-
     const ElementPtr converter = MakeElement("audioconvert");
     const ElementPtr resampler = MakeElement("audioresample");
     const ElementPtr queue = MakeElement("queue");
     const ElementPtr sink = MakeElement("appsink");
+    const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
+    // The bus owns it, so a message posted during the teardown still meets a valid one.
+    gst_bus_set_sync_handler(bus.get(), OnMessage, new Listener{notify, queue.get()}, DeleteListener);
     const CapsPtr caps(gst_caps_from_string(kPcmCaps));
     g_object_set(queue.get(), "max-size-time", static_cast<guint64>(reserve.queueMilliseconds * GST_MSECOND),
                  "max-size-bytes", 0U, "max-size-buffers", 0U, nullptr);

@@ -12,12 +12,17 @@ namespace {
 // A status line per this much of the reserve: enough to watch, too few to flood a connection.
 constexpr std::size_t kFillStepPercent = 25;
 
+std::size_t BytesOf(std::size_t milliseconds) {
+    return milliseconds * kSampleRate / 1000 * kFrameBytes;
+}
+
 } // namespace
 
 PcmFeed::PcmFeed(GstAppSink* sink, const Reserve& reserve, MediaNotify notify)
     : m_sink(GST_ELEMENT(gst_object_ref(sink))),
       m_adapter(gst_adapter_new()),
-      m_fillBytes(reserve.milliseconds * kSampleRate / 1000 * kFrameBytes),
+      m_fillBytes(BytesOf(reserve.milliseconds)),
+      m_aheadBytes(BytesOf(reserve.aheadMilliseconds)),
       m_told(reserve.told),
       m_notify(std::move(notify)),
       m_filling(m_fillBytes > 0) {}
@@ -29,7 +34,7 @@ PcmFeed::~PcmFeed() {
 PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
     if (!m_open || (m_filling && !IsFilled()))
         return Result::kStarved;
-    Draw(packet.size());
+    Draw(std::max(packet.size(), m_aheadBytes));
     std::size_t available = gst_adapter_available(m_adapter);
     if (available < packet.size()) {
         if (!gst_app_sink_is_eos(GST_APP_SINK(m_sink.get()))) {

@@ -24,10 +24,15 @@ public:
         kDrained  // the media has ended and everything was given out before
     };
 
-    // Sound that must be there before any is given out, again after each time that it ran dry.
     struct Reserve {
-        std::size_t milliseconds; // 0 for a source that needs none
-        bool told;                // whether filling it takes so long that listeners want to know
+        // Sound that must be there before any is given out, again after each time that it ran dry; 0 for a source
+        // that needs none.
+        std::size_t milliseconds;
+        // Sound that is taken over from the decoder ahead of time, as far as there is, so that one that is late on a
+        // busy machine is not missed.
+        std::size_t aheadMilliseconds;
+        // Whether filling the reserve takes so long that listeners want to know.
+        bool told;
     };
 
     // `sink`: where decoded sound arrives, started before Open().
@@ -58,6 +63,7 @@ private:
     ElementPtr m_sink;
     GstAdapter* m_adapter;
     std::size_t m_fillBytes;
+    std::size_t m_aheadBytes;
     bool m_told;
     MediaNotify m_notify;
     std::atomic<bool> m_open = false; // a sink that was not started looks like one at its end

@@ -51,6 +51,7 @@ inline constexpr std::string_view kWebReference = "stream-";
 inline constexpr std::string_view kCatalogueReference = "rhap://";
 
 enum class Command {
+    kPing,
     kReset,
     kAddStream,
     kAddAnnouncement,
@@ -72,7 +73,8 @@ struct CommandShape {
     Arguments arguments;
 };
 
-inline constexpr std::array<CommandShape, 10> kCommands{{
+inline constexpr std::array<CommandShape, 11> kCommands{{
+    {"ping", Command::kPing, Arguments::kNone},
     {"reset", Command::kReset, Arguments::kNone},
     {"addstr", Command::kAddStream, Arguments::kNone},
     {kAnnouncement, Command::kAddAnnouncement, Arguments::kNone},

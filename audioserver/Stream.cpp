@@ -61,7 +61,7 @@ void Stream::Start() {
 void Stream::EndOutput() {
     for (const ClientAddress& client : m_clients)
         m_output->RemoveClient(client);
-    m_output->SetFeed(nullptr);
+    m_output->GetFeeds().Set(nullptr);
     try {
         SourceThread thread(m_executor, m_settings.times.toEnd, SourceThread::Kind::kOutput);
         thread.Do(
@@ -87,7 +87,7 @@ void Stream::RemoveClient(const ClientAddress& client) {
 }
 
 void Stream::AddMedia(const MediaReference& reference) {
-    Unload();
+    LeaveMedia();
     m_mediaKind = reference.kind;
     m_paused = false;
     if (reference.kind == MediaReference::Kind::kCatalogue) {
@@ -109,11 +109,16 @@ void Stream::AddMedia(const MediaReference& reference) {
         // A live source never reports that it has its first sound.
         MakeNotify()({MediaEvent::Kind::kReady, {}});
     }
-    m_output->SetFeed(m_media->Feed());
+    m_output->GetFeeds().Set(m_media->Feed());
     StartPatience();
 }
 
 void Stream::Unload() {
+    LeaveMedia();
+    m_output->GetFeeds().Set(nullptr);
+}
+
+void Stream::LeaveMedia() {
     DropMedia();
     LeaveCatalogue();
     m_untilRetry.cancel();
@@ -131,14 +136,14 @@ void Stream::Unload() {
 // `onEnd`: called when the source has ended or is abandoned, if there is one.
 void Stream::DropMedia(SourceThread::EndNotify onEnd) {
     ++m_generation;
-    m_output->SetFeed(nullptr);
+    m_output->GetFeeds().Leave();
     m_patience.cancel();
     m_untilLength.cancel();
     if (m_media && onEnd)
         m_media->SetEndNotify(std::move(onEnd));
     m_media.reset();
+    // Its event comes too late to be heard: left there, it would keep every later title back.
     {
-        // The event that would have come for it is of the old generation.
         const std::lock_guard lock(m_title->mutex);
         m_title->text.reset();
     }
@@ -154,7 +159,7 @@ void Stream::SetState(PlayState state) {
         return;
     }
     m_paused = state == PlayState::kPause;
-    m_output->SetPaused(m_paused);
+    m_output->GetFeeds().SetPaused(m_paused);
     // Nothing is drawn while it is paused, and so nothing can be missed.
     m_patience.cancel();
     if (m_media && !m_sounds)

@@ -35,7 +35,7 @@ struct StreamSettings {
 
 // Lives on the loop. A new media replaces the one before at once; each source of it has a generation, and an
 // event of an earlier generation is dropped, so nothing is ever reported about a media that is no longer
-// loaded.
+// loaded. What was ready of the media before is heard until the new one has sound (Feeds).
 //
 //     empty --AddMedia--> playing <--SetState play/pause--> paused
 //     playing, paused --a station is lost--> reconnecting --a wait, the end of the source--> playing, paused
@@ -91,6 +91,7 @@ private:
     void OnDrained();
     void OnFailed(const std::string& reason);
     void Fail(const std::string& reason);
+    void LeaveMedia();
     void DropMedia(SourceThread::EndNotify onEnd = nullptr);
     void EndOutput();
     void Warn(const std::string& text, common::LogPlace place = common::LogPlace::Here()) const;

@@ -51,8 +51,8 @@ void Stream::MoveToStart() {
 
 // A pause may have come while the media was looked up.
 void Stream::ConnectFeed() {
-    m_output->SetFeed(m_media->Feed());
-    m_output->SetPaused(m_paused);
+    m_output->GetFeeds().Set(m_media->Feed());
+    m_output->GetFeeds().SetPaused(m_paused);
 }
 
 // False when this is no channel.

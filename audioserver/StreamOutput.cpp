@@ -1,16 +1,13 @@
 #include "audioserver/StreamOutput.h"
 
-#include <pthread.h>
-#include <sched.h>
-
 #include <algorithm>
-#include <cstring>
 #include <span>
 #include <stdexcept>
 #include <utility>
 
 #include "audioserver/PcmFormat.h"
 #include "audioserver/PipelineStart.h"
+#include "common/RealTime.h"
 
 namespace korvel::audioserver {
 namespace {
@@ -21,20 +18,15 @@ constexpr std::uint64_t kIdlePackets = 1000 / kPacketMilliseconds;
 
 using ErrorNotify = std::function<void(std::string)>;
 
-// The calling thread, in which packets are sent, is scheduled before all ordinary work of the machine where
-// the system allows it (RLIMIT_RTPRIO); where not, it runs like any other.
-void MakeRealTime() {
-    sched_param priority{};
-    priority.sched_priority = sched_get_priority_min(SCHED_RR);
-    pthread_setschedparam(pthread_self(), SCHED_RR, &priority);
-}
-
 void OnStreamStatus(GstMessage* message) {
     GstStreamStatusType type = GST_STREAM_STATUS_TYPE_CREATE;
     gst_message_parse_stream_status(message, &type, nullptr);
-    // A thread announces itself when it begins, in itself.
+    // A thread announces itself when it begins and when it ends, in itself. All pipelines take their threads from
+    // one pool: one that has left may serve a decoder next.
     if (type == GST_STREAM_STATUS_TYPE_ENTER)
-        MakeRealTime();
+        common::MakeThreadRealTime();
+    else if (type == GST_STREAM_STATUS_TYPE_LEAVE)
+        common::MakeThreadOrdinary();
 }
 
 GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer notifyPointer) {
@@ -93,11 +85,7 @@ StreamOutput::StreamOutput(ErrorNotify onError) {
 }
 
 StreamOutput::~StreamOutput() {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_stopping = true;
-    }
-    m_wake.notify_all();
+    m_feeds.Stop();
     gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
     const BusPtr bus(gst_element_get_bus(m_pipeline.get()));
     gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
@@ -140,23 +128,6 @@ void StreamOutput::RemoveClient(const ClientAddress& client) {
     g_signal_emit_by_name(m_rtcpSink, "remove", client.ip.c_str(), port + kRtcpPortOffset, nullptr);
 }
 
-void StreamOutput::SetFeed(std::shared_ptr<PcmFeed> feed) {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_feed.swap(feed);
-        m_paused = false;
-    }
-    m_wake.notify_all();
-}
-
-void StreamOutput::SetPaused(bool paused) {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_paused = paused;
-    }
-    m_wake.notify_all();
-}
-
 void StreamOutput::OnNeedData(GstAppSrc*, guint, gpointer self) {
     static_cast<StreamOutput*>(self)->SendPacket();
 }
@@ -167,7 +138,8 @@ void StreamOutput::SendPacket() {
     GstMapInfo map;
     if (!buffer || gst_buffer_map(buffer.get(), &map, GST_MAP_WRITE) == FALSE)
         return;
-    const bool audible = FillPacket(map.data);
+    // The sink has let go of the packet before.
+    const bool audible = m_feeds.Fill(std::span(map.data, kPacketBytes));
     gst_buffer_unmap(buffer.get(), &map);
     m_silentPackets = audible ? 0 : m_silentPackets + 1;
     GST_BUFFER_PTS(buffer.get()) = m_packet * kPacketDuration;
@@ -178,34 +150,9 @@ void StreamOutput::SendPacket() {
     gst_app_src_push_buffer(GST_APP_SRC(m_source), buffer.release());
 }
 
-// Fills one packet with sound or silence; returns whether it is sound. The sink has let go of the packet
-// before, so an end found here is an end that was sent.
-bool StreamOutput::FillPacket(std::uint8_t* data) {
-    std::shared_ptr<PcmFeed> feed;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!m_paused)
-            feed = m_feed;
-    }
-    PcmFeed::Result result = PcmFeed::Result::kStarved;
-    if (feed)
-        result = feed->Read(std::span(data, kPacketBytes));
-    if (result == PcmFeed::Result::kAudio)
-        return true;
-    std::memset(data, 0, kPacketBytes);
-    if (result == PcmFeed::Result::kDrained)
-        feed->ReportEnd();
-    return false;
-}
-
 void StreamOutput::RestWhileIdle() {
-    if (m_silentPackets < kIdlePackets)
+    if (m_silentPackets < kIdlePackets || !m_feeds.WaitUntilWanted())
         return;
-    std::unique_lock lock(m_mutex);
-    const auto hasWork = [this] { return m_stopping || (m_feed && !m_paused); };
-    if (hasWork())
-        return;
-    m_wake.wait(lock, hasWork);
     m_packet = PacketsUntilNow();
     m_silentPackets = 0;
     m_resumed = true;

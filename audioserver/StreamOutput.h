@@ -3,17 +3,14 @@
 
 #include <gst/app/gstappsrc.h>
 
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
-#include <memory>
-#include <mutex>
 #include <string>
 
 #include "audioserver/Descriptors.h"
+#include "audioserver/Feeds.h"
 #include "audioserver/GstPointers.h"
 #include "audioserver/LineParser.h"
-#include "audioserver/PcmFeed.h"
 
 namespace korvel::audioserver {
 
@@ -22,8 +19,8 @@ namespace korvel::audioserver {
 //     appsrc ! rtpL16pay ! rtpbin ! multiudpsink (RTP)
 //                          rtpbin ! multiudpsink (RTCP, each client's port + 1)
 //
-// Its source sends a packet each 4 ms, out of the feed of the moment or, for lack of one, silence. So a
-// change of media is a change of feed between two packets: source identifier, sequence numbers and
+// Its source sends a packet each 4 ms, out of the feeds or, for lack of one, silence. So a change of media is a
+// change of feed between two packets: source identifier, sequence numbers and
 // timestamps run on, and the rooms keep their place. The sink holds each packet until its time, which paces
 // the whole; the decoder is paced by being drawn from. When nothing has played for a while, the stream sends
 // nothing until there is sound again.
@@ -43,17 +40,13 @@ public:
     void AddClient(const ClientAddress& client);
     void RemoveClient(const ClientAddress& client);
 
-    // Draws from this feed from the next packet on, unpaused; null for silence.
-    void SetFeed(std::shared_ptr<PcmFeed> feed);
-
-    // Stops and resumes drawing from the feed; silence meanwhile.
-    void SetPaused(bool paused);
+    // What is sent.
+    Feeds& GetFeeds() { return m_feeds; }
 
 private:
     static void OnNeedData(GstAppSrc* source, guint length, gpointer self);
     void BuildPipeline();
     void SendPacket();
-    bool FillPacket(std::uint8_t* data);
     void RestWhileIdle();
     std::uint64_t PacketsUntilNow() const;
 
@@ -63,12 +56,7 @@ private:
     GstElement* m_rtpSink = nullptr;
     GstElement* m_rtcpSink = nullptr;
 
-    // Shared between the loop and the pipeline's thread, under the mutex.
-    std::mutex m_mutex;
-    std::condition_variable m_wake;
-    std::shared_ptr<PcmFeed> m_feed;
-    bool m_paused = false;
-    bool m_stopping = false;
+    Feeds m_feeds;
 
     // Only used by the pipeline's thread.
     std::uint64_t m_packet = 0;

@@ -1,7 +1,6 @@
 #include <gst/gst.h>
 #include <malloc.h>
 
-#include <CLI/CLI.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
@@ -69,7 +68,8 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app("Audio server: plays media to rooms on request of a controller.", "korvel-audioserver");
-    AddOptions(app, options);
-    return korvel::common::RunProgram(app, argc, argv, [&options] { return Run(options); });
+    return korvel::common::RunProgram(
+        {"korvel-audioserver", "Audio server: plays media to rooms on request of a controller."},
+        [&options](CLI::App& app) { AddOptions(app, options); }, argc, argv,
+        [&options] { return Run(options); });
 }

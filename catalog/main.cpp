@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
 #include <iostream>
@@ -30,7 +29,8 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app("Serves the catalogue of a streaming service from a file.", "korvel-catalog");
-    AddOptions(app, options);
-    return korvel::common::RunProgram(app, argc, argv, [&options] { return Run(options); });
+    return korvel::common::RunProgram(
+        {"korvel-catalog", "Serves the catalogue of a streaming service from a file."},
+        [&options](CLI::App& app) { AddOptions(app, options); }, argc, argv,
+        [&options] { return Run(options); });
 }

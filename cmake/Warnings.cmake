@@ -8,7 +8,14 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 
 # Sanitizers must be the same in the plug-in and in every program that loads it.
-if(KORVEL_SANITIZE OR KORVEL_FUZZ)
+if(KORVEL_FUZZ OR KORVEL_SANITIZE STREQUAL "address")
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
+elseif(KORVEL_SANITIZE STREQUAL "thread")
+    add_subdirectory(tests/threads)
+    add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=thread)
+    link_libraries(korvel_glib_locks)
+elseif(KORVEL_SANITIZE)
+    message(FATAL_ERROR "KORVEL_SANITIZE is address or thread, not ${KORVEL_SANITIZE}")
 endif()

@@ -6,6 +6,10 @@
 namespace korvel::roomplayer {
 namespace {
 
+std::runtime_error NoSuchElement(const char* factory) {
+    return std::runtime_error(std::string("GStreamer has no element ") + factory);
+}
+
 bool IsOf(GstElement* element, const char* factory) {
     GstElementFactory* made = gst_element_get_factory(element);
     return made != nullptr && g_strcmp0(GST_OBJECT_NAME(made), factory) == 0;
@@ -33,9 +37,16 @@ GstElement* AddElement(GstElement* pipeline, const char* factory) {
 
 GstElement* AddElement(GstElement* pipeline, GstElement* made, const char* factory) {
     if (made == nullptr)
-        throw std::runtime_error(std::string("GStreamer has no element ") + factory);
+        throw NoSuchElement(factory);
     gst_bin_add(GST_BIN(pipeline), made);
     return made;
+}
+
+void LoadElement(const char* factory) {
+    GstElement* made = gst_element_factory_make(factory, nullptr);
+    if (made == nullptr)
+        throw NoSuchElement(factory);
+    gst_object_unref(gst_object_ref_sink(made));
 }
 
 ElementPtr FindChild(GstElement* bin, const char* factory) {

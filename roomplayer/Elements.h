@@ -12,6 +12,10 @@ GstElement* AddElement(GstElement* pipeline, const char* factory);
 // Hands an element that was made, or was not, to the pipeline. `factory` is named when it was not made.
 GstElement* AddElement(GstElement* pipeline, GstElement* made, const char* factory);
 
+// Loads what makes an element, which takes long the first time.
+// Throws std::runtime_error when GStreamer has no such element.
+void LoadElement(const char* factory);
+
 // A new reference to the first child made by the factory; null when there is none.
 ElementPtr FindChild(GstElement* bin, const char* factory);
 

@@ -11,15 +11,16 @@ class App;
 
 namespace korvel::roomplayer {
 
-// Bounds of --latency. Below the lower one a packet has no chance to wait for a late one before it.
-inline constexpr unsigned kMinLatencyMilliseconds = 5;
+// Bounds of --latency. Below the lower one nothing may be late.
+inline constexpr unsigned kMinLatencyMilliseconds = 40;
 inline constexpr unsigned kMaxLatencyMilliseconds = 5000;
 
 struct Options {
     std::string address = "127.0.0.1";
     // RTP port, RTCP on the next; 0 picks a free pair.
     std::uint16_t port = 0;
-    unsigned latencyMilliseconds = 100;
+    // From receiving a sound to handing it to the device. As much as a busy machine may be late without being heard.
+    unsigned latencyMilliseconds = 200;
     // Empty for no recording.
     std::string recordPath;
     bool useDevice = true;

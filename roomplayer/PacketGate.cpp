@@ -9,6 +9,7 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
+constexpr std::size_t kIpv4Bytes = 4;
 constexpr unsigned kVersion = 2;
 // The version alone: no padding, no extension, no contributors.
 constexpr unsigned kPlainHeader = kVersion << 6;
@@ -76,13 +77,21 @@ bool SpeaksOnlyOf(std::uint32_t stream, Bytes packet) {
 
 } // namespace
 
-std::optional<SenderAddress> ParseSenderAddress(const std::string& text) {
+SenderAddress MakeSenderAddress(Bytes bytes) {
     SenderAddress address{};
-    if (::inet_pton(AF_INET6, text.c_str(), address.data()) == 1)
-        return address;
-    address = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff};
-    if (::inet_pton(AF_INET, text.c_str(), address.data() + 12) == 1)
-        return address;
+    if (bytes.size() == kIpv4Bytes)
+        address[10] = address[11] = 0xff;
+    if (bytes.size() == kIpv4Bytes || bytes.size() == address.size())
+        std::copy_backward(bytes.begin(), bytes.end(), address.end());
+    return address;
+}
+
+std::optional<SenderAddress> ParseSenderAddress(const std::string& text) {
+    SenderAddress bytes{};
+    if (::inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1)
+        return bytes;
+    if (::inet_pton(AF_INET, text.c_str(), bytes.data()) == 1)
+        return MakeSenderAddress(Bytes(bytes).first(kIpv4Bytes));
     return std::nullopt;
 }
 

@@ -18,6 +18,9 @@ namespace korvel::roomplayer {
 // A sender's address; IPv4 in its mapped form, as it arrives at an IPv6 socket.
 using SenderAddress = std::array<std::uint8_t, 16>;
 
+// From the 4 or 16 bytes of an address in network order; of any other length it is nobody's.
+SenderAddress MakeSenderAddress(std::span<const std::uint8_t> bytes);
+
 // Empty when the text is no numeric address.
 std::optional<SenderAddress> ParseSenderAddress(const std::string& text);
 

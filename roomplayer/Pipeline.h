@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "roomplayer/GstPointers.h"
@@ -22,10 +23,14 @@ namespace korvel::roomplayer {
 // One pipeline from start to end:
 //
 //     udpsrc (RTP, RTCP) ! rtpbin ! rtpL16depay ! audiomixer ! tee ! device or nothing
-//     audiotestsrc (silence)       !              audiomixer   tee ! recording
+//     audiotestsrc (silence) ! queue !            audiomixer   tee ! recording
 //
-// The silence is live and never ends, so the mixer gives sound in real time whether somebody sends or not.
+// The silence is live and never ends, so the mixer gives sound in real time whether somebody sends or not. It
+// comes late, and so the mixer, which takes what all its inputs have, is never ahead of a sender that is new.
 // Each sender that the gate lets in gets a depayloader of its own, which goes when the sender does.
+//
+// The threads of the sound come before ordinary work and wait for nothing but sound: what they have to say is
+// logged by the main loop, and a file that takes nothing misses a part of the recording.
 //
 // Made, used and destroyed in the thread of the default GLib main loop.
 class Pipeline {
@@ -46,6 +51,8 @@ public:
 
     // Buffers that have reached the device so far.
     std::uint64_t Played() const { return m_played; }
+    // What takes the sound, see SoundDevice.
+    const std::string& Output() const { return m_output; }
 
 private:
     struct Branch {
@@ -53,26 +60,31 @@ private:
         PadPtr mixerPad;
     };
 
-    void Build(const Options& options, const UdpPorts& ports);
+    GstElement* Build(const Options& options, const UdpPorts& ports);
     void Stop();
     void AddReceiver(GSocket* socket, const char* rtpbinPad, GstPadProbeCallback gate);
     void AddMixer(const Options& options);
     void AddDevice(const Options& options);
-    void AddRecorder();
+    GstElement* AddRecorder();
 
     static GstPadProbeReturn OnPacket(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstPadProbeReturn OnReport(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstPadProbeReturn OnPlayed(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstCaps* OnPayloadType(GstElement* rtpbin, guint session, guint payloadType, gpointer self);
+    static void OnJitterBuffer(GstElement* rtpbin, GstElement* buffer, guint session, guint sender,
+                               gpointer self);
     static void OnPadAdded(GstElement* rtpbin, GstPad* pad, gpointer self);
     static void OnPadRemoved(GstElement* rtpbin, GstPad* pad, gpointer self);
     static GstFlowReturn OnSound(GstAppSink* sink, gpointer self);
     static gboolean OnMessage(GstBus* bus, GstMessage* message, gpointer self);
     void ForgetSender(std::uint32_t sender);
-    void LogDropped();
+    void TellSender();
+    void TellDropped();
+    bool Record(GstBuffer* sound);
 
     PacketGate& m_gate;
     WavWriter* m_recording;
+    std::chrono::milliseconds m_recordedBefore{0};
     ErrorNotify m_onError;
     std::chrono::milliseconds m_drainTime;
     ElementPtr m_pipeline;
@@ -80,9 +92,11 @@ private:
     GstElement* m_mixer = nullptr;
     GstElement* m_tee = nullptr;
     SourceId m_messages;
-    bool m_recordingFailed = false; // only used by the recorder's thread
+    bool m_recordingFailed = false;            // only used by the recorder's thread
+    std::optional<std::uint32_t> m_toldSender; // only used by the RTP port's thread
     std::atomic<std::uint64_t> m_played = 0;
     std::atomic<std::uint64_t> m_nextDroppedLine = 1; // as many dropped packets are told of next
+    std::string m_output;
 
     std::mutex m_mutex; // senders come and go in several threads
     std::map<std::string, Branch> m_branches;

@@ -55,6 +55,7 @@ void Player::StartPipeline() {
 }
 
 void Player::StartAnew() {
+    const std::string output = Output();
     m_pipeline.reset();
     if (m_recording) {
         m_recording->FillUpTo(
@@ -62,6 +63,8 @@ void Player::StartAnew() {
     }
     try {
         StartPipeline();
+        if (Output() != output)
+            m_report("output " + Output());
     } catch (const std::runtime_error& error) {
         Fail(error.what());
     }

@@ -22,7 +22,8 @@ namespace korvel::roomplayer {
 // comes out of it for two seconds. Second t of a recording is second t of the player's life, also then.
 class Player {
 public:
-    // Takes "stalled" when no sound comes out any more and "playing" when it does again, alternately.
+    // Takes "stalled" when no sound comes out any more and "playing" when it does again, alternately, and
+    // "output " with Output() when that has changed.
     using Report = std::function<void(std::string_view event)>;
 
     // Binds the ports, opens the recording and starts. A missing sound device is no error: the sound is
@@ -35,6 +36,8 @@ public:
 
     // The real RTP port.
     std::uint16_t Port() const { return m_ports.port; }
+    // What takes the sound, see SoundDevice.
+    const std::string& Output() const { return m_pipeline->Output(); }
 
     // Runs the default GLib main loop until the signal SIGINT or SIGTERM, or until playing has failed.
     // Returns whether it ended without a failure.

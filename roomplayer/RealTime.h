@@ -5,9 +5,10 @@
 
 namespace korvel::roomplayer {
 
-// Each thread in which sound of the pipeline flows is scheduled before all ordinary work of the machine from
-// now on, where the system allows it (RLIMIT_RTPRIO); where not, it runs like any other. To be called before
-// the pipeline is started; takes the sync handler of its bus.
-void MakeRealTime(GstElement* pipeline);
+// Each thread in which sound of the pipeline flows comes before all ordinary work of the machine from now on, where
+// the system allows it (common/RealTime.h), and is an ordinary one again when it has left the pipeline. To be called
+// before the pipeline is started; takes the sync handler of its bus.
+// `ordinary`: an element of the pipeline whose own thread stays an ordinary one; null for none.
+void MakeRealTime(GstElement* pipeline, const GstElement* ordinary);
 
 } // namespace korvel::roomplayer

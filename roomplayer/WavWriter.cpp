@@ -70,6 +70,10 @@ bool WavWriter::Append(std::span<const std::uint8_t> samples) {
     return true;
 }
 
+std::chrono::milliseconds WavWriter::Length() const {
+    return std::chrono::milliseconds(m_dataBytes / kFrameBytes * 1000 / kRate);
+}
+
 bool WavWriter::FillUpTo(std::chrono::milliseconds length) {
     const std::uint64_t bytes = static_cast<std::uint64_t>(length.count()) * kRate / 1000 * kFrameBytes;
     if (m_failed || bytes <= m_dataBytes)

@@ -23,6 +23,9 @@ public:
     // has, and further calls do nothing.
     bool Append(std::span<const std::uint8_t> samples);
 
+    // How long the recording is.
+    std::chrono::milliseconds Length() const;
+
     // Appends silence until the recording is so long; one that is longer stays as it is. False as above.
     bool FillUpTo(std::chrono::milliseconds length);
 

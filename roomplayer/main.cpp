@@ -1,6 +1,5 @@
 #include <gst/gst.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <iostream>
 #include <stdexcept>
@@ -22,6 +21,7 @@ int Run(const Options& options) {
     std::signal(SIGPIPE, SIG_IGN);
     Player player(options, [](std::string_view event) { std::cout << event << std::endl; });
     std::cout << "listening on " << options.address << ":" << player.Port() << std::endl;
+    std::cout << "output " << player.Output() << std::endl;
     return player.Run() ? korvel::common::kExitDone : korvel::common::kExitFailed;
 }
 
@@ -29,7 +29,8 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app("Room player: plays the stream that is sent to its port.", "korvel-roomplayer");
-    AddOptions(app, options);
-    return korvel::common::RunProgram(app, argc, argv, [&options] { return Run(options); });
+    return korvel::common::RunProgram(
+        {"korvel-roomplayer", "Room player: plays the stream that is sent to its port."},
+        [&options](CLI::App& app) { AddOptions(app, options); }, argc, argv,
+        [&options] { return Run(options); });
 }

@@ -69,7 +69,7 @@ std::string ToText(const HostPort& address) {
 std::optional<WebAddress> ParseWebAddress(std::string_view text) {
     constexpr std::string_view kHttp = "http://";
     constexpr std::string_view kHttps = "https://";
-    if (std::ranges::any_of(text, [](char c) { return IsControl(c) || c == ' ' || c == '"'; }))
+    if (!FitsInQuotes(text) || text.find(' ') != std::string_view::npos)
         return std::nullopt;
     const bool secure = text.starts_with(kHttps);
     if (!secure && !text.starts_with(kHttp))

@@ -1,5 +1,9 @@
 #include "common/LineConnection.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/write.hpp>
 #include <sstream>
@@ -16,6 +20,23 @@ std::string PeerOf(const tcp::socket& socket) {
     return error ? "unknown peer" : text.str();
 }
 
+// A peer whose machine has vanished ends no connection. The system asks for it when nothing is on its way, and gives
+// up what it does not acknowledge, each within kPeerPatience.
+void NoticeVanishedPeer(tcp::socket& socket) {
+    constexpr int kProbes = 3;
+    constexpr int kBetween = 2; // seconds
+    constexpr int kSilence = static_cast<int>(kPeerPatience.count()) - kProbes * kBetween;
+    constexpr int kUnacknowledged = static_cast<int>(std::chrono::milliseconds(kPeerPatience).count());
+    const auto set = [&socket](int level, int option, int value) {
+        ::setsockopt(socket.native_handle(), level, option, &value, sizeof(value));
+    };
+    set(SOL_SOCKET, SO_KEEPALIVE, 1);
+    set(IPPROTO_TCP, TCP_KEEPIDLE, kSilence);
+    set(IPPROTO_TCP, TCP_KEEPINTVL, kBetween);
+    set(IPPROTO_TCP, TCP_KEEPCNT, kProbes);
+    set(IPPROTO_TCP, TCP_USER_TIMEOUT, kUnacknowledged);
+}
+
 } // namespace
 
 LineConnection::LineConnection(tcp::socket socket, const LineLimits& limits, Listener& listener)
@@ -29,8 +50,7 @@ LineConnection::LineConnection(tcp::socket socket, const LineLimits& limits, Lis
 void LineConnection::Start() {
     error_code ignored;
     m_socket.set_option(tcp::no_delay(true), ignored);
-    // A peer whose machine vanished sends nothing that would end the connection.
-    m_socket.set_option(asio::socket_base::keep_alive(true), ignored);
+    NoticeVanishedPeer(m_socket);
     if (m_limits.firstLineTime.count() > 0)
         WatchTime(m_limits.firstLineTime, "it says nothing");
     Read();

@@ -1,5 +1,7 @@
 #include "common/Lines.h"
 
+#include "common/Text.h"
+
 namespace korvel::common {
 namespace {
 
@@ -16,6 +18,11 @@ std::string_view WithoutEnd(std::string_view line) {
 
 std::string_view Line::GetText() const {
     return tooLong ? std::string_view(bytes) : WithoutEnd(bytes);
+}
+
+bool IsOneLine(std::string_view bytes, std::size_t most) {
+    const std::string_view text = WithoutEnd(bytes);
+    return bytes.ends_with('\n') && text.size() <= most && !HasControl(text);
 }
 
 void LineSplitter::Add(std::string_view bytes) {

@@ -46,6 +46,15 @@ void OutgoingLink::Stop() {
     m_socket.close(ignored);
 }
 
+void OutgoingLink::Drop(const std::string& why) {
+    asio::post(m_executor, [drop = InThisAttempt([this, why](error_code) {
+                                if (!m_connection)
+                                    return;
+                                m_connection->Close();
+                                Fail(why);
+                            })] { drop(error_code()); });
+}
+
 void OutgoingLink::Connect() {
     m_busy = true;
     ++m_attempt;

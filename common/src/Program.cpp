@@ -31,4 +31,11 @@ int RunProgram(CLI::App& app, int argc, const char* const* argv, const std::func
     }
 }
 
+int RunProgram(const ProgramInfo& info, const std::function<void(CLI::App&)>& addOptions, int argc,
+               const char* const* argv, const std::function<int()>& body) {
+    CLI::App app(info.purpose, info.name);
+    addOptions(app);
+    return RunProgram(app, argc, argv, body);
+}
+
 } // namespace korvel::common

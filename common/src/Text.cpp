@@ -24,6 +24,14 @@ bool HasControl(std::string_view text) {
     return std::ranges::any_of(text, IsControl);
 }
 
+bool FitsInQuotes(std::string_view text) {
+    return !HasControl(text) && text.find('"') == std::string_view::npos;
+}
+
+bool IsReference(std::string_view text) {
+    return text.size() <= kMaxReferenceBytes && FitsInQuotes(text);
+}
+
 std::string_view CutText(std::string_view text, std::size_t most) {
     constexpr std::size_t kMostContinuations = 3;
     if (text.size() <= most)

@@ -1,5 +1,7 @@
 #include "app/Commands.h"
 
+#include "app/Parameters.h"
+#include "common/Text.h"
 #include "host/Refused.h"
 #include "platform/Text.h"
 
@@ -9,7 +11,9 @@ std::string Commands::Execute(const ICmdMessage& command) {
     const std::string& name = command.GetName();
     if (!m_parts.host.HasCommand(name))
         throw Refused(Refused::Why::NotFound, "unknown command '" + name + "'");
+    CheckParameters(command);
     RequireReady();
+    m_checks.Before(command);
     const Target target = Prepare(command);
     CR_String answer;
     m_parts.library.Database().AsOneChange([&] { m_parts.driver.Execute(command, answer); });
@@ -17,17 +21,20 @@ std::string Commands::Execute(const ICmdMessage& command) {
         m_parts.router.RouteSoon(target.roomId, QueueIdOf(answer.GetText()), target.input);
     // Settings may have changed, and the driver does not always say so.
     m_parts.state.SaveSoon();
+    m_checks.After(command, !answer.GetText().empty());
     return answer.GetText();
 }
 
 kv::auto_com<KVXML::INode> Commands::Request(const ICmdMessage& request) {
     const std::string& name = request.GetName();
+    CheckParameters(request);
     if (m_parts.host.HasUIRequest(name))
         return m_parts.driver.Request(request);
     if (!m_parts.host.HasCommand(name))
         throw Refused(Refused::Why::NotFound, "unknown request '" + name + "'");
     // Any command can be asked as a request; its effects are the same.
     RequireReady();
+    m_checks.Before(request);
     const Target target = Prepare(request);
     kv::auto_com<KVXML::INode> reply;
     m_parts.library.Database().AsOneChange([&] { reply = m_parts.driver.Request(request); });
@@ -36,14 +43,21 @@ kv::auto_com<KVXML::INode> Commands::Request(const ICmdMessage& request) {
         m_parts.router.RouteSoon(target.roomId, named ? kv::ToULong(reply->GetText()) : 0, target.input);
     }
     m_parts.state.SaveSoon();
+    m_checks.After(request, reply != nullptr);
     return reply;
 }
 
 Commands::Target Commands::Prepare(const ICmdMessage& command) {
     Target target;
-    if (!IsMediaCommand(command.GetName()))
+    if (!IsMediaCommand(command.GetName())) {
+        // The driver remembers what is set for any room that it is told of.
+        if (!command.GetParam("ROOM_ID").empty())
+            RequireRoom(command);
         return target;
+    }
     target.roomId = RequireRoom(command);
+    if (command.GetName() == "ADD_PLAYLIST")
+        RequirePlayable(command.GetNumber("MEDIA_ID"));
     const LineInput* input = command.GetName() == "ADD_ALBUM_MP3"
                                  ? m_parts.library.FindInput(command.GetNumber("MEDIA_ID"))
                                  : nullptr;
@@ -54,6 +68,14 @@ Commands::Target Commands::Prepare(const ICmdMessage& command) {
             m_parts.router.Deselect(target.roomId);
     }
     return target;
+}
+
+// A playlist may have been written by another program than this one.
+void Commands::RequirePlayable(std::uint32_t playlistId) const {
+    for (const MediaItem& item : m_parts.library.Database().GetPlaylistSongs(playlistId)) {
+        if (!common::IsReference(item.externalId))
+            throw Refused(Refused::Why::Invalid, "the playlist holds an entry that is no reference to media");
+    }
 }
 
 void Commands::RequireReady() const {

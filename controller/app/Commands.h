@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "app/CommandChecks.h"
 #include "app/Library.h"
 #include "bindings/ServerBindings.h"
 #include "host/DriverHost.h"
@@ -12,8 +13,10 @@
 namespace korvel::controller {
 
 // Commands and requests from outside on their way to the driver. Both operations throw Refused: for a name
-// that the driver does not know, while no audio server can play (the driver would make a queue that nobody
-// answers for), and for a command that fills the queue of a room that is not there.
+// that the driver does not know, for parameters that CheckParameters() refuses, while no audio server can play (the
+// driver would make a queue that nobody answers for), for a command that names a room that is not there or fills
+// the queue of none, for a playlist with an entry that no line can name, and for one that changes nothing
+// (CommandChecks).
 class Commands {
 public:
     struct Parts {
@@ -22,11 +25,13 @@ public:
         const ServerBindings& bindings;
         RoomRouter& router;
         const RoomTable& rooms;
+        const VariableStore& variables;
         Library& library;
         StateKeeper& state;
     };
 
-    explicit Commands(const Parts& parts) : m_parts(parts) {}
+    explicit Commands(const Parts& parts)
+        : m_parts(parts), m_checks({parts.driver, parts.variables, parts.rooms, parts.library}) {}
 
     // The text that the command returned. What the command leads to (a room that is routed) is done when
     // whatever the caller posts to the loop next runs.
@@ -43,9 +48,11 @@ private:
 
     Target Prepare(const ICmdMessage& command);
     void RequireReady() const;
+    void RequirePlayable(std::uint32_t playlistId) const;
     std::uint32_t RequireRoom(const ICmdMessage& command) const;
 
     Parts m_parts;
+    CommandChecks m_checks;
 };
 
 } // namespace korvel::controller

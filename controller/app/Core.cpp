@@ -27,9 +27,10 @@ Core::Core(asio::io_context& loop, const Config& config, const common::Log& log)
       m_announcements({loop, m_driver, m_rooms, m_timers, m_events, log,
                        [this] { return m_bindings.WhyNotReady(); },
                        [this] { return m_bindings.ActiveBinding(); }}),
+      m_failures(m_events, log),
       m_stateFile(config.stateFolder + "/driver-state.xml", m_storage),
       m_state(loop, m_driver, m_stateFile, m_storage),
-      m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_library, m_state}),
+      m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_variables, m_library, m_state}),
       m_rhapsody(loop, log, m_driver, config.catalogAddress),
       m_stringX(CreateStandardStringX()),
       m_message(CreateStandardKVMessage()) {
@@ -43,6 +44,7 @@ Core::Core(asio::io_context& loop, const Config& config, const common::Log& log)
     });
     m_bindings.SetLineListener([this](std::uint32_t binding, const std::string& line) {
         m_announcements.OnServerLine(binding, line);
+        m_failures.OnServerLine(line);
     });
     m_router.SetRoomOffListener([this] { m_announcements.OnRoomOff(); });
     OfferServices();

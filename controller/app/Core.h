@@ -12,6 +12,7 @@
 #include "platform/Utilities.h"
 #include "rhapsody/RhapsodyService.h"
 #include "rooms/Announcements.h"
+#include "rooms/MediaFailures.h"
 
 namespace korvel::controller {
 
@@ -74,6 +75,7 @@ private:
     ServerBindings m_bindings;
     RoomRouter m_router;
     Announcements m_announcements;
+    MediaFailures m_failures;
     StateFile m_stateFile;
     StateKeeper m_state;
     Commands m_commands;

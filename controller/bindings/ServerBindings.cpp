@@ -3,23 +3,17 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "common/Text.h"
 #include "host/Ids.h"
 
 namespace korvel::controller {
-namespace {
-
-constexpr std::size_t kMaxShown = 200; // bytes of a line in the log
-
-} // namespace
 
 ServerBindings::ServerBindings(const Parts& parts, const std::vector<common::HostPort>& servers,
-                               common::BackOff backOff)
+                               common::BackOff backOff, Heartbeat heartbeat)
     : m_parts(parts), m_poster(parts.loop), m_offered{kFirstServerBinding} {
     for (const common::HostPort& server : servers)
-        m_links.push_back(std::make_shared<common::OutgoingLink>(
-            m_parts.loop.get_executor(), LinkTo(server, "audio server", backOff),
-            static_cast<common::OutgoingLink::Listener&>(*this), m_parts.log));
+        m_links.push_back(std::make_shared<ServerLink>(m_parts.loop, server, backOff, heartbeat,
+                                                       static_cast<ServerLink::Listener&>(*this),
+                                                       m_parts.log));
 }
 
 ServerBindings::~ServerBindings() {
@@ -54,57 +48,50 @@ void ServerBindings::BindOffered() {
         const std::uint32_t bindingId = kFirstServerBinding + static_cast<std::uint32_t>(m_bound);
         if (!m_offered.contains(bindingId))
             return;
-        common::OutgoingLink& link = *m_links[m_bound++];
+        ServerLink& link = *m_links[m_bound++];
         m_parts.driver.BindingChanged(bindingId);
         link.Start();
     }
 }
 
 std::string ServerBindings::WhyNotReady() const {
-    if (std::ranges::none_of(m_links, [](const auto& link) { return link->IsConnected(); }))
+    const ServerLink* active = LinkOf(m_active);
+    if (active && active->IsAnswering())
+        return "";
+    if (active && active->IsSilent())
+        return "the audio server of this machine does not answer";
+    if (std::ranges::none_of(m_links, [](const auto& link) { return link->IsAnswering(); }))
         return "no audio server is connected";
-    const common::OutgoingLink* active = LinkOf(m_active);
-    if (!active || !active->IsConnected())
-        return "the audio server of this machine is not connected";
-    return "";
+    return "the audio server of this machine is not connected";
 }
 
-std::uint32_t ServerBindings::BindingOf(const common::OutgoingLink& link) const {
+std::uint32_t ServerBindings::BindingOf(const ServerLink& link) const {
     const auto found = std::ranges::find_if(m_links, [&](const auto& each) { return each.get() == &link; });
     return kFirstServerBinding + static_cast<std::uint32_t>(found - m_links.begin());
 }
 
-common::OutgoingLink* ServerBindings::LinkOf(std::uint32_t bindingId) const {
+ServerLink* ServerBindings::LinkOf(std::uint32_t bindingId) const {
     if (bindingId < kFirstServerBinding || bindingId - kFirstServerBinding >= m_links.size())
         return nullptr;
     return m_links[bindingId - kFirstServerBinding].get();
 }
 
-void ServerBindings::OnConnected(common::OutgoingLink& link, const std::string& address) {
+void ServerBindings::OnConnected(ServerLink& link, const std::string& address) {
     const std::uint32_t bindingId = BindingOf(link);
     if (m_parts.system.IsLocalIPv4(address))
         m_active = bindingId;
-    PublishServer(link);
     m_parts.driver.BoundCall(bindingId, "SERVER_ONLINE", address);
 }
 
-void ServerBindings::OnLine(common::OutgoingLink& link, const common::Line& line) {
-    const std::string name = common::ToText(link.GetServer());
-    if (line.tooLong) {
-        m_parts.log.Warning("dropped a line of " + name +
-                            " that is too long: " + common::OneLine(line.bytes, kMaxShown));
-        return;
-    }
-    m_parts.log.Debug("from " + name + ": " + line.bytes);
+void ServerBindings::OnLine(ServerLink& link, const std::string& line) {
+    m_parts.log.Debug("from " + common::ToText(link.GetServer()) + ": " + line);
     const std::uint32_t bindingId = BindingOf(link);
     if (m_heard)
-        m_heard(bindingId, line.bytes);
-    m_parts.driver.BoundCall(bindingId, "DATA_RECEIVED", line.bytes);
+        m_heard(bindingId, line);
+    m_parts.driver.BoundCall(bindingId, "DATA_RECEIVED", line);
 }
 
-void ServerBindings::OnLost(common::OutgoingLink& link, bool wasConnected, const std::string&) {
-    if (!wasConnected)
-        return;
+void ServerBindings::OnLost(ServerLink& link) {
     const std::uint32_t bindingId = BindingOf(link);
     m_parts.driver.BoundCall(bindingId, "SERVER_OFFLINE", "");
     PublishServer(link);
@@ -114,7 +101,7 @@ void ServerBindings::OnLost(common::OutgoingLink& link, bool wasConnected, const
 
 void ServerBindings::SendBindMessage(std::uint32_t, std::uint32_t bindingId,
                                      const IOutboundBindMessage& message) {
-    common::OutgoingLink* link = LinkOf(bindingId);
+    ServerLink* link = LinkOf(bindingId);
     if (!link || message.GetName() != "SEND") {
         m_parts.log.Warning("dropped a message " + message.GetName() + " to binding " +
                             std::to_string(bindingId));
@@ -126,10 +113,12 @@ void ServerBindings::SendBindMessage(std::uint32_t, std::uint32_t bindingId,
 }
 
 nlohmann::json ServerBindings::ToJson(std::size_t index) const {
-    const common::OutgoingLink& link = *m_links[index];
+    const ServerLink& link = *m_links[index];
     const std::uint32_t bindingId = kFirstServerBinding + static_cast<std::uint32_t>(index);
-    return {{"binding", bindingId},     {"host", link.GetServer().host},   {"port", link.GetServer().port},
-            {"bound", index < m_bound}, {"connected", link.IsConnected()}, {"active", bindingId == m_active}};
+    return {
+        {"binding", bindingId},           {"host", link.GetServer().host},   {"port", link.GetServer().port},
+        {"bound", index < m_bound},       {"connected", link.IsAnswering()}, {"problem", link.GetProblem()},
+        {"active", bindingId == m_active}};
 }
 
 nlohmann::json ServerBindings::ToJson() const {
@@ -139,7 +128,7 @@ nlohmann::json ServerBindings::ToJson() const {
     return list;
 }
 
-void ServerBindings::PublishServer(const common::OutgoingLink& link) {
+void ServerBindings::PublishServer(const ServerLink& link) {
     nlohmann::json event = ToJson(BindingOf(link) - kFirstServerBinding);
     event["type"] = "server";
     m_parts.events.Publish(event);

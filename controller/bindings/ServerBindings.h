@@ -7,7 +7,7 @@
 #include <set>
 #include <vector>
 
-#include "bindings/LinkSettings.h"
+#include "bindings/ServerLink.h"
 #include "host/DriverPort.h"
 #include "host/EventBus.h"
 #include "net/Poster.h"
@@ -17,10 +17,9 @@
 namespace korvel::controller {
 
 // The audio servers of the configuration, each on a binding of the driver: the first on kFirstServerBinding,
-// the others on those that follow, as soon as the driver offers them. A server that connects or is lost is an
-// event
-// {"type":"server",...}.
-class ServerBindings final : public IBindMessageSender, private common::OutgoingLink::Listener {
+// the others on those that follow, as soon as the driver offers them. A server that begins to answer or is lost,
+// and what is known of why, is an event {"type":"server",...}.
+class ServerBindings final : public IBindMessageSender, private ServerLink::Listener {
 public:
     struct Parts {
         asio::io_context& loop;
@@ -31,7 +30,7 @@ public:
     };
 
     ServerBindings(const Parts& parts, const std::vector<common::HostPort>& servers,
-                   common::BackOff backOff = kServerBackOff);
+                   common::BackOff backOff = kServerBackOff, Heartbeat heartbeat = kServerHeartbeat);
     ~ServerBindings();
 
     // Called after the driver has heard that the server of this binding is lost.
@@ -55,26 +54,27 @@ public:
     // Why the driver cannot play now; "" when it can.
     std::string WhyNotReady() const;
 
-    // [{"binding","host","port","bound","connected","active"}, ...]
+    // [{"binding","host","port","bound","connected","problem","active"}, ...]
     nlohmann::json ToJson() const;
 
     void SendBindMessage(std::uint32_t fromDeviceId, std::uint32_t bindingId,
                          const IOutboundBindMessage& message) override;
 
 private:
-    void OnConnected(common::OutgoingLink& link, const std::string& address) override;
-    void OnLine(common::OutgoingLink& link, const common::Line& line) override;
-    void OnLost(common::OutgoingLink& link, bool wasConnected, const std::string& why) override;
+    void OnConnected(ServerLink& link, const std::string& address) override;
+    void OnLine(ServerLink& link, const std::string& line) override;
+    void OnLost(ServerLink& link) override;
+    void OnChanged(ServerLink& link) override { PublishServer(link); }
 
     void BindOffered();
-    std::uint32_t BindingOf(const common::OutgoingLink& link) const;
-    common::OutgoingLink* LinkOf(std::uint32_t bindingId) const;
+    std::uint32_t BindingOf(const ServerLink& link) const;
+    ServerLink* LinkOf(std::uint32_t bindingId) const;
     nlohmann::json ToJson(std::size_t index) const;
-    void PublishServer(const common::OutgoingLink& link);
+    void PublishServer(const ServerLink& link);
 
     Parts m_parts;
     Poster m_poster;
-    std::vector<std::shared_ptr<common::OutgoingLink>> m_links;
+    std::vector<std::shared_ptr<ServerLink>> m_links;
     std::size_t m_bound = 0; // the first m_bound links have their binding
     std::set<std::uint32_t> m_offered;
     std::uint32_t m_active = 0;

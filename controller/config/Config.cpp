@@ -126,7 +126,7 @@ void ReadStations(TomlTable& top, const std::string& source, Config& config) {
         StationConfig station;
         station.name = ReadName(table, "station", names);
         table.Text("url", station.url);
-        if (station.url.size() > kMaxUrlLength || !common::ParseWebAddress(station.url))
+        if (!common::IsReference(station.url) || !common::ParseWebAddress(station.url))
             table.Fail("url", "must be an http or https address");
         table.Text("genre", station.genre);
         table.Text("image", station.image);
@@ -143,7 +143,7 @@ void ReadInputs(TomlTable& top, const std::string& source, Config& config) {
         TomlTable table(*entry, source, "[[input]]");
         const std::string name = ReadName(table, "input", names);
         // The audio server takes quotes for a reference to media, and what follows a "=" for the source.
-        if (common::HasControl(name) || name.find_first_of("\"=") != std::string::npos)
+        if (!common::FitsInQuotes(name) || name.find('=') != std::string::npos)
             table.Fail("name", "holds a character that no input can have");
         table.RefuseOtherKeys();
         config.inputs.push_back(name);

@@ -20,7 +20,6 @@ inline constexpr std::size_t kMaxMusicFolders = 64;
 inline constexpr std::size_t kMaxStations = 500;
 inline constexpr std::size_t kMaxInputs = 100;
 inline constexpr std::size_t kMaxNameLength = 100;
-inline constexpr std::size_t kMaxUrlLength = 2000;
 
 // A room and the endpoint that plays in it.
 struct RoomConfig {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "common/Text.h"
 #include "config/Config.h"
 
 namespace korvel::controller {
@@ -10,7 +11,8 @@ TomlTable::TomlTable(const toml::table& table, std::string source, std::string w
     : m_table(table), m_source(std::move(source)), m_where(std::move(where)) {}
 
 std::string TomlTable::Name(std::string_view key) const {
-    std::string name = "'" + std::string(key) + "'";
+    std::string name = "'";
+    name.append(key).append("'");
     return m_where.empty() ? name : name + " in " + m_where;
 }
 
@@ -32,8 +34,8 @@ void TomlTable::Text(std::string_view key, std::string& value) {
     const auto* text = node->as_string();
     if (!text)
         Fail(key, "must be a text");
-    if (text->get().find('\0') != std::string::npos)
-        Fail(key, "holds a NUL character");
+    if (common::HasControl(text->get()))
+        Fail(key, "holds a control character");
     value = text->get();
 }
 
@@ -47,8 +49,10 @@ void TomlTable::TextList(std::string_view key, std::vector<std::string>& values)
     values.clear();
     for (const toml::node& item : *list) {
         const auto* text = item.as_string();
-        if (!text || text->get().find('\0') != std::string::npos)
+        if (!text)
             Fail(key, "must be a list of texts");
+        if (common::HasControl(text->get()))
+            Fail(key, "holds a control character");
         values.push_back(text->get());
     }
 }

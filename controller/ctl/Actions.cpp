@@ -1,8 +1,12 @@
 #include "ctl/Actions.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <filesystem>
+#include <utility>
 
 #include "platform/XmlHelper.h"
 
@@ -12,6 +16,8 @@ namespace {
 using nlohmann::json;
 
 constexpr int kMaxSuggestions = 10;
+// Stands in a text for bytes that are no UTF-8.
+constexpr const char* kReplacement = "\xEF\xBF\xBD";
 
 bool IsNumber(const std::string& text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
@@ -54,6 +60,13 @@ std::string MediaLine(const json& room, const json& inputs) {
     return "queue " + room.at("queue").dump() + ", " + line;
 }
 
+std::string ServerState(const json& server) {
+    if (server.at("connected").get<bool>())
+        return "connected";
+    const std::string problem = Text(server, "problem");
+    return "not connected" + (problem.empty() ? "" : ": " + problem);
+}
+
 } // namespace
 
 void Actions::Rooms() {
@@ -68,8 +81,7 @@ void Actions::Status() {
           << (status.at("ready").get<bool>() ? "ready" : Text(status, "notReadyBecause")) << "\n";
     for (const json& server : status.at("servers")) {
         m_out << "audio server " << Text(server, "host") << ":" << server.at("port") << " (binding "
-              << server.at("binding")
-              << "): " << (server.at("connected").get<bool>() ? "connected" : "not connected") << "\n";
+              << server.at("binding") << "): " << ServerState(server) << "\n";
     }
     const json& scan = status.at("scan");
     m_out << "scan: " << Text(scan, "phase") << ", " << scan.at("done") << " of " << scan.at("seen")
@@ -101,6 +113,8 @@ void Actions::Search(const std::string& text) {
               << "\n";
     for (const json& artist : found.at("artists").at("items"))
         m_out << "artist " << Text(artist, "name") << "\n";
+    if (std::ranges::all_of(found, [](const json& list) { return list.at("items").empty(); }))
+        throw Failure("nothing has '" + text + "' in its name");
 }
 
 std::string Actions::RoomId(const std::string& room) {
@@ -129,6 +143,14 @@ std::string Actions::SongId(const std::string& song) {
     throw Failure(text);
 }
 
+// The controller listens on this machine alone, so its files are here.
+void Actions::RequireFile(const std::string& songId) {
+    const json song = m_client.Get("/api/library/songs/" + songId);
+    const std::string file = Text(song, "location");
+    if (file.find(kReplacement) == std::string::npos && access(file.c_str(), F_OK) != 0 && errno == ENOENT)
+        throw Failure("the file of " + Text(song, "title") + " is not there: " + file);
+}
+
 std::string Actions::Run(const std::string& name, const json& parameters) {
     return Text(m_client.Post("/api/command", {{"name", name}, {"parameters", parameters}}), "return");
 }
@@ -138,6 +160,7 @@ void Actions::Play(const std::string& room, const std::vector<std::string>& song
     std::vector<std::string> ids;
     for (const std::string& song : songs)
         ids.push_back(SongId(song));
+    std::ranges::for_each(ids, [this](const std::string& id) { RequireFile(id); });
     json parameters = {{"ROOM_ID", roomId},
                        {"CLEAR", add ? "0" : "1"},
                        // "Now" waits for a song that plays; "next" after clearing does not.
@@ -173,8 +196,25 @@ void Actions::PlayListed(const std::string& command, json parameters) {
 }
 
 void Actions::PlayStation(const std::string& room, const std::string& station) {
-    PlayListed("ADD_IR_STREAM",
-               {{"ROOM_ID", RoomId(room)}, {"MEDIA_ID", ListedId("stations", "station", station)}});
+    const std::string roomId = RoomId(room);
+    // The room as the device that added the station: the driver tells it how the station does.
+    const json parameters = {
+        {"ROOM_ID", roomId}, {"MEDIA_ID", ListedId("stations", "station", station)}, {"DEVICE_ID", roomId}};
+    bool asked = false;
+    std::string reason = "its audio server is lost";
+    m_client.Watch([&](const json& event) {
+        // Asked for once the events come, none of which is missed so.
+        if (!std::exchange(asked, true))
+            PlayListed("ADD_IR_STREAM", parameters);
+        const std::string type = Text(event, "type");
+        if (type == "media")
+            reason = Text(event, "reason");
+        if (type == "room" && Id(event) == roomId && !event.at("routed").get<bool>())
+            throw Failure("the station '" + station + "' cannot be played: " + reason);
+        return type != "message" || event.at("room").dump() != roomId ||
+               Text(event, "name") != "QUEUE_STREAM_STATUS_CHANGED" ||
+               Text(event.at("parameters"), "STATUS") != "playing";
+    });
 }
 
 void Actions::PlayInput(const std::string& room, const std::string& input) {
@@ -197,8 +237,13 @@ void Actions::Join(const std::string& room, const std::vector<std::string>& othe
     std::string list;
     for (const std::string& other : others)
         list += (list.empty() ? "" : ",") + RoomId(other);
-    if (Run("ADD_ROOMS_TO_SESSION", {{"ROOM_ID", roomId}, {"ROOM_ID_LIST", list}}).empty())
-        throw Failure("room '" + room + "' plays nothing that others could join");
+    const std::string answer = Run("ADD_ROOMS_TO_SESSION", {{"ROOM_ID", roomId}, {"ROOM_ID_LIST", list}});
+    // The answer comes when the rooms have followed.
+    for (const json& each : m_client.Get("/api/rooms")) {
+        const std::string queue = "<queueid>" + each.at("queue").dump() + "</queueid>";
+        if (("," + list + ",").find("," + Id(each) + ",") != std::string::npos && queue != answer)
+            throw Failure(Text(each, "name") + " did not join");
+    }
 }
 
 void Actions::Announce(const std::string& file, const std::vector<std::string>& rooms) {

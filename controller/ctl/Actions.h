@@ -20,13 +20,13 @@ public:
     // Replaces what the room's queue holds and plays, or with `add` puts the songs at its end.
     void Play(const std::string& room, const std::vector<std::string>& songs, bool add);
     // Replace what the room hears by a station, a line input or a saved playlist, each named by its id or
-    // name.
+    // name. The first waits until the station is heard, and fails with the audio server's reason when it is not.
     void PlayStation(const std::string& room, const std::string& station);
     void PlayInput(const std::string& room, const std::string& input);
     void PlayPlaylist(const std::string& room, const std::string& playlist);
     // A command that takes nothing but the room.
     void Transport(const std::string& command, const std::string& room);
-    // The others hear what the room hears.
+    // The others hear what the room hears. Fails, too, when one of them does not in the end.
     void Join(const std::string& room, const std::vector<std::string>& others);
     // Plays the file once in the rooms, over whatever they hear, and returns when it has been heard.
     void Announce(const std::string& file, const std::vector<std::string>& rooms);
@@ -38,6 +38,8 @@ private:
     void StorageStatus(const nlohmann::json& storage);
     std::string RoomId(const std::string& room);
     std::string SongId(const std::string& song);
+    // Throws when the song's file is gone.
+    void RequireFile(const std::string& songId);
     // The id of what the library lists under `list` with this id or name.
     std::string ListedId(const std::string& list, const std::string& what, const std::string& wanted);
     void PlayListed(const std::string& command, nlohmann::json parameters);

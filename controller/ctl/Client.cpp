@@ -18,7 +18,6 @@ namespace http = beast::http;
 using boost::system::error_code;
 using tcp = asio::ip::tcp;
 
-constexpr std::chrono::seconds kPatience{30};
 constexpr std::uint64_t kMaxAnswer = 64u << 20;
 
 // Runs one asynchronous operation to its end, so that it has a time limit.
@@ -37,16 +36,17 @@ public:
     }
 };
 
-void Connect(Waiter& waiter, beast::tcp_stream& stream, const common::HostPort& server) {
+void Connect(Waiter& waiter, beast::tcp_stream& stream, const common::HostPort& server,
+             std::chrono::milliseconds patience) {
     tcp::resolver resolver(waiter.loop);
     const auto endpoints = resolver.resolve(server.host, std::to_string(server.port));
-    stream.expires_after(kPatience);
+    stream.expires_after(patience);
     waiter.Await([&](auto handler) { stream.async_connect(endpoints, handler); });
 }
 
 } // namespace
 
-Client::Client(const std::string& url) {
+Client::Client(const std::string& url, std::chrono::milliseconds patience) : m_patience(patience) {
     const auto address = common::ParseWebAddress(url);
     if (!address || address->secure || (address->target != "" && address->target != "/"))
         throw Failure("'" + url + "' is not an address like http://127.0.0.1:8080");
@@ -70,7 +70,7 @@ nlohmann::json Client::Ask(const std::string& method, const std::string& target,
     try {
         Waiter waiter;
         beast::tcp_stream stream(waiter.loop);
-        Connect(waiter, stream, m_server);
+        Connect(waiter, stream, m_server, m_patience);
         waiter.Await([&](auto handler) { http::async_write(stream, request, handler); });
         beast::flat_buffer buffer;
         waiter.Await([&](auto handler) { http::async_read(stream, buffer, answer, handler); });
@@ -90,8 +90,8 @@ nlohmann::json Client::Ask(const std::string& method, const std::string& target,
 void Client::Watch(const std::function<bool(const nlohmann::json&)>& heard) {
     try {
         Waiter waiter;
-        beast::websocket::stream<beast::tcp_stream> socket(waiter.loop);
-        Connect(waiter, beast::get_lowest_layer(socket), m_server);
+        beast::websocket::stream<beast::tcp_stream, false> socket(waiter.loop);
+        Connect(waiter, beast::get_lowest_layer(socket), m_server, m_patience);
         // From here on pings tell whether the controller is there.
         beast::get_lowest_layer(socket).expires_never();
         socket.set_option(beast::websocket::stream_base::timeout::suggested(beast::role_type::client));

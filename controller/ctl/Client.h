@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <nlohmann/json.hpp>
@@ -20,8 +21,10 @@ public:
 // there is none in time or it is an error.
 class Client {
 public:
-    // `url` is "http://HOST[:PORT]".
-    explicit Client(const std::string& url);
+    static constexpr std::chrono::seconds kPatience{30};
+
+    // `url` is "http://HOST[:PORT]"; `patience` is for one operation.
+    explicit Client(const std::string& url, std::chrono::milliseconds patience = kPatience);
 
     nlohmann::json Get(const std::string& target) { return Ask("GET", target, ""); }
     nlohmann::json Post(const std::string& target, const nlohmann::json& body = nlohmann::json::object()) {
@@ -36,6 +39,7 @@ private:
     std::string Unreachable(const std::string& why) const;
 
     common::HostPort m_server;
+    const std::chrono::milliseconds m_patience;
 };
 
 // The text as it may stand in a query value.

@@ -104,7 +104,8 @@ bool IsPostPath(const std::vector<std::string>& path) {
     if (path.size() == 2)
         return path[1] == "command" || path[1] == "request" || path[1] == "announce";
     if (path.size() == 3)
-        return path[1] == "library" && (path[2] == "scan" || path[2] == "forget-missing");
+        return path[1] == "library" &&
+               (path[2] == "scan" || path[2] == "forget-missing" || path[2] == "save-playlist");
     return path.size() == 4 && path[1] == "rooms" && std::ranges::find(kActions, path[3]) != kActions.end();
 }
 
@@ -172,6 +173,8 @@ std::optional<HttpReply> Api::Post(const Target& target, const HttpRequest& requ
     if (!request.body.empty() && request.contentType.rfind("application/json", 0) != 0)
         return ErrorReply(415, "the body must be application/json");
     const json body = ParseBody(request);
+    if (target.path[1] == "library" && target.path[2] == "save-playlist")
+        return SavePlaylist(m_core.GetLibrary(), body);
     if (target.path[1] == "library")
         return ChangeLibrary(m_core.GetLibrary(), target.path[2]);
     if (target.path[1] == "announce") // writes nothing, and takes its time

@@ -36,7 +36,7 @@ private:
     void Send(const Text& text);
     void Write();
 
-    beast::websocket::stream<beast::tcp_stream> m_stream;
+    beast::websocket::stream<beast::tcp_stream, false> m_stream; // without compression
     const common::Acceptor::Place m_place;
     HttpServer* m_server; // null once closed
     std::uint32_t m_listener = 0;

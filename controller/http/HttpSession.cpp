@@ -55,6 +55,32 @@ void HttpSession::Read() {
     m_stream.expires_after(kPatience);
     // A request that does not end keeps nobody out.
     m_place.SetIdle([this] { Close(); });
+    m_headBytes = 0;
+    ReadHead();
+}
+
+void HttpSession::ReadHead() {
+    http::async_read_some(m_stream, m_buffer, *m_parser,
+                          [self = shared_from_this()](boost::system::error_code error, std::size_t bytes) {
+                              if (self->m_server)
+                                  self->OnHead(error, bytes);
+                          });
+}
+
+// The parser bounds each field, not how many there are.
+void HttpSession::OnHead(boost::system::error_code error, std::size_t bytes) {
+    m_headBytes += bytes;
+    if (!error && m_headBytes > kMaxHeader)
+        error = http::error::header_limit;
+    if (error)
+        OnRequest(error);
+    else if (m_parser->is_header_done())
+        ReadBody();
+    else
+        ReadHead();
+}
+
+void HttpSession::ReadBody() {
     http::async_read(m_stream, m_buffer, *m_parser,
                      [self = shared_from_this()](boost::system::error_code error, std::size_t) {
                          if (self->m_server)

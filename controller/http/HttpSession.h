@@ -30,6 +30,9 @@ private:
     using Request = beast::http::request<beast::http::string_body>;
 
     void Read();
+    void ReadHead();
+    void OnHead(boost::system::error_code error, std::size_t bytes);
+    void ReadBody();
     void OnRequest(boost::system::error_code error);
     void Serve(const Request& request);
     void Upgrade();
@@ -39,6 +42,7 @@ private:
     common::Acceptor::Place m_place;
     HttpServer* m_server; // null once closed
     beast::flat_buffer m_buffer{kMaxHeader + kMaxBody};
+    std::size_t m_headBytes = 0; // of the request that is being read
     std::optional<beast::http::request_parser<beast::http::string_body>> m_parser;
 };
 

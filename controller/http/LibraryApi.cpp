@@ -128,7 +128,11 @@ json One(MediaDatabase& database, const std::string& kind, std::uint32_t id, con
     const media::Window window = WindowOf(target);
     if (kind == "songs") {
         const auto song = database.FindSong(id);
-        return song ? ToJson(*song) : json(nullptr);
+        if (!song)
+            return nullptr;
+        json found = ToJson(*song);
+        found["location"] = song->location;
+        return found;
     }
     if (kind == "albums") {
         const auto album = database.FindAlbum(id);
@@ -152,6 +156,14 @@ json One(MediaDatabase& database, const std::string& kind, std::uint32_t id, con
         return station ? ToJson(*station) : json(nullptr);
     }
     return nullptr;
+}
+
+// What the path asks for, as people say it: "song 77".
+std::string NameOf(const std::vector<std::string>& path) {
+    if (path.size() != 4)
+        return "such thing in the library";
+    const std::string& kind = path[2];
+    return (kind.ends_with('s') ? kind.substr(0, kind.size() - 1) : kind) + " " + path[3];
 }
 
 } // namespace
@@ -179,7 +191,7 @@ HttpReply BrowseLibrary(Library& library, const Target& target) {
         if (const auto id = ParseNumber(path[3]))
             found = One(database, path[2], *id, target);
     }
-    return found.is_null() ? ErrorReply(404, "there is no such thing in the library") : JsonReply(found);
+    return found.is_null() ? ErrorReply(404, "there is no " + NameOf(path)) : JsonReply(found);
 }
 
 } // namespace korvel::controller

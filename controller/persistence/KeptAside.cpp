@@ -31,13 +31,17 @@ std::vector<std::string> StampsOf(const std::string& prefix) {
     return stamps;
 }
 
-// A name that nothing has yet, also when the last one is no second old.
-std::string FreeName(const std::string& prefix) {
-    std::time_t time = std::time(nullptr);
-    std::error_code failed;
-    while (fs::exists(prefix + StampOf(time), failed))
-        ++time;
-    return prefix + StampOf(time);
+// A name that comes after all others, also when the last one is no second old. Stamps of a clock that was far ahead
+// do not count.
+std::string NextName(const std::string& prefix) {
+    constexpr std::time_t kAhead = 3600;
+    const std::time_t now = std::time(nullptr);
+    std::time_t next = now;
+    for (const std::string& stamp : StampsOf(prefix)) {
+        while (StampOf(next) <= stamp && stamp < StampOf(now + kAhead))
+            ++next;
+    }
+    return prefix + StampOf(next);
 }
 
 void RemoveOldest(const std::string& prefix, std::span<const char* const> companions) {
@@ -63,7 +67,7 @@ std::string StampOf(std::time_t time) {
 std::string KeepAside(const std::string& path, const std::string& word,
                       std::span<const char* const> companions) {
     const std::string prefix = NamePrefix(path, word);
-    const std::string name = FreeName(prefix);
+    const std::string name = NextName(prefix);
     // The companions come first: none may be taken for one of the file that comes next.
     for (const char* companion : companions) {
         if (fs::exists(path + companion))

@@ -26,10 +26,16 @@ std::vector<DataPlaylistLite> ReadPlaylists(const json& reply) {
     return playlists;
 }
 
-std::vector<DataTrackInfo> ReadTracks(const json& reply) {
+// An id goes into lines of the audio server as it is: what cannot stand there is left out.
+std::vector<DataTrackInfo> ReadTracks(const json& reply, const common::Log& log) {
     std::vector<DataTrackInfo> tracks;
-    for (const json& track : reply.at("tracks"))
-        tracks.push_back({Text(track)});
+    for (const json& track : reply.at("tracks")) {
+        auto id = track.get<std::string>();
+        if (common::IsReference(id))
+            tracks.push_back({std::move(id)});
+        else
+            log.Warning("left out a track that the catalogue names: its id is no reference to media");
+    }
     return tracks;
 }
 
@@ -44,6 +50,7 @@ public:
     Client(asio::io_context& loop, const common::Log& log, DriverPort& driver, const std::string& address,
            const CatalogTiming& timing, IRhapsodyCallback* callback)
         : m_driver(driver),
+          m_log(log),
           m_address(address),
           m_link(std::make_shared<CatalogLink>(loop, log, timing, [&driver, callback](bool connected) {
               if (callback)
@@ -65,8 +72,8 @@ public:
     void GetTracksForPlaylist(const std::string& playlistId, unsigned int offset, unsigned int count,
                               unsigned int, IRhapsodyCallback* callback) override {
         Ask({{"op", "playlist-tracks"}, {"playlist", playlistId}, {"offset", offset}, {"count", count}},
-            callback, [](const json& reply, IRhapsodyCallback& receiver) {
-                auto tracks = ReadTracks(reply);
+            callback, [&log = m_log](const json& reply, IRhapsodyCallback& receiver) {
+                auto tracks = ReadTracks(reply, log);
                 const auto total = reply.at("total").get<std::uint32_t>();
                 return [tracks, total, &receiver]() mutable { receiver.RC_Completed(total, tracks); };
             });
@@ -102,6 +109,7 @@ private:
     }
 
     DriverPort& m_driver;
+    const common::Log& m_log;
     const std::string m_address;
     std::shared_ptr<CatalogLink> m_link;
 };

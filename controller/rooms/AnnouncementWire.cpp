@@ -8,7 +8,7 @@ namespace korvel::controller {
 namespace {
 
 constexpr const char* kStreamAnswer = "stream=";
-constexpr const char* kBadMedia = "BAD=";
+constexpr const char* kAnnouncedBad = "BAD=";
 
 // The number behind `prefix`; none when the word does not start with it.
 std::optional<std::uint32_t> NumberBehind(const std::string& prefix, const std::string& word) {
@@ -56,7 +56,7 @@ void AnnouncementWire::OnLine(const std::string& line) {
         (second == "OK" ? m_roomTaken : m_roomRefused) = true;
     } else if (second == "NO" && third == "addmed" && NumberBehind("", RestOf(words)) == m_stream) {
         Fail("the audio server refused the file");
-    } else if (first == "*" && second == "addmed" && NumberBehind(kBadMedia, third) == m_stream) {
+    } else if (first == "*" && second == "addmed" && NumberBehind(kAnnouncedBad, third) == m_stream) {
         Fail(RestOf(words));
     }
 }

@@ -9,7 +9,7 @@ OpenedQueue korvel_digitalaudio::OpenQueueForMedia(std::uint32_t roomId, const P
     AudioQueue* queue = nullptr;
     bool created = false;
     if (AudioServer_CreateQueue(roomId, &queue, &created) != 0)
-        return {nullptr, false};
+        return {};
     if (prepare)
         prepare(*queue);
     // The room hears it once it selects the source.

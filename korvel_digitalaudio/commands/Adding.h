@@ -32,6 +32,7 @@ struct AddFlags {
 // The queue that media is added to; null when the room can have none.
 class OpenedQueue {
 public:
+    OpenedQueue() = default; // none
     OpenedQueue(AudioQueue* queue, bool isNew) : m_queue(queue), m_isNew(isNew) {}
 
     explicit operator bool() const { return m_queue != nullptr; }
@@ -42,8 +43,8 @@ public:
     bool IsNew() const { return m_isNew; }
 
 private:
-    AudioQueue* m_queue;
-    bool m_isNew;
+    AudioQueue* m_queue = nullptr;
+    bool m_isNew = false;
 };
 
 inline bool PlaysOneStream(const AudioQueue& queue) {

@@ -142,7 +142,7 @@ void Test(Session& session, Arguments& arguments) {
     });
 }
 
-constexpr Verb kVerbs[] = {
+constexpr Verb kEntryVerbs[] = {
     {"start", "[XML]", "creates and initializes the driver; XML is its persisted element", Start},
     {"create", "", "calls the creation function again", Create},
     {"stop", "", "destroys the driver", Stop},
@@ -161,7 +161,7 @@ constexpr Verb kVerbs[] = {
 } // namespace
 
 std::span<const Verb> GetEntryVerbs() {
-    return kVerbs;
+    return kEntryVerbs;
 }
 
 } // namespace korvel::replay

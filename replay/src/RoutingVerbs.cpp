@@ -97,7 +97,7 @@ void Valid(Session& session, Arguments& arguments) {
     });
 }
 
-constexpr Verb kVerbs[] = {
+constexpr Verb kRoutingVerbs[] = {
     {"select",
      "ROOM [queue= kind= source= binding= ip= port= channel= input= media=1,2 target= location-kind=]",
      "a room selects the driver as its source", Select},
@@ -111,7 +111,7 @@ constexpr Verb kVerbs[] = {
 } // namespace
 
 std::span<const Verb> GetRoutingVerbs() {
-    return kVerbs;
+    return kRoutingVerbs;
 }
 
 } // namespace korvel::replay

@@ -91,7 +91,7 @@ void Rhapsody(Session& session, Arguments& arguments) {
                           FormatValue(answer));
 }
 
-constexpr Verb kVerbs[] = {
+constexpr Verb kServiceVerbs[] = {
     {"advance", "MS", "time passes; timers expire", Advance},
     {"announce", "create | play PATH | remove", "the driver's announcement stream", Announce},
     {"rhapsody",
@@ -103,7 +103,7 @@ constexpr Verb kVerbs[] = {
 } // namespace
 
 std::span<const Verb> GetServiceVerbs() {
-    return kVerbs;
+    return kServiceVerbs;
 }
 
 } // namespace korvel::replay

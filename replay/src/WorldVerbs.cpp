@@ -183,7 +183,7 @@ void Inside(Session& session, Arguments& arguments) {
     session.GetWorld().insideCalls.push_back({output, input});
 }
 
-constexpr Verb kVerbs[] = {
+constexpr Verb kWorldVerbs[] = {
     {"clock", "SECONDS", "the wall clock at the start of the run", Clock},
     {"random", "N...", "the next random numbers", Random},
     {"system-type", "N", "the model code of the controller", SystemType},
@@ -216,7 +216,7 @@ constexpr Verb kVerbs[] = {
 } // namespace
 
 std::span<const Verb> GetWorldVerbs() {
-    return kVerbs;
+    return kWorldVerbs;
 }
 
 } // namespace korvel::replay

@@ -81,6 +81,14 @@ def make_demo_music(folder):
             write_song(path, play(tune, speed, 6), title, "The Tone Generators", album, "Demo", number % 2 + 1)
 
 
+def make_chime(path):
+    """Three notes, unless they are there; returns the path."""
+    if not os.path.exists(path):
+        sound = b"".join(note(note_frequency(name), 0.5) for name in ("E5", "C5", "G4"))
+        write_song(path, sound, "Chime", "The Tone Generators", "", "Demo", 0)
+    return path
+
+
 def make_tones(folder, frequencies, seconds):
     """One song per frequency, titled by it."""
     os.makedirs(folder, exist_ok=True)

@@ -30,17 +30,20 @@ def toml_text(text):
 class House:
     """A controller, an audio server, a player per room and the gateway of a streaming service.
 
-    `catalogue` is the gateway's file. `folder` takes the configuration, the state and the logs. `first_port` is the first
+    `catalogue` is the gateway's file. `stations` are names with addresses, `inputs` names with what the audio server takes
+    for them. `folder` takes the configuration, the state and the logs. `first_port` is the first
     player's port, the next ones are two apart; with 0 every program picks free ports. With `record`, each player writes a
-    WAV file.
+    WAV file. `latency` is the players', in milliseconds; with None they have their own.
     """
 
     def __init__(self, programs, folder, music, catalogue, first_port=6200, server_port=7700, http_port=8080,
-                 catalog_port=5555, record=False, rooms=ROOMS):
+                 catalog_port=5555, record=False, rooms=ROOMS, stations=None, inputs=None, latency=None):
         self.programs, self.folder, self.music = programs, folder, music
         self.first_port, self.server_port, self.http_port = first_port, server_port, http_port
         self.catalogue, self.catalog_port = catalogue, catalog_port
-        self.record = record
+        self.record, self.latency = record, latency
+        self.stations, self.inputs = stations or {}, inputs or {}
+        self.outputs = set()
         self.room_names = rooms
         self.processes = {}
         self.rooms = []
@@ -62,7 +65,9 @@ class House:
         recording = os.path.join(self.folder, f"room{number}.wav") if self.record else None
         arguments = ["--port", str(port), "--sender", "127.0.0.1"]
         arguments += (["--record", recording, "--no-device"] if recording else [])
+        arguments += (["--latency", str(self.latency)] if self.latency else [])
         port = self.start_listening(f"player{number}", "korvel-roomplayer", arguments)
+        self.outputs.add(self.processes[f"player{number}"].stdout.readline().strip().removeprefix("output "))
         self.rooms.append(Room(number, name, port, recording))
 
     def start_catalog(self):
@@ -76,6 +81,8 @@ class House:
 
     def start_server(self):
         arguments = ["--port", str(self.server_port), "--catalog", f"127.0.0.1:{self.catalog_port}"]
+        for name, source in self.inputs.items():
+            arguments += ["--input", f"{name}={source}"]
         self.server_port = self.start_listening("audioserver", "korvel-audioserver", arguments)
 
     def start_controller(self):
@@ -95,6 +102,10 @@ class House:
         for room in self.rooms:
             lines += ["[[room]]", f"id = {room.id}", f"name = {toml_text(room.name)}"]
             lines += ['address = "127.0.0.1"', f"port = {room.port}"]
+        for name, url in self.stations.items():
+            lines += ["[[station]]", f"name = {toml_text(name)}", f"url = {toml_text(url)}"]
+        for name in self.inputs:
+            lines += ["[[input]]", f"name = {toml_text(name)}"]
         path = os.path.join(self.folder, "house.toml")
         with open(path, "w", encoding="utf-8") as file:
             file.write("\n".join(lines) + "\n")
@@ -158,6 +169,27 @@ class House:
         request = urllib.request.Request(self.url + path, data, {"Content-Type": "application/json"})
         with urllib.request.urlopen(request, timeout=10) as reply:
             return json.load(reply)
+
+    def wait_for_songs(self, count):
+        """The titles and ids of the library's first songs, once it has this many of them or the scan is over."""
+        deadline = time.monotonic() + START_SECONDS
+        while True:
+            over = not self.get("/api/status")["scan"]["running"]
+            songs = self.get(f"/api/library/songs?limit={max(count, 1)}")["items"]
+            if over or len(songs) >= count or time.monotonic() > deadline:
+                return songs
+            time.sleep(0.1)
+
+    def save_playlist(self, title, songs):
+        """Unless there is one of that title, or nothing to put into it."""
+        titles = [playlist["title"] for playlist in self.get("/api/library/playlists")["items"]]
+        if songs and title not in titles:
+            self.post("/api/library/save-playlist", {"title": title, "songs": [song["id"] for song in songs]})
+
+    def why_silent(self):
+        """Why no sound leaves this machine; "" when it does."""
+        reasons = {output.removeprefix("none: ") for output in self.outputs if output.startswith("none: ")}
+        return "; ".join(sorted(reasons)) if len(reasons) == len(self.outputs) else ""
 
     def failed(self):
         """The name of a program that has stopped by itself, or None."""

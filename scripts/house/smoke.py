@@ -9,9 +9,11 @@ import wave
 
 from demo_catalog import make_catalogue
 from demo_music import make_tones
+from demo_station import start_station
 from house import House, HouseError
 
 FIRST, SECOND, CHIME = 440, 660, 880
+ON_AIR, INPUT = 550, 330
 TOLERANCE_HZ = 4
 SONG_SECONDS = 60
 CHIME_SECONDS = 4
@@ -56,6 +58,14 @@ def expect(room, frequency, since=None):
 
 def command(house, name, **parameters):
     return house.post("/api/command", {"name": name, "parameters": {key: str(value) for key, value in parameters.items()}})
+
+
+def say(house, *words):
+    """As a person would, to korvelctl."""
+    done = subprocess.run([os.path.join(house.programs, "korvelctl"), "--url", house.url, *words], capture_output=True, text=True,
+                          timeout=60, check=False)
+    if done.returncode != 0:
+        raise Unheard(f"korvelctl {' '.join(words)}: {done.stderr.strip()}")
 
 
 def song_ids(house):
@@ -118,16 +128,28 @@ def play_through(house, chime):
     expect(bedroom, SECOND)
     expect(kitchen, FIRST)
 
+    print("A station, a line input and a playlist play", flush=True)
+    say(house, "radio", "Bedroom", "Night Jazz")
+    expect(bedroom, ON_AIR)
+    say(house, "input", "Bedroom", "Turntable")
+    expect(bedroom, INPUT)
+    house.save_playlist("Evening", [song for song in house.wait_for_songs(2) if song["title"] == f"Tone {SECOND}"])
+    say(house, "playlist", "Bedroom", "Evening")
+    expect(bedroom, SECOND)
+
 
 def main():
     with tempfile.TemporaryDirectory(prefix="korvel-smoke-") as folder:
         music = os.path.join(folder, "music")
         make_tones(music, (FIRST, SECOND), SONG_SECONDS)
         make_tones(os.path.join(folder, "chime"), (CHIME,), CHIME_SECONDS)
+        station = os.path.join(folder, "station")
+        make_tones(station, (ON_AIR,), SONG_SECONDS)
         chime = os.path.join(folder, "chime", f"Tone {CHIME}.wav")
         catalogue = make_catalogue(os.path.join(folder, "catalog.toml"), music)
         house = House(sys.argv[1], folder, music, catalogue, first_port=0, server_port=0, http_port=0, catalog_port=0,
-                      record=True)
+                      record=True, stations={"Night Jazz": start_station(station)},
+                      inputs={"Turntable": f"audiotestsrc is-live=true freq={INPUT}"})
         try:
             house.start()
             play_through(house, chime)

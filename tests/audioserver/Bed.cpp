@@ -11,8 +11,8 @@ namespace {
 
 Process StartPlayer(const std::string& folder, const std::string& name, const std::string& hindrance,
                     const std::vector<std::string>& more) {
-    std::vector<std::string> options{
-        "--port", "0", "--no-device", "--latency", "60", "--record", folder + "/" + name + ".recording"};
+    std::vector<std::string> options{"--port", "0", "--no-device", "--record",
+                                     folder + "/" + name + ".recording"};
     options.insert(options.end(), more.begin(), more.end());
     if (!hindrance.empty())
         options.insert(options.begin(), hindrance);

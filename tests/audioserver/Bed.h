@@ -33,6 +33,7 @@ public:
     // What the player has logged so far.
     std::string Log() const { return m_process.Errors(); }
     unsigned Threads() const { return m_process.Threads(); }
+    unsigned RealTimeThreads() const { return m_process.RealTimeThreads(); }
     // The exit code of a player that ends by itself.
     int WaitForExit() { return m_process.WaitForExit().value_or(-1); }
     // Ends the player as a service manager would; whether it ended well.

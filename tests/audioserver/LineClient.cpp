@@ -7,6 +7,7 @@
 
 #include <array>
 #include <stdexcept>
+#include <utility>
 
 namespace korvel::tests {
 
@@ -83,6 +84,17 @@ std::optional<std::string> LineClient::ReadLine(std::chrono::milliseconds patien
             return std::nullopt;
         m_pending.append(chunk.data(), static_cast<std::size_t>(count));
     }
+}
+
+std::string LineClient::ReadRest(std::chrono::milliseconds patience) {
+    std::array<char, 4096> chunk{};
+    while (WaitReadable(m_socket, patience)) {
+        const ssize_t count = ::recv(m_socket, chunk.data(), chunk.size(), 0);
+        if (count <= 0)
+            return std::exchange(m_pending, {});
+        m_pending.append(chunk.data(), static_cast<std::size_t>(count));
+    }
+    return "";
 }
 
 bool LineClient::IsClosedByServer() {

@@ -36,6 +36,9 @@ public:
     // end with "\r\n" comes with "<bad end>" attached.
     std::optional<std::string> ReadLine(std::chrono::milliseconds patience = kPatience);
 
+    // All that still comes until the server closes the connection; "" when it does not.
+    std::string ReadRest(std::chrono::milliseconds patience = kPatience);
+
     // Whether the server closes the connection, whatever it still sends before.
     bool IsClosedByServer();
 

@@ -34,6 +34,7 @@ TEST(LineFormat, WritesEvents) {
 TEST(LineFormat, AReasonIsNeverTooShortToBeRead) {
     for (const char* reason : {"", " ", "x", "\r\n", " \t"})
         EXPECT_EQ(BadMediaLine(3, reason), "* addmed BAD=3 media failed\r\n");
+    EXPECT_EQ(BadMediaLine(3, "ab"), "* addmed BAD=3 ab\r\n");
 }
 
 TEST(LineFormat, TextCannotBreakTheLine) {

@@ -27,6 +27,7 @@ TEST(LineParser, ReadsCommandsWithoutArguments) {
     EXPECT_EQ(Parsed("65535 addstr").command, Command::kAddStream);
     EXPECT_EQ(Parsed("65535 addstr").sequence, 65535U);
     EXPECT_EQ(Parsed("3 addann").command, Command::kAddAnnouncement);
+    EXPECT_EQ(Parsed("65536 ping").command, Command::kPing);
 }
 
 TEST(LineParser, ReadsCommandsOfAStream) {
@@ -45,6 +46,7 @@ TEST(LineParser, ReadsClients) {
     EXPECT_EQ(request.client.ip, "192.168.1.40");
     EXPECT_EQ(request.client.port, 5004);
     EXPECT_EQ(Parsed("17 remcli 3 192.168.1.40 65534").client.port, 65534);
+    EXPECT_EQ(Parsed("17 remcli 3 192.168.1.40 1").client.port, 1);
     EXPECT_EQ(Parsed("17 addcli 3 ::0:1 5004").client.ip, "::1");
 }
 
@@ -91,6 +93,7 @@ TEST(LineParser, RefusesEveryMalformedShape) {
                                             "4294967296 reset",
                                             "1 RESET",
                                             "1 reset 2",
+                                            "1 ping 2",
                                             "1 addstr 2",
                                             "1 addann x",
                                             "1 remstr",

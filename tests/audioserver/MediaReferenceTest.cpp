@@ -36,6 +36,8 @@ TEST(MediaReference, ReadsInputNames) {
 TEST(MediaReference, ReadsIdsOfTheCatalogue) {
     Expect("\"rhap://3:Tra.1\"", Kind::kCatalogue, "Tra.1");
     Expect("\"rhap://3:channel-a:b\"", Kind::kCatalogue, "channel-a:b");
+    const std::string longest(200, 'a');
+    Expect("\"rhap://3:" + longest + "\"", Kind::kCatalogue, longest);
 }
 
 TEST(MediaReference, SaysWhatIsWrong) {

@@ -70,6 +70,9 @@ protected:
 TEST_F(PacketGateTest, AddressesAreComparedInOneForm) {
     EXPECT_EQ(Address("10.0.0.1"), Address("::ffff:10.0.0.1"));
     EXPECT_NE(Address("::1"), Address("127.0.0.1"));
+    EXPECT_EQ(Address("10.0.0.1"), MakeSenderAddress(Bytes{10, 0, 0, 1}));
+    EXPECT_EQ(Address("::1"), MakeSenderAddress(Bytes{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}));
+    EXPECT_EQ(Address("::"), MakeSenderAddress(Bytes{10, 0, 0}));
     EXPECT_FALSE(ParseSenderAddress("server"));
     EXPECT_FALSE(ParseSenderAddress(""));
 }

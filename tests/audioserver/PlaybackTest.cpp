@@ -1,4 +1,10 @@
 // What a room hears of one stream.
+#include <pthread.h>
+#include <sched.h>
+#include <sys/resource.h>
+
+#include <thread>
+
 #include "Bed.h"
 
 namespace korvel::tests {
@@ -26,6 +32,37 @@ TEST_F(Playback, PlaysASongAndReportsItsEnd) {
     EXPECT_TRUE(room->Stop());
     EXPECT_NEAR(room->Heard().Seconds(500), 0.8, 0.1);
     EXPECT_EQ(room->Heard().Order({0, 500}), (std::vector<int>{500, 0}));
+}
+
+// Whether the system lets a thread of this test come before ordinary work, as it may those of the programs.
+bool IsRealTimeAllowed() {
+    bool allowed = false;
+    std::jthread([&allowed] {
+        rlimit limit{};
+        ::getrlimit(RLIMIT_RTPRIO, &limit);
+        limit.rlim_cur = limit.rlim_max;
+        ::setrlimit(RLIMIT_RTPRIO, &limit);
+        const sched_param priority{1};
+        allowed = ::pthread_setschedparam(::pthread_self(), SCHED_RR, &priority) == 0;
+    }).join();
+    return allowed;
+}
+
+TEST_F(Playback, WhatCarriesSoundComesBeforeOrdinaryWorkWhereTheSystemAllowsIt) {
+    const bool allowed = IsRealTimeAllowed();
+    const auto room = AddRoom();
+    const auto driver = Connect();
+    const std::string stream = StreamTo(*driver, *room);
+    driver->Ask("addmed " + stream + " " + FileMedia(ToneFile("long.wav", {{500, 20}})));
+    EXPECT_TRUE(room->Hears(500, 0.1));
+    // The sender and what hands the sound over to it, and no decoder.
+    EXPECT_EQ(Server().RealTimeThreads(), allowed ? 2U : 0U);
+    EXPECT_TRUE(!allowed || room->RealTimeThreads() > 5);
+    for (const std::string& log : {Server().Errors(), room->Log()})
+        EXPECT_EQ(log.find("no real-time priority") == std::string::npos, allowed) << log;
+    // A thread that has sent decodes as any other.
+    EXPECT_EQ(driver->Ask("remstr " + stream), "OK remstr " + stream);
+    EXPECT_TRUE(WaitUntil([&] { return Server().RealTimeThreads() == 0; }));
 }
 
 TEST_F(Playback, GoesOnAfterAPauseAtTheSamePlace) {

@@ -1,6 +1,7 @@
 #include "Process.h"
 
 #include <fcntl.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -86,6 +87,15 @@ unsigned Process::Threads() const {
         if (line.starts_with(key))
             return static_cast<unsigned>(std::stoul(line.substr(key.size())));
     return 0;
+}
+
+unsigned Process::RealTimeThreads() const {
+    unsigned count = 0;
+    std::error_code gone;
+    for (const auto& thread :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(m_pid) + "/task", gone))
+        count += ::sched_getscheduler(std::stoi(thread.path().filename())) == SCHED_RR ? 1 : 0;
+    return count;
 }
 
 std::optional<int> Process::WaitForExit(std::chrono::milliseconds patience) {

@@ -34,6 +34,9 @@ public:
     // How many threads it has; 0 when it has ended.
     unsigned Threads() const;
 
+    // How many of them are scheduled before ordinary work.
+    unsigned RealTimeThreads() const;
+
     // The exit code; 128 + signal when it was killed; empty when it does not end within the patience.
     std::optional<int> WaitForExit(std::chrono::milliseconds patience = kPatience);
 

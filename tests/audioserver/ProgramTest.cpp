@@ -49,6 +49,25 @@ TEST_F(Program, PlayerEndsWellOnASignal) {
     }
 }
 
+// For whoever started it; the log says the same.
+TEST_F(Program, PlayerSaysWhatTakesItsSound) {
+    Process player(KORVEL_ROOMPLAYER, {"--port", "0", "--no-device"}, PathOf("a.log"));
+    player.ReadLine();
+    EXPECT_EQ(player.ReadLine(), "output none: not wanted");
+    EXPECT_NE(player.Errors().find("playing without a sound device: not wanted"), std::string::npos);
+}
+
+// Whatever the machine has: a sink, or the reason why there is none.
+TEST_F(Program, PlayerThatLooksForADeviceSaysWhatBecameOfIt) {
+    Process player(KORVEL_ROOMPLAYER, {"--port", "0"}, PathOf("a.log"));
+    player.ReadLine();
+    const std::string output = player.ReadLine().value_or("");
+    ASSERT_TRUE(output.starts_with("output ")) << output;
+    const bool none = output.starts_with("output none: ");
+    EXPECT_GT(output.size(), std::string(none ? "output none: " : "output ").size());
+    EXPECT_NE(player.Errors().find(output.substr(none ? 13 : 7)), std::string::npos) << player.Errors();
+}
+
 TEST_F(Program, HelpIsNoFailure) {
     for (const char* program : {KORVEL_AUDIOSERVER, KORVEL_ROOMPLAYER}) {
         EXPECT_EQ(Run(program, {"--help"}), 0);
@@ -80,7 +99,7 @@ TEST_F(Program, PlayerSaysWhatIsWrongWithItsOptions) {
     const auto room = AddRoom();
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "65535"})) << m_errors;
-    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--latency", "0"})) << m_errors;
+    EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--latency", "39"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--address", "home"})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", "0", "--record", PathOf("no/folder.wav")})) << m_errors;
     EXPECT_TRUE(Fails(KORVEL_ROOMPLAYER, {"--port", std::to_string(room->Port())})) << m_errors;

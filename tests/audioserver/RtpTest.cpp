@@ -74,6 +74,31 @@ private:
     int m_rtcp = -1;
 };
 
+// A station that takes connections and never says anything.
+class SilentStation {
+public:
+    SilentStation() : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof(address);
+        if (::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
+            ::listen(m_socket, 1) != 0)
+            ADD_FAILURE() << "no station";
+        ::getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &length);
+        m_port = ntohs(address.sin_port);
+    }
+    ~SilentStation() { ::close(m_socket); }
+    SilentStation(const SilentStation&) = delete;
+    SilentStation& operator=(const SilentStation&) = delete;
+
+    std::string Media() const { return "\"file:/stream-http://127.0.0.1:" + std::to_string(m_port) + "/\""; }
+
+private:
+    int m_socket;
+    std::uint16_t m_port = 0;
+};
+
 constexpr std::size_t kHeaderBytes = 12;
 
 std::uint32_t NumberAt(const std::string& packet, std::size_t offset, std::size_t bytes) {
@@ -136,6 +161,24 @@ TEST_F(Rtp, TheEndIsReportedWhenAllOfItIsSent) {
     while (packet = receiver.NextRtp(std::chrono::milliseconds(0)), !packet.empty())
         audible += IsAudible(packet) ? 1 : 0;
     EXPECT_EQ(audible, 300 / 4);
+}
+
+TEST_F(Rtp, AMediaIsHeardForAWhileUntilTheNextOneHasSound) {
+    constexpr int kOverlapPackets = 400 / 4;
+    const Receiver receiver;
+    const SilentStation station;
+    m_driver->Ask("addcli " + m_stream + " " + receiver.Client());
+    m_driver->Ask("addmed " + m_stream + " " + FileMedia(ToneFile("long.wav", {{500, 20}})));
+    // Until as much is decoded ahead.
+    for (int audible = 0; audible < 2 * kOverlapPackets;)
+        audible += IsAudible(receiver.NextRtp()) ? 1 : 0;
+    while (!receiver.NextRtp(std::chrono::milliseconds(0)).empty()) {
+    }
+    m_driver->Ask("addmed " + m_stream + " " + station.Media());
+    int heard = 0;
+    while (IsAudible(receiver.NextRtp()))
+        ++heard;
+    EXPECT_GE(heard, kOverlapPackets);
 }
 
 TEST_F(Rtp, ReportsRelateTheStreamToTheClock) {

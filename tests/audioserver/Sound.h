@@ -29,13 +29,14 @@ public:
     // Seconds in which nothing but this tone is heard; 0 for silence. Edges of a tone are not counted.
     double Seconds(int hertz) const;
 
+    // What was recorded so far on the left, from -1 to 1.
+    std::vector<double> Samples() const;
+
     // The tones in the order in which they are heard, each for at least a tenth of a second; 0 for
     // silence after the first tone. Slices with anything else are left out.
     std::vector<int> Order(const std::vector<int>& candidates) const;
 
 private:
-    std::vector<double> Samples() const;
-
     std::string m_path;
 };
 

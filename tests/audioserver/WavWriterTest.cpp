@@ -69,14 +69,29 @@ TEST_F(WavWriterTest, TimeWithoutSoundIsFilledWithSilence) {
     WavWriter writer(m_path);
     EXPECT_TRUE(writer.Append(samples));
     EXPECT_TRUE(writer.FillUpTo(std::chrono::milliseconds(1000)));
+    EXPECT_EQ(writer.Length(), std::chrono::milliseconds(1000));
     EXPECT_TRUE(writer.FillUpTo(std::chrono::milliseconds(500))); // it is longer already
     EXPECT_EQ(NumberAt(Contents(m_path), 40), 192000U);
     EXPECT_TRUE(writer.Append(samples));
+    EXPECT_EQ(writer.Length(), std::chrono::milliseconds(1250));
     const std::string bytes = Contents(m_path);
     ASSERT_EQ(bytes.size(), kHeaderBytes + 192000 + samples.size());
     const std::string filled = bytes.substr(kHeaderBytes + samples.size(), 192000 - samples.size());
     EXPECT_EQ(filled, std::string(filled.size(), '\0'));
     EXPECT_EQ(bytes.substr(kHeaderBytes + 192000), std::string(samples.size(), 7));
+}
+
+TEST_F(WavWriterTest, ARecordingMayOutgrowWhatAHeaderCanSay) {
+    const std::vector<std::uint8_t> samples(1000, 7);
+    WavWriter writer(m_path);
+    EXPECT_TRUE(writer.FillUpTo(std::chrono::hours(7))); // a hole that takes no room
+    EXPECT_TRUE(writer.Append(samples));
+    EXPECT_EQ(std::filesystem::file_size(m_path), kHeaderBytes + std::uint64_t{7} * 3600 * 192000 + 1000);
+    std::ifstream file(m_path, std::ios::binary);
+    std::string header(kHeaderBytes, ' ');
+    file.read(header.data(), kHeaderBytes);
+    EXPECT_EQ(NumberAt(header, 40), 4294967295U - kHeaderBytes);
+    EXPECT_EQ(NumberAt(header, 4), 4294967295U - 8);
 }
 
 TEST_F(WavWriterTest, AnUnusablePathIsAnError) {

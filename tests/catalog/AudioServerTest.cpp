@@ -42,6 +42,7 @@ protected:
                       ListEntry("channel", "ab", "[\"a\", \"b\"]") +
                       ListEntry("channel", "long", "[\"long\"]") +
                       ListEntry("channel", "holes", "[\"none\", \"noise\", \"a\", \"none\", \"b\"]") +
+                      ListEntry("channel", "worse", "[\"none\", \"noise\", \"none\", \"a\"]") +
                       ListEntry("channel", "broken", "[\"none\"]"))};
     std::unique_ptr<Room> room;
     std::unique_ptr<LineClient> driver;
@@ -122,6 +123,12 @@ TEST_F(CatalogStream, AChannelLeavesOutWhatCannotBePlayed) {
     EXPECT_TRUE(room->Hears(1000, 0.4));
     driver->Ask("remmed " + stream);
     EXPECT_EQ(driver->NextEvent(std::chrono::milliseconds(0)), "");
+}
+
+TEST_F(CatalogStream, AChannelWithThreeTracksInARowThatCannotBePlayedIsBad) {
+    Listen();
+    Play("channel-worse");
+    EXPECT_EQ(driver->NextEvent(), "* addmed BAD=" + stream + " No such file or directory");
 }
 
 TEST_F(CatalogStream, AChannelWithNothingToPlayIsBad) {

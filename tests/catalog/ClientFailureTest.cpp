@@ -1,5 +1,6 @@
 // The controller's client of the streaming service, when something is wrong.
 #include "ClientFixture.h"
+#include "common/Text.h"
 
 namespace korvel::controller {
 namespace {
@@ -145,6 +146,17 @@ TEST_F(ClientFailure, TextsHoldNoControlCharacters) {
     AnswerWith(server, ",\"playlists\":[{\"id\":\"p\",\"name\":\"a\\u0000b\\nc\"}]");
     ASSERT_TRUE(Answered());
     EXPECT_EQ(listener.calls, Calls{"playlists p=a b c"});
+}
+
+TEST_F(ClientFailure, TracksThatNoLineCanNameAreLeftOut) {
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto client = Connect(At(server));
+    client->GetTracksForPlaylist("p", 0, 500, 0, &listener);
+    AnswerWith(server, ",\"total\":5,\"tracks\":[\"a\",\"b\\\"\\r\\n9 reset\",\"c\\u0000\",\"" +
+                           std::string(common::kMaxReferenceBytes + 1, 'x') + "\",\"d\"]");
+    ASSERT_TRUE(Answered());
+    EXPECT_EQ(listener.calls, Calls{"tracks 5: a d"});
 }
 
 TEST_F(ClientFailure, TooManyQuestionsAreRefused) {

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -152,6 +154,25 @@ TEST_F(AcceptorTest, APlaceMayMoveAndOutliveTheAcceptor) {
     guests.back()->place.SetIdle([] {});
     guests.back()->place.SetBusy();
     guests.clear();
+}
+
+TEST_F(AcceptorTest, WithoutDescriptorsItTriesAgain) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), std::fclose);
+    const Log warnings(LogLevel::Warning, file.get());
+    bool came = false;
+    Acceptor listening(
+        loop.loop.get_executor(), "127.0.0.1", 0, {9, 9},
+        [&](const tcp::socket&, const Acceptor::Place&) { came = true; }, warnings);
+    tcp::socket socket(loop.loop);
+    socket.connect({asio::ip::address_v4::loopback(), listening.GetPort()});
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{0, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    EXPECT_TRUE(loop.RunUntil([&] { return std::ftell(file.get()) > 0; }));
+    EXPECT_FALSE(came);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_TRUE(loop.RunUntil([&] { return came; }));
 }
 
 TEST_F(AcceptorTest, OnceStoppedItLetsNobodyIn) {

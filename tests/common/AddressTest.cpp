@@ -20,6 +20,7 @@ TEST(Address, WhatIsNotAHostAndItsPort) {
           "ho me:80",   "home\n:80", "ho%0Ame:80", "http://home:80", "ho%20me:80", "ho%22me:80",
           "ho%2Fme:80", "[v1.x]:80"})
         EXPECT_EQ(ParseHostPort(text), std::nullopt) << text;
+    EXPECT_TRUE(ParseHostPort(std::string(255, 'a') + ":80"));
     EXPECT_EQ(ParseHostPort(std::string(256, 'a') + ":80"), std::nullopt);
 }
 

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iomanip>
+#include <sstream>
 #include <stdexcept>
 #include <vector>
 
@@ -21,9 +24,11 @@ protected:
     // `first`: what the peer has said before anybody listens.
     void Open(const LineLimits& these, const std::string& first = "") {
         tcp::acceptor acceptor(loop.loop, {asio::ip::address_v4::loopback(), 0});
-        tcp::socket far(loop.loop);
-        far.connect(acceptor.local_endpoint());
-        peer = std::make_shared<Peer>(std::move(far));
+        tcp::socket other(loop.loop);
+        other.connect(acceptor.local_endpoint());
+        near = acceptor.local_endpoint().port();
+        far = other.local_endpoint().port();
+        peer = std::make_shared<Peer>(std::move(other));
         peer->Send(first);
         connection = std::make_shared<LineConnection>(acceptor.accept(), these,
                                                       static_cast<LineConnection::Listener&>(*this));
@@ -43,7 +48,33 @@ protected:
         return loop.RunUntil([&] { return lines.size() >= count; });
     }
 
+    // The system's timer of the connection: its kind and the hundredths of a second that it still has.
+    std::pair<int, long> TimerOfConnection() const {
+        std::ifstream table("/proc/net/tcp");
+        std::string row;
+        while (std::getline(table, row)) {
+            std::istringstream words(row);
+            std::string number;
+            std::string local;
+            std::string remote;
+            std::string state;
+            std::string queues;
+            std::string timer;
+            words >> number >> local >> remote >> state >> queues >> timer;
+            if (local.ends_with(HexOf(near)) && remote.ends_with(HexOf(far)) && timer.size() > 3)
+                return {std::stoi(timer.substr(0, 2)), std::stol(timer.substr(3), nullptr, 16)};
+        }
+        return {};
+    }
+    static std::string HexOf(std::uint16_t port) {
+        std::ostringstream text;
+        text << ':' << std::hex << std::uppercase << std::setw(4) << std::setfill('0') << port;
+        return text.str();
+    }
+
     Loop loop;
+    std::uint16_t near = 0; // the connection's ports
+    std::uint16_t far = 0;
     std::shared_ptr<Peer> peer;
     std::shared_ptr<LineConnection> connection;
     std::vector<std::string> lines;
@@ -148,6 +179,14 @@ TEST_F(LineConnectionTest, OnceItHasSpokenItMayKeepSilent) {
     later.async_wait([&](error_code) { over = true; });
     EXPECT_TRUE(loop.RunUntil([&] { return over; }));
     EXPECT_TRUE(ends.empty());
+}
+
+TEST_F(LineConnectionTest, TheSystemAsksSoonForAPeerThatSaysNothing) {
+    constexpr int kKeepAlive = 2;
+    Open(limits);
+    const auto [kind, left] = TimerOfConnection();
+    EXPECT_EQ(kind, kKeepAlive);
+    EXPECT_LT(left, 100 * kPeerPatience.count());
 }
 
 TEST_F(LineConnectionTest, APeerThatReadsNothingLosesTheConnection) {

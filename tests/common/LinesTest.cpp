@@ -66,6 +66,15 @@ TEST(Lines, WhatIsTooLongIsMarkedAndItsTextIsItsBeginning) {
     EXPECT_EQ(line->GetText(), "1234\r");
 }
 
+TEST(Lines, OneLineEndsOnceAndHoldsNoControlCharacter) {
+    for (const char* line : {"a\n", "a b\r\n", "\n", "\r\n", "12345\r\n", "12345\n"})
+        EXPECT_TRUE(IsOneLine(line, kMost)) << testing::PrintToString(line);
+    for (const char* bytes :
+         {"", "a", "a\r", "a\nb", "a\nb\n", "a\rb\n", "a\n\n", "a\r\r\n", "\ta\n", "123456\n"})
+        EXPECT_FALSE(IsOneLine(bytes, kMost)) << testing::PrintToString(bytes);
+    EXPECT_FALSE(IsOneLine(std::string_view("a\0\n", 3), kMost));
+}
+
 TEST(Lines, ThePiecesThatTheyComeInMakeNoDifference) {
     const std::string text = "\n1\r\n12345\r\n123456\r\n\r\r1234567890123\n12345\nabc\r";
     const Lines whole = LinesOf({text});

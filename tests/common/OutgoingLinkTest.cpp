@@ -128,6 +128,19 @@ TEST_F(OutgoingLinkTest, OnceStoppedItSaysNothing) {
     EXPECT_FALSE(link->IsConnected());
 }
 
+TEST_F(OutgoingLinkTest, AConnectionThatIsGivenUpIsALossLikeAnyOther) {
+    Listen();
+    Make(BackOff(1ms, 1ms));
+    link->Drop("there is none yet");
+    ASSERT_TRUE(loop.RunUntil([&] { return peers.size() == 1 && link->IsConnected(); }));
+    link->Drop("it sleeps");
+    link->Drop("it sleeps");
+    EXPECT_EQ(events.size(), 1u) << "not from within the call";
+    EXPECT_TRUE(loop.RunUntil([&] { return peers[0]->ended; }));
+    EXPECT_TRUE(Happens("connected 127.0.0.1", 2));
+    EXPECT_EQ(events, (std::vector<std::string>{"connected 127.0.0.1", "lost", "connected 127.0.0.1"}));
+}
+
 TEST_F(OutgoingLinkTest, TheListenerMayLetGoOfIt) {
     Listen();
     Make(BackOff(1ms, 1ms));

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include "Process.h"
 
@@ -59,6 +60,25 @@ INSTANTIATE_TEST_SUITE_P(All, Programs,
                          testing::Values(KORVEL_AUDIOSERVER, KORVEL_CATALOG, KORVEL_CONTROLLER, KORVEL_CTL,
                                          KORVEL_MEDIAREADER, KORVEL_REPLAY, KORVEL_ROOMPLAYER),
                          NameOf);
+
+// A first difference often causes all that follow it.
+TEST(ReplayProgram, ShowsTheFirstFiveDifferencesAndCountsTheOthers) {
+    const std::string transcript = testing::TempDir() + "differences.txt";
+    std::ofstream file(transcript);
+    for (int count = 0; count < 7; ++count)
+        file << "name 7 Kitchen\n< nothing of the kind\n";
+    file.close();
+    Process program(KORVEL_REPLAY, {"--check", transcript}, testing::TempDir() + "differences-errors");
+    int shown = 0;
+    std::string last;
+    for (auto line = program.ReadLine(); line; line = program.ReadLine()) {
+        last = *line;
+        shown += line->find("missing: ") != std::string::npos ? 1 : 0;
+    }
+    EXPECT_EQ(program.WaitForExit(), 1);
+    EXPECT_EQ(shown, 5);
+    EXPECT_EQ(last, transcript + ": 2 more inputs differ");
+}
 
 } // namespace
 } // namespace korvel::tests

@@ -19,6 +19,21 @@ TEST(Text, OneControlCharacterAnywhereIsFound) {
         EXPECT_TRUE(HasControl(text)) << testing::PrintToString(text);
 }
 
+TEST(Text, WhatWouldEndAQuotedTextOrItsLineDoesNotFitInQuotes) {
+    EXPECT_TRUE(FitsInQuotes(""));
+    EXPECT_TRUE(FitsInQuotes("/Größe/a 'b' = c.flac"));
+    for (const std::string& text : {"\""s, "a\" b"s, "a\n"s, "\ra"s, "a\tb"s, "a\0b"s, "\x7F"s})
+        EXPECT_FALSE(FitsInQuotes(text)) << testing::PrintToString(text);
+}
+
+TEST(Text, AReferenceFitsInQuotesAndHasItsLength) {
+    EXPECT_TRUE(IsReference("http://radio.example/live?a=b c"));
+    EXPECT_TRUE(IsReference(std::string(kMaxReferenceBytes, 'x')));
+    EXPECT_FALSE(IsReference(std::string(kMaxReferenceBytes + 1, 'x')));
+    EXPECT_FALSE(IsReference("a\nb"));
+    EXPECT_FALSE(IsReference("a\"b"));
+}
+
 TEST(Text, WhatIsShortEnoughIsNotCut) {
     EXPECT_EQ(CutText("abc", 3), "abc");
     EXPECT_EQ(CutText("abc", 2), "ab");

@@ -60,7 +60,8 @@ TEST_F(AnnouncementProgramsTest, WhatCannotBePlayedIsRefusedBeforeItStarts) {
 // As far as its header tells, it is a song: only the audio server finds out.
 TEST_F(AnnouncementProgramsTest, WhatTurnsOutToBeUnplayableFails) {
     std::string bytes = tests::WavOf({{500, 0.5}});
-    bytes.replace(20, 2, "\x34\x12"); // a kind of sound that nobody knows
+    bytes[20] = '\x34'; // a kind of sound that nobody knows
+    bytes[21] = '\x12';
     const std::string file = folder.Write("odd.wav", bytes);
     const std::string said = Announce(file, "Hall");
     EXPECT_TRUE(said.starts_with("1 korvelctl: the announcement failed: ")) << said;

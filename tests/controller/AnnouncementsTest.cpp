@@ -94,6 +94,16 @@ TEST_F(AnnouncementsTest, WithoutAnEndItIsAbandoned) {
     EXPECT_EQ(timers.Running(), 0u);
 }
 
+TEST_F(AnnouncementsTest, APathHasFourThousandNinetySixBytes) {
+    Make(kLong, kLong);
+    std::string answer;
+    const auto heard = [&](const std::optional<Refused>& refused) { answer = refused.value().what(); };
+    announcements->Start({1}, "/" + std::string(4095, 'x'), heard);
+    ASSERT_TRUE(loop.RunUntil([&] { return !answer.empty(); }));
+    EXPECT_TRUE(answer.ends_with(" is not there or cannot be read")) << answer;
+    EXPECT_THROW(announcements->Start({1}, "/" + std::string(4096, 'x'), heard), Refused);
+}
+
 TEST_F(AnnouncementsTest, ADriverWithoutAnnouncementsIsAskedForNone) {
     port.Attach(driver);
     Make(kLong, kLong);

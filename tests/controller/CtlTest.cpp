@@ -90,6 +90,14 @@ TEST_F(CtlHouseTest, ShowsTheStatus) {
     EXPECT_NE(text.find("connected"), std::string::npos) << text;
 }
 
+TEST_F(CtlHouseTest, SaysWhyAServerIsNotConnected) {
+    server.Kill();
+    ASSERT_TRUE(loop.RunUntil(
+        [&] { return house.GetCore().GetBindings().ToJson()[0].at("problem") == "Connection refused"; }));
+    const std::string text = Run([](Actions& a) { a.Status(); });
+    EXPECT_NE(text.find("): not connected: Connection refused\n"), std::string::npos) << text;
+}
+
 TEST_F(CtlHouseTest, Searches) {
     EXPECT_EQ(Run([](Actions& a) { a.Search("moon"); }), "song   1001  Blue Moon - Ann ()\n");
 }

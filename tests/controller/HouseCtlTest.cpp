@@ -40,6 +40,12 @@ TEST_F(HouseCtlTest, PlaysAStation) {
               "failure: there is no station 'olds'");
 }
 
+TEST_F(HouseCtlTest, SaysWhyAStationDoesNotPlay) {
+    server.EndMedia("BAD", "Could not connect to server");
+    EXPECT_EQ(Run([](Actions& a) { a.PlayStation("kitchen", "news"); }),
+              "failure: the station 'news' cannot be played: Could not connect to server");
+}
+
 TEST_F(HouseCtlTest, PlaysALineInputAndShowsIt) {
     EXPECT_EQ(Run([](Actions& a) { a.PlayInput("1", "turntable"); }), "");
     EXPECT_TRUE(Hears("addmed 1 Turntable"));

@@ -47,6 +47,7 @@ TEST_F(HouseLossTest, AServerLostBeforeItAnsweredIsNoDifferent) {
     ASSERT_EQ(Add(1).status, 200);
     LoseServer();
     EXPECT_FALSE(house->IsRouted(1));
+    server.Unmute();
     server.Restart();
     ASSERT_TRUE(Ready());
     EXPECT_EQ(Add(1).status, 200);

@@ -205,6 +205,7 @@ TEST_F(HouseTest, TheFamilyOfServersGrowsWithTheConfiguration) {
     const json servers = other.Get("/api/status").Json()["servers"];
     EXPECT_EQ(servers[1]["binding"], 3001);
     EXPECT_EQ(servers[1]["connected"], true);
+    EXPECT_EQ(servers[1]["problem"], "");
 }
 
 } // namespace

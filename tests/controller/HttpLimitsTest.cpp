@@ -52,8 +52,8 @@ TEST_F(HttpLimitsTest, ALongBodyIsRefused) {
     const std::string head =
         "POST /api/command HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/json\r\n";
     EXPECT_EQ(Send(head + "Content-Length: 1048577").status, 413) << "before it comes";
-    const std::string largest =
-        R"({"name":"ECHO","parameters":{"TEXT":")" + std::string(1000000, 'x') + "\"}}";
+    std::string largest = R"({"name":"ECHO","parameters":{"TEXT":"x"}})";
+    largest.resize(1048576, ' ');
     ASSERT_TRUE(loop.RunUntil([&] { return house.GetCore().GetBindings().WhyNotReady().empty(); }));
     EXPECT_EQ(house.Post("/api/command", largest).status, 200);
 }
@@ -219,6 +219,18 @@ TEST_F(EventsTest, AListenerThatReadsNothingIsDropped) {
     while (!Read(socket).is_null())
         ++received;
     EXPECT_LT(received, 30);
+}
+
+TEST_F(EventsTest, AListenerThatSaysTooMuchIsDropped) {
+    ASSERT_TRUE(loop.RunUntil([&] { return house.GetCore().GetBindings().WhyNotReady().empty(); }));
+    Socket socket(loop.loop);
+    ASSERT_FALSE(Connect(socket));
+    socket.write(asio::buffer(std::string(EventSession::kMaxIncoming, 'x')));
+    loop.RunReady();
+    house.Command("ECHO", {{"TEXT", "hello"}});
+    EXPECT_EQ(ReadType(socket, "variable")["value"], "hello");
+    socket.write(asio::buffer(std::string(EventSession::kMaxIncoming + 1, 'x')));
+    EXPECT_TRUE(ReadType(socket, "none").is_null());
 }
 
 TEST_F(EventsTest, APlainGetIsTold) {

@@ -123,8 +123,12 @@ void ScriptedServer::Read(std::shared_ptr<Connection> connection) {
         std::istream stream(&connection->in);
         std::string line;
         std::getline(stream, line);
-        m_lines.push_back(line);
-        if (!m_mute)
+        const bool ping = line == std::to_string(kOwnNumber) + " ping\r";
+        if (ping)
+            ++m_pings;
+        else
+            m_lines.push_back(line);
+        if (!m_mute && !(ping && m_ignoresPings))
             Answer(*connection, line);
         Read(connection);
     });
@@ -148,6 +152,8 @@ void ScriptedServer::Answer(Connection&, const std::string& line) {
         Send(number + (refused ? " NO " : " OK ") + command + " " + stream + "\r\n");
     if (command == "addmed" && !refused && !m_end.empty())
         Send("* addmed " + m_end + "=" + stream + (m_reason.empty() ? "" : " " + m_reason) + "\r\n");
+    else if (command == "addmed" && !refused && line.find("stream-http") != std::string::npos)
+        Send("* SYS STREAM=" + stream + " streamStatus:playing\r\n");
 }
 
 bool ScriptedServer::Heard(const std::string& text) const {

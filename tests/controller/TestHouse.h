@@ -48,7 +48,7 @@ public:
 };
 
 // An audio server on the loop: takes one connection at a time, remembers every line and answers as a real one
-// would.
+// would. Stations play at once.
 class ScriptedServer {
 public:
     explicit ScriptedServer(TestLoop& loop);
@@ -57,6 +57,8 @@ public:
     std::uint16_t GetPort() const { return m_port.Number(); }
     bool IsConnected() const { return m_connection != nullptr; }
     int GetConnections() const { return m_connections; }
+    int GetPings() const { return m_pings; }
+    // Without the core's pings.
     const std::vector<std::string>& GetLines() const { return m_lines; }
     // True when a line whose text after its number starts with `text` came.
     bool Heard(const std::string& text) const;
@@ -69,6 +71,9 @@ public:
     void Restart();
     // From now on it answers nothing.
     void Mute() { m_mute = true; }
+    void Unmute() { m_mute = false; }
+    // As one that was written before there were pings.
+    void IgnorePings() { m_ignoresPings = true; }
     // From now on it answers this command with NO; "" for none.
     void Refuse(const std::string& command) { m_refused = command; }
     // From now on each media ends at once: with "EOM", or with "BAD" and its reason.
@@ -91,7 +96,9 @@ private:
     std::vector<std::string> m_lines;
     int m_connections = 0;
     int m_streams = 0;
+    int m_pings = 0;
     bool m_mute = false;
+    bool m_ignoresPings = false;
     std::string m_refused;
     std::string m_end; // "" while media do not end
     std::string m_reason;

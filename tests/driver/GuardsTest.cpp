@@ -180,12 +180,18 @@ TEST(Guards, ADriverThatIsDestroyedTakesNoCallsAnyMore) {
     TestCore core;
     core.Run({"start", "online 3000 127.0.0.1", "online 3001 10.0.0.9", "announce create"});
     IDriver& driver = core.Driver();
+    const AV_Class room{kAvClassRoomEndpoint, 0};
+    const AV_Class source{kAvClassDigitalAudio, 0};
+    bool connects = false;
     core.SetHook([&](const ServiceCall& call) {
-        if (call.name != "Log" && call.name != "StartTimer")
-            driver.BoundCall(3002, 6, "", kv::BindMessage("EVENT", kv::CreateCmdMessage("SERVER_ONLINE"), ""),
-                             nullptr);
+        if (call.name == "Log" || call.name == "StartTimer")
+            return;
+        driver.BoundCall(3002, 6, "", kv::BindMessage("EVENT", kv::CreateCmdMessage("SERVER_ONLINE"), ""),
+                         nullptr);
+        connects = connects || driver.IsAVOutputToInputValid({}, source, room);
     });
     const auto lines = core.Run("stop");
+    EXPECT_FALSE(connects);
     EXPECT_FALSE(HasStart(lines, "< timer ")); // would call into nothing
     EXPECT_FALSE(HasStart(lines, "< send 3002"));
 }

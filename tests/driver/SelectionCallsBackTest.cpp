@@ -51,7 +51,7 @@ protected:
 };
 
 // Counts what it is told.
-class Analog final : public IAnalogSource {
+class CallingAnalog final : public IAnalogSource {
 public:
     void TakeSourceDevice(std::uint32_t) override { Told(taken); }
     void SelectDevice(std::uint32_t) override { Told(selected); }
@@ -97,9 +97,9 @@ TEST_F(SelectionCallsBack, TheQueueMayGoWhileItsRoomComesIn) {
 }
 
 TEST_F(SelectionCallsBack, TheQueueMayGoWhileTheRoomTakesItsDevice) {
-    Analog room;
+    CallingAnalog room;
     m_core.OfferToDevice<IAnalogSource>(8, room);
-    Analog first;
+    CallingAnalog first;
     m_core.OfferToDevice<IAnalogSource>(7, first);
     m_core.Run(Input("7", "line", "source=600"));
     ASSERT_EQ(first.asked, 1);
@@ -113,7 +113,7 @@ TEST_F(SelectionCallsBack, TheQueueMayGoWhileTheRoomTakesItsDevice) {
 }
 
 TEST_F(SelectionCallsBack, TheRoomIsInTheQueueWhenItTakesTheDevice) {
-    Analog room;
+    CallingAnalog room;
     m_core.OfferToDevice<IAnalogSource>(8, room);
     m_core.Run(Input("7", "line", "source=600"));
     room.onCall = [&] { m_core.Session().Execute("test InSession ROOM_ID=8"); };
@@ -125,7 +125,7 @@ TEST_F(SelectionCallsBack, TheRoomIsInTheQueueWhenItTakesTheDevice) {
 }
 
 TEST_F(SelectionCallsBack, ARoomTakesNoDeviceOfAQueueThatWent) {
-    Analog room;
+    CallingAnalog room;
     m_core.OfferToDevice<IAnalogSource>(8, room);
     m_core.Run(Input("7", "line", "source=600"));
     Run("select 8 queue=10000 kind=QUEUE source=700 ip=10.0.0.8 port=6200 channel=1 target=8", "FireEvent 1",
@@ -134,7 +134,7 @@ TEST_F(SelectionCallsBack, ARoomTakesNoDeviceOfAQueueThatWent) {
 }
 
 TEST_F(SelectionCallsBack, AnInputIsNotInUseWhenItsQueueWentMeanwhile) {
-    Analog room;
+    CallingAnalog room;
     m_core.OfferToDevice<IAnalogSource>(7, room);
     room.onCall = [&] { m_core.Session().Execute("off 7"); };
     const Lines lines = m_core.Run(Input("7", "line"));

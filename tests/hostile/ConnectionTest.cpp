@@ -1,10 +1,9 @@
 // Connections that ask nothing, or never end asking.
-#include <fstream>
-
 #include "Bed.h"
 #include "Crowd.h"
 #include "Gateway.h"
 #include "GatewayClient.h"
+#include "HouseProcess.h"
 
 namespace korvel::tests {
 namespace {
@@ -24,23 +23,9 @@ protected:
 
     // The controller's, which is started for it; 0 when it does not come up.
     std::uint16_t HttpPort() {
-        std::ofstream(PathOf("house.toml"))
-            << "state = \"" << PathOf("state") << "\"\nplugin = \"" << KORVEL_DRIVER
-            << "\"\n[http]\nport = 0\n"
-            << "[[server]]\nhost = \"127.0.0.1\"\nport = " << ServerPort() << "\n";
-        m_controller = std::make_unique<Process>(KORVEL_CONTROLLER,
-                                                 std::vector<std::string>{"--config", PathOf("house.toml")},
-                                                 PathOf("controller.log"));
-        const std::string start = "http://127.0.0.1:";
-        std::string log;
-        std::size_t found = std::string::npos;
-        const bool up = WaitUntil([&] {
-            log = m_controller->Errors();
-            found = log.find(start);
-            return found != std::string::npos && log.find('\n', found) != std::string::npos;
-        });
-        EXPECT_TRUE(up) << log;
-        return up ? static_cast<std::uint16_t>(std::stoul(log.substr(found + start.size()))) : 0;
+        m_controller =
+            std::make_unique<HouseProcess>(PathOf(""), "[[server]]\nport = " + std::to_string(ServerPort()));
+        return m_controller->Port();
     }
 
     static std::string StatusLineOf(std::uint16_t port) {
@@ -50,7 +35,7 @@ protected:
     }
 
     Crowd m_crowd;
-    std::unique_ptr<Process> m_controller;
+    std::unique_ptr<HouseProcess> m_controller;
 };
 
 TEST_F(HostileConnections, ADriverComesToTheAudioServerAllTheSameAndTheRoomPlaysOn) {

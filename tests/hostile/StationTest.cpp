@@ -11,6 +11,18 @@ constexpr const char* kPlaylistStart = "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGET
 // Opening it does something.
 constexpr const char* kDevice = "/dev/ptmx";
 
+// Half a second of what playlists lead to, which is no WAV: frames of layer III with nothing in them.
+std::string SilentMp3() {
+    constexpr std::size_t kFrames = 20;
+    constexpr std::size_t kFrameBytes = 417; // of 1,152 samples at 44.1 kHz, 128 kbit/s
+    std::string frame("\xff\xfb\x90\x00", 4);
+    frame.resize(kFrameBytes);
+    std::string sound;
+    for (std::size_t count = 0; count < kFrames; ++count)
+        sound += frame;
+    return sound;
+}
+
 TEST_F(HostileStation, NoPlaylistOpensAFileOfThisMachine) {
     m_serverOptions = {"--sound-patience", "5000"};
     const Trap trap(PathOf("trap"));
@@ -32,9 +44,9 @@ TEST_F(HostileStation, NoPlaylistOpensAFileOfThisMachine) {
         if (number != std::string::npos)
             visit.Send(Head(kPlaylistType) + playlists.at(std::stoul(visit.Path().substr(number))));
         else if (visit.Path() == "/good.m3u8")
-            visit.Send(Head(kPlaylistType) + kPlaylistStart + part + "good.wav\n#EXT-X-ENDLIST\n");
-        else if (visit.Path() == "/good.wav")
-            visit.Send(Head("audio/x-wav") + WavOf({{500, 0.5}}));
+            visit.Send(Head(kPlaylistType) + kPlaylistStart + part + "good.mp3\n#EXT-X-ENDLIST\n");
+        else if (visit.Path() == "/good.mp3")
+            visit.Send(Head("audio/mpeg") + SilentMp3());
         else
             visit.Send(Head("video/mp2t") + std::string(1880, 'G'));
     });
@@ -172,6 +184,28 @@ TEST_F(HostileStation, TitlesAreThrottled) {
     for (const std::string& event : EventsUntil(Info("Title " + std::to_string(kTitles))))
         told += event.starts_with(Info("")) ? 1 : 0;
     EXPECT_LT(told, kTitles / 2);
+}
+
+TEST_F(HostileStation, AStationThatSendsTooFastIsReadAsItPlays) {
+    // The sound of six minutes, which has no place in the store of six seconds nor in what the system keeps.
+    constexpr std::size_t kMost = 64U << 20;
+    std::atomic<std::size_t> sent{0};
+    const Station station([&](const Visit& visit) {
+        const std::string endless = "\xff\xff\xff\x7f";
+        const std::string wav = WavOf({{500, 1}});
+        visit.Send(Head("audio/x-wav") + wav.substr(0, 40) + endless);
+        const std::string second = wav.substr(44);
+        while (sent < 2 * kMost && visit.Send(second))
+            sent += second.size();
+        while (visit.Dawdle()) {
+        }
+    });
+    const auto room = AddRoom();
+    Listen();
+    EXPECT_EQ(m_driver->Ask("addcli " + m_stream + " " + room->Client()), "OK addcli " + m_stream);
+    Play(station.Url() + "/");
+    EXPECT_TRUE(room->Hears(500, 1));
+    EXPECT_LT(sent, kMost);
 }
 
 TEST_F(HostileStation, ASourceThatDoesNotEndIsLeftAlone) {

@@ -246,7 +246,7 @@ TEST(DatabaseFile, OpensOnAFullDisk) {
     const std::string path = folder / "media.db";
     { MediaDatabase(path).PutSong(MakeSong(7, "Blue")); }
     {
-        const FullDisk full(0);
+        const FullDisk full(4096);
         EXPECT_EQ(korvel::media::FindDamage(path), "");
         MediaDatabase database(path);
         EXPECT_TRUE(database.IsAlone());

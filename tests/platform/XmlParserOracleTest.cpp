@@ -44,7 +44,7 @@ std::string ReadByPugixml(const std::string& text) {
     return root ? Copy(root)->ToText() : "none";
 }
 
-std::string Read(const std::string& text) {
+std::string ReadByUs(const std::string& text) {
     const auto document = KVXML::CreateXmlDocument(text);
     return document ? document->GetRoot()->ToText() : "none";
 }
@@ -183,7 +183,7 @@ TEST(XmlParserOracle, PugixmlReadsTheSame) {
     for (int i = 0; i < 50000; ++i) {
         const std::string text = texts.Next();
         const std::string expected = ReadByPugixml(text);
-        ASSERT_EQ(Read(text), expected) << text;
+        ASSERT_EQ(ReadByUs(text), expected) << text;
         documents += expected != "none";
     }
     EXPECT_GT(documents, 10000u);

@@ -6,7 +6,7 @@
 namespace korvel::replay {
 namespace {
 
-std::string ErrorOf(const std::string& text) {
+std::string SyntaxErrorOf(const std::string& text) {
     try {
         ParseScript("a.txt", text);
     } catch (const ScriptError& error) {
@@ -56,10 +56,10 @@ TEST(Script, TakesLinesWithAnyEnd) {
 }
 
 TEST(Script, AnErrorNamesItsLine) {
-    EXPECT_EQ(ErrorOf("start\n7\n"), "a.txt:2: a line starts with a letter or with one of # < = !");
-    EXPECT_EQ(ErrorOf(" start\n"), "a.txt:1: a line starts with a letter or with one of # < = !");
-    EXPECT_EQ(ErrorOf("\n< event 1\n"), "a.txt:2: an expectation stands under an input line");
-    EXPECT_EQ(ErrorOf("exact\n! log\n"), "a.txt:2: an expectation stands under an input line");
+    EXPECT_EQ(SyntaxErrorOf("start\n7\n"), "a.txt:2: a line starts with a letter or with one of # < = !");
+    EXPECT_EQ(SyntaxErrorOf(" start\n"), "a.txt:1: a line starts with a letter or with one of # < = !");
+    EXPECT_EQ(SyntaxErrorOf("\n< event 1\n"), "a.txt:2: an expectation stands under an input line");
+    EXPECT_EQ(SyntaxErrorOf("exact\n! log\n"), "a.txt:2: an expectation stands under an input line");
 }
 
 TEST(Script, AFileThatIsNotThereIsAnError) {

@@ -1,5 +1,6 @@
 #include "TestDriver.h"
 
+#include <algorithm>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -112,7 +113,7 @@ private:
                     [this](const ICmdMessage&, ICmdReturn*) { GetTimerManager().RemoveCallback(this); });
         RegisterCmd("SEND", [this](const ICmdMessage& message, ICmdReturn*) {
             const auto line = GetHelper().CreateBindMessage(1, "SEND", message.GetParam("LINE"));
-            if (line)
+            for (std::uint32_t left = std::max(message.GetNumber("TIMES"), 1u); line && left > 0; --left)
                 kv::GetService<IBindMessageSender>(GetInstanceManager())
                     ->SendBindMessage(100002, 3000, *line);
         });

@@ -23,6 +23,9 @@ struct LineLimits {
     std::chrono::milliseconds firstLineTime{0};
 };
 
+// A peer whose machine or network is gone loses the connection after so long, also when nothing is said.
+inline constexpr std::chrono::seconds kPeerPatience{10};
+
 // Reads lines and writes what it is given. Lives on one loop and keeps itself alive while it is open.
 class LineConnection : public std::enable_shared_from_this<LineConnection> {
 public:

@@ -17,6 +17,10 @@ struct Line {
     std::string_view GetText() const;
 };
 
+// Whether the bytes are one line with its end, whoever reads them: at most `most` bytes and no control character
+// before the end.
+bool IsOneLine(std::string_view bytes, std::size_t most);
+
 // Holds at most what is between two calls of Add(), one line and its end. Knows no connection and no clock.
 class LineSplitter {
 public:

@@ -52,6 +52,8 @@ public:
     void Start();
     // Closes the connection for good; the listener hears no more.
     void Stop();
+    // Gives up the present connection, if there is one, as lost for this reason; the listener hears of it soon.
+    void Drop(const std::string& why);
 
     bool IsConnected() const { return m_connection != nullptr; }
     const HostPort& GetServer() const { return m_settings.server; }

@@ -19,4 +19,13 @@ inline constexpr int kExitMisused = 2; // so it does for options that make no se
 // "<name>: <what>" on stderr and kExitFailed.
 int RunProgram(CLI::App& app, int argc, const char* const* argv, const std::function<int()>& body);
 
+// The same for a program whose options are added elsewhere: its main file does without the library's header, which
+// takes seconds to compile.
+struct ProgramInfo {
+    const char* name;
+    const char* purpose;
+};
+int RunProgram(const ProgramInfo& info, const std::function<void(CLI::App&)>& addOptions, int argc,
+               const char* const* argv, const std::function<int()>& body);
+
 } // namespace korvel::common

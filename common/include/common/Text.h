@@ -13,6 +13,15 @@ namespace korvel::common {
 bool IsControl(char c);
 bool HasControl(std::string_view text);
 
+// Bytes of the longest reference to media: an address, the id of a track, an entry of a playlist.
+inline constexpr std::size_t kMaxReferenceBytes = 2000;
+
+// Whether the text stays what it is between quotes in a line: it holds neither a control character nor a quote.
+bool FitsInQuotes(std::string_view text);
+
+// Whether a line to an audio server can name media so: at most kMaxReferenceBytes that fit in quotes.
+bool IsReference(std::string_view text);
+
 // The text's beginning, at most `most` bytes and no half character. Bytes that are no UTF-8 are cut anywhere.
 std::string_view CutText(std::string_view text, std::size_t most);
 

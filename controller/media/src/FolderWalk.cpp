@@ -24,11 +24,6 @@ bool IsMusicFile(const std::string& name) {
     return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
 }
 
-// A line to the audio server ends at a line end and a path in it at a double quote.
-bool FitsIntoLine(const std::string& name) {
-    return !common::HasControl(name) && name.find('"') == std::string::npos;
-}
-
 std::string Join(const std::string& folder, const std::string& name) {
     return folder == "/" ? folder + name : folder + "/" + name;
 }
@@ -60,7 +55,7 @@ void FolderWalk::Walk(const ScanFolder& folder) {
         return;
     if (status->type != FileType::Folder)
         return GiveUp(root, "it is not a folder");
-    if (!FitsIntoLine(root))
+    if (!common::FitsInQuotes(root))
         return GiveUp(root, "its name has a control character or a double quote");
     Enter(root, *status, 0);
     for (std::size_t i = 0; i < m_links.size() && !m_stop.stop_requested(); ++i) {
@@ -148,7 +143,7 @@ void FolderWalk::SortOut(const std::string& folder, const FolderEntry& entry, Na
     const bool music = entry.type == FileType::File && IsMusicFile(name);
     if (!link && !isFolder && !music)
         return;
-    if (!FitsIntoLine(name)) {
+    if (!common::FitsInQuotes(name)) {
         m_listener.skipped(Join(folder, name) +
                            " is left out: its name has a control character or a double quote");
         return;

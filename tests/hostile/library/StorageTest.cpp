@@ -163,7 +163,8 @@ TEST_F(StorageTest, StartsOnAFullDiskWithWhatIsThere) {
         Start("failed");
         EXPECT_EQ(Status().at("scan").at("message"),
                   "no room was left on the disk when the library was opened: this waits for the next start");
-        EXPECT_EQ(Storage().at("copyFailure"), Status().at("scan").at("message"));
+        EXPECT_TRUE(
+            loop.RunUntil([&] { return Storage().at("copyFailure") == Status().at("scan").at("message"); }));
         EXPECT_TRUE(Storage().at("keptAside").empty());
         EXPECT_EQ(Playlists(), "Before ");
         EXPECT_EQ(Play(2).status, 200);
