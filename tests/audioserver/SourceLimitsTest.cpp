@@ -77,7 +77,7 @@ TEST_F(SourceLimits, NothingIsOpenedWhileTooManyOfItsKindHang) {
 }
 
 TEST_F(SourceLimits, SoManyMayBeUnderWayToTheirEnd) {
-    constexpr auto kKind = SourceThread::Kind::kFile;
+    constexpr auto kKind = SourceThread::Kind::kOutput;
     for (unsigned count = 0; count < SourceThread::kMaxEnding; ++count) {
         EXPECT_TRUE(SourceThread::HasRoom(kKind)) << count;
         LetOneHang(kKind, std::chrono::hours(1));

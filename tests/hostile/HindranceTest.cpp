@@ -54,7 +54,7 @@ TEST_F(HostileHindrance, ALostStationIsConnectedToWhenItsSourceHasEnded) {
 }
 
 TEST_F(HostileHindrance, ALostStationWhoseSourceDoesNotEndIsBad) {
-    m_serverOptions = {"--first-retry", "100", "--end-patience", "300"};
+    m_serverOptions = {"--first-retry", "100", "--end-patience", "3000"};
     Listen();
     Hinder("source");
     Play(m_radio.Url() + "/");
