@@ -42,10 +42,9 @@ std::string Session::CreateStream(const Request& request) {
                                       m_lines->GetPeer() + " has too many streams");
         return AnnouncementEvent(word) + NoLine(request.sequence, word);
     }
-    if (!HasDescriptors(kDescriptorsPerStream) || !SourceThread::HasRoom(SourceThread::Kind::kOutput)) {
-        common::ProgramLog().WriteFor(
-            m_lines->GetPeer(), common::LogLevel::Warning,
-            m_lines->GetPeer() + " gets no stream: too many files are open or outputs hang");
+    if (!HasDescriptors(kDescriptorsPerStream)) {
+        common::ProgramLog().WriteFor(m_lines->GetPeer(), common::LogLevel::Warning,
+                                      m_lines->GetPeer() + " gets no stream: too many files are open");
         return AnnouncementEvent(word) + NoLine(request.sequence, word);
     }
     const StreamNumber number = m_context.numbers.Take();

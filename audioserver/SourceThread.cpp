@@ -23,17 +23,16 @@ struct Count {
     std::atomic<unsigned> abandoned = 0;
 };
 
-std::array<Count, 4> g_counts;
+std::array<Count, 3> g_counts;
 
 Count& CountOf(SourceThread::Kind kind) {
     return g_counts.at(static_cast<std::size_t>(kind));
 }
 
-void LogAbandoned(SourceThread::Kind kind, std::string_view what) {
+void LogAbandoned(std::string_view what) {
     const unsigned hang = std::accumulate(g_counts.begin(), g_counts.end(), 0U,
                                           [](unsigned sum, const Count& one) { return sum + one.abandoned; });
-    common::ProgramLog().Warning((kind == SourceThread::Kind::kOutput ? "an output " : "a source ") +
-                                 std::string(what) + ", " + std::to_string(hang) + " hang now");
+    common::ProgramLog().Warning("a source " + std::string(what) + ", " + std::to_string(hang) + " hang now");
 }
 
 } // namespace
@@ -126,7 +125,7 @@ void SourceThread::Run(const std::shared_ptr<Shared>& shared) {
     if (shared->state == Shared::State::kAbandoned) {
         // The loop may be gone: from here on nothing of it is touched.
         --count.abandoned;
-        LogAbandoned(shared->kind, "that was abandoned has ended");
+        LogAbandoned("that was abandoned has ended");
         return;
     }
     shared->state = Shared::State::kEnded;
@@ -169,7 +168,7 @@ void SourceThread::OnPatienceOver(Shared& shared) {
         }
     }
     if (abandoned)
-        LogAbandoned(shared.kind, "does not end: abandoned");
+        LogAbandoned("does not end: abandoned");
     if (onEnd)
         onEnd(abandoned);
 }

@@ -13,7 +13,6 @@ namespace korvel::audioserver {
 // The thread in which one source is opened, moved and ended, step by step: each of these may wait for a
 // disk, a server or a device, and nobody waits for the thread. When it does not come to its end in time, it
 // is abandoned: it and what its steps hold are left alone for as long as they hang, and counted.
-// An output ends in such a thread, too.
 //
 // Made, used and destroyed on the loop.
 class SourceThread {
@@ -23,7 +22,7 @@ public:
     using EndNotify = std::function<void(bool abandoned)>;
 
     // Each is counted for itself: a disk that hangs keeps no station from playing.
-    enum class Kind { kFile, kWeb, kInput, kOutput };
+    enum class Kind { kFile, kWeb, kInput };
 
     // Threads of a kind that may hang at one time, and those that may be under way to their end, the ones that
     // hang among them. Beyond either nothing more of the kind is opened.

@@ -1,7 +1,6 @@
 #include "audioserver/Stream.h"
 
 #include <boost/asio/post.hpp>
-#include <system_error>
 #include <utility>
 
 #include "audioserver/LineFormat.h"
@@ -38,16 +37,11 @@ Stream::Stream(boost::asio::any_io_executor executor, StreamNumber number, const
 
 Stream::~Stream() {
     LeaveCatalogue();
-    if (m_output)
-        EndOutput();
 }
 
 void Stream::Start() {
     m_output =
         std::make_unique<StreamOutput>([executor = m_executor, weak = weak_from_this()](std::string reason) {
-            // An output that hangs at its end may speak when the loop is gone.
-            if (weak.expired())
-                return;
             boost::asio::post(executor, [weak, reason = std::move(reason)] {
                 if (const auto stream = weak.lock()) {
                     stream->Warn("output failed: " + OneLine(reason));
@@ -55,20 +49,6 @@ void Stream::Start() {
                 }
             });
         });
-}
-
-// From here on nobody is sent to, however long the output takes to end.
-void Stream::EndOutput() {
-    for (const ClientAddress& client : m_clients)
-        m_output->RemoveClient(client);
-    m_output->GetFeeds().Set(nullptr);
-    try {
-        SourceThread thread(m_executor, m_settings.times.toEnd, SourceThread::Kind::kOutput);
-        thread.Do(
-            [output = std::shared_ptr<StreamOutput>(std::move(m_output))]() mutable { output.reset(); });
-    } catch (const std::system_error& error) {
-        Warn(std::string("the output ends on the loop: ") + error.what());
-    }
 }
 
 bool Stream::AddClient(const ClientAddress& client) {

@@ -93,7 +93,6 @@ private:
     void Fail(const std::string& reason);
     void LeaveMedia();
     void DropMedia(SourceThread::EndNotify onEnd = nullptr);
-    void EndOutput();
     void Warn(const std::string& text, common::LogPlace place = common::LogPlace::Here()) const;
     bool Report(std::string_view prefix, const std::string& text, std::string& last);
     MediaSource::Owner MakeOwner();

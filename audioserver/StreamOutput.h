@@ -25,8 +25,8 @@ namespace korvel::audioserver {
 // the whole; the decoder is paced by being drawn from. When nothing has played for a while, the stream sends
 // nothing until there is sound again.
 //
-// Made and used on the loop, apart from the filling of packets, which happens in the pipeline's thread. Its
-// destruction may take long: it waits for that thread.
+// Made, used and destroyed on the loop, apart from the filling of packets, which happens in the pipeline's
+// thread.
 class StreamOutput {
 public:
     // `onError`: hears why the output has failed; called from GStreamer's threads.

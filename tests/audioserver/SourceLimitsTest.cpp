@@ -49,6 +49,19 @@ protected:
     std::shared_future<void> m_released = m_release.get_future().share();
 };
 
+TEST_F(SourceLimits, SoManyMayBeUnderWayToTheirEnd) {
+    constexpr auto kKind = SourceThread::Kind::kFile;
+    for (unsigned count = 0; count < SourceThread::kMaxEnding; ++count) {
+        EXPECT_TRUE(SourceThread::HasRoom(kKind)) << count;
+        LetOneHang(kKind, std::chrono::hours(1));
+    }
+    EXPECT_FALSE(SourceThread::HasRoom(kKind));
+    EXPECT_TRUE(SourceThread::HasRoom(SourceThread::Kind::kWeb));
+    m_release.set_value();
+    Run();
+    EXPECT_TRUE(SourceThread::HasRoom(kKind));
+}
+
 TEST_F(SourceLimits, NothingIsOpenedWhileTooManyOfItsKindHang) {
     struct Way {
         SourceThread::Kind kind;
@@ -74,19 +87,6 @@ TEST_F(SourceLimits, NothingIsOpenedWhileTooManyOfItsKindHang) {
         EXPECT_TRUE(tests::WaitUntil([&] { return SourceThread::HasRoom(way.kind); }));
         EXPECT_EQ(way.open(), "");
     }
-}
-
-TEST_F(SourceLimits, SoManyMayBeUnderWayToTheirEnd) {
-    constexpr auto kKind = SourceThread::Kind::kOutput;
-    for (unsigned count = 0; count < SourceThread::kMaxEnding; ++count) {
-        EXPECT_TRUE(SourceThread::HasRoom(kKind)) << count;
-        LetOneHang(kKind, std::chrono::hours(1));
-    }
-    EXPECT_FALSE(SourceThread::HasRoom(kKind));
-    EXPECT_TRUE(SourceThread::HasRoom(SourceThread::Kind::kWeb));
-    m_release.set_value();
-    Run();
-    EXPECT_TRUE(SourceThread::HasRoom(kKind));
 }
 
 // Leaves the process its own limits.

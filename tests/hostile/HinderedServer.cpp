@@ -1,7 +1,6 @@
 // What is in the way of the audio server: while a file of this name is in the folder KORVEL_HINDRANCES,
 //
 //   source     no source ends
-//   output     no output ends
 //   length     nobody says how long a media is
 //   internal   an element is asked for by a handler that has an error
 //
@@ -31,11 +30,14 @@ void HoldWhile(std::string_view what) {
         ::poll(nullptr, 0, kLookMilliseconds);
 }
 
-bool IsOutput(GstElement* pipeline) {
-    GstElement* sink = gst_bin_get_by_name(GST_BIN(pipeline), "rtpsink");
+// The other pipelines are outputs.
+bool IsSource(GstElement* element) {
+    if (!GST_IS_PIPELINE(element))
+        return false;
+    GstElement* sink = gst_bin_get_by_name(GST_BIN(element), "rtpsink");
     if (sink != nullptr)
         gst_object_unref(sink);
-    return sink != nullptr;
+    return sink == nullptr;
 }
 
 // The function of the library, for one that the program has here in its place.
@@ -48,9 +50,9 @@ Function* Real(Function*, const char* name) {
 
 extern "C" GstStateChangeReturn gst_element_set_state(GstElement* element, GstState state) {
     static auto* real = Real(&gst_element_set_state, "gst_element_set_state");
-    if (state == GST_STATE_NULL && GST_IS_PIPELINE(element))
-        HoldWhile(IsOutput(element) ? "output" : "source");
-    if (state == GST_STATE_PAUSED && GST_IS_PIPELINE(element) && !IsOutput(element))
+    if (state == GST_STATE_NULL && IsSource(element))
+        HoldWhile("source");
+    if (state == GST_STATE_PAUSED && IsSource(element))
         std::fputs("a source is opened\n", stderr);
     return real(element, state);
 }

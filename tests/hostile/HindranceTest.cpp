@@ -138,34 +138,6 @@ TEST_F(HostileHindrance, AnInputThatWaitedForItsDeviceInVainIsNotOpened) {
     EXPECT_EQ(TimesLogged("a source is opened"), 2U);
 }
 
-TEST_F(HostileHindrance, AnOutputThatDoesNotEndHoldsNobody) {
-    m_serverOptions = {"--end-patience", "200"};
-    Listen();
-    Hinder("output");
-    EXPECT_EQ(m_driver->Ask("remstr " + m_stream), "OK remstr " + m_stream);
-    EXPECT_TRUE(IsLogged("an output does not end: abandoned, 1 hang now"));
-    m_stream = std::to_string(m_driver->AddStream());
-    EXPECT_TRUE(StillPlays());
-    Clear("output");
-    EXPECT_TRUE(IsLogged("an output that was abandoned has ended, 0 hang now"));
-}
-
-TEST_F(HostileHindrance, OutputsThatHangAreBounded) {
-    m_serverOptions = {"--end-patience", "200"};
-    Listen();
-    Hinder("output");
-    EXPECT_TRUE(WaitUntil([this] {
-        const std::uint32_t stream = m_driver->AddStream();
-        if (stream != 0)
-            m_driver->Ask("remstr " + std::to_string(stream));
-        return stream == 0;
-    }));
-    EXPECT_EQ(m_driver->Ask("addann"), "NO addann");
-    EXPECT_TRUE(StillPlays());
-    Clear("output");
-    EXPECT_TRUE(WaitUntil([this] { return m_driver->AddStream() != 0; }));
-}
-
 TEST_F(HostileHindrance, AnErrorOfTheProgramEndsNoMusic) {
     m_serverOptions = {"--first-retry", "3000"};
     Listen();
