@@ -11,8 +11,9 @@ namespace {
 
 Process StartPlayer(const std::string& folder, const std::string& name, const std::string& hindrance,
                     const std::vector<std::string>& more) {
-    std::vector<std::string> options{"--port", "0", "--no-device", "--record",
-                                     folder + "/" + name + ".recording"};
+    // What is heard is looked at here, not when: late enough for any machine, which may have no real-time threads.
+    std::vector<std::string> options{
+        "--port", "0", "--no-device", "--latency", "500", "--record", folder + "/" + name + ".recording"};
     options.insert(options.end(), more.begin(), more.end());
     if (!hindrance.empty())
         options.insert(options.begin(), hindrance);
