@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 
 namespace korvel::tests {
@@ -37,7 +38,13 @@ std::string Room::Client() const {
 
 bool Room::Hears(int hertz, double seconds) const {
     const double before = m_recording.Seconds(hertz);
-    return WaitUntil([&] { return m_recording.Seconds(hertz) >= before + seconds; });
+    if (WaitUntil([&] { return m_recording.Seconds(hertz) >= before + seconds; }))
+        return true;
+    std::cout << "heard " << m_recording.Seconds(hertz) << " s of " << hertz << " Hz in "
+              << m_recording.Length() << " s, " << before << " s of it before; wanted " << seconds
+              << " s more\n"
+              << Log();
+    return false;
 }
 
 bool Room::Stop() {
