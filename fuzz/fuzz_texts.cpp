@@ -28,8 +28,7 @@ struct Talk {
     bool isInLine = false;
 };
 
-Talk Listen(std::string_view bytes, std::size_t most, std::size_t piece) {
-    LineSplitter splitter(most);
+Talk Listen(LineSplitter& splitter, std::string_view bytes, std::size_t piece) {
     Talk talk;
     while (!bytes.empty()) {
         const std::string_view part = bytes.substr(0, piece);
@@ -76,6 +75,7 @@ void CheckServer(const HostPort& server) {
             "an address has a host and a port");
     Require(server.host.find_first_of(" \"/@?#[]%") == std::string::npos, "a host is a name");
     Require(ParseHostPort(ToText(server)) == server, "an address is read as it was written");
+    Require(IsSameHost(server.host, server.host), "a host is itself");
 }
 
 // Its beginning, whatever its port.
@@ -89,6 +89,12 @@ void CheckAddress(const std::string& text) {
     if (server) {
         CheckServer(*server);
         Require(text.starts_with(HostOf(*server) + ":"), "an address begins with its host");
+        Require(ParseHost(text, 80) == server, "a port that is written counts");
+    }
+    if (const auto host = ParseHost(text, 80)) {
+        CheckServer(*host);
+        Require(text.starts_with(HostOf(*host)), "an address begins with its host");
+        Require(server || host->port == 80, "a port that is not written is the standard one");
     }
     const auto web = ParseWebAddress(text);
     if (!web)
@@ -155,13 +161,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         return 0;
     const std::size_t most = bytes[0];
     const std::string_view text(reinterpret_cast<const char*>(bytes) + 2, size - 2);
-    const Talk talk = Listen(text, most, 1 + bytes[1]);
-    Require(AreSame(talk, Listen(text, most, size)), "how many bytes come at a time does not matter");
+    LineSplitter splitter(most);
+    const Talk talk = Listen(splitter, text, 1 + bytes[1]);
+    splitter.Clear();
+    Require(AreSame(talk, Listen(splitter, text, size)),
+            "neither how many bytes come at a time matters nor what came before");
     CheckLines(text, talk, most);
     const std::string whole(text);
     CheckCut(whole, most);
     CheckText(whole);
-    for (const Line& line : Listen(whole + "\n", size, size).lines) {
+    LineSplitter each(size);
+    for (const Line& line : Listen(each, whole + "\n", size).lines) {
         const std::string one(line.GetText());
         CheckAddress(one);
         CheckText(one);
