@@ -1,5 +1,6 @@
 // What a client sends to the controller's HTTP interface, up to what the interface is asked for. The first byte of the
-// input tells how many bytes come at a time, the second whether requests are small.
+// input tells how many bytes come at a time, the second whether requests are small, or whether one follows that has been
+// read already: its target, the end of a line, and its body.
 #include <algorithm>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/error.hpp>
@@ -178,6 +179,7 @@ void CheckTarget(const Target& target) {
     again += "/?";
     for (const auto& [name, value] : target.query) {
         again += Encode(name) + "=" + Encode(value) + "&";
+        Require(target.Text(name) == value, "what a target asks is found by its name");
         if (const auto number = target.Number(name, 0))
             Require(*number <= kMaxNumber, "a number has a limit");
     }
@@ -196,6 +198,7 @@ public:
             std::abort();
         m_top = name;
         fs::create_directories(m_top / "web" / "a");
+        fs::create_directories(m_top / "web" / "f" / "index.html");
         std::ofstream(m_top / "web" / "index.html") << "page";
         std::ofstream(m_top / "web" / "a" / "b.js") << "page";
         std::ofstream(m_top / "web" / ".c") << "secret";
@@ -311,9 +314,15 @@ void Check(const RequestReader::Request& request) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    if (size < 2)
+    if (size < 3)
         return 0;
     const std::string_view sent(reinterpret_cast<const char*>(bytes) + 2, size - 2);
+    if ((bytes[1] & 2) != 0) {
+        const std::size_t end = std::min(sent.find('\n'), sent.size() - 1);
+        CheckServed({"POST", std::string(sent.substr(0, end)), "application/json",
+                     std::string(sent.substr(end + 1))});
+        return 0;
+    }
     const Limits limits = bytes[1] % 2 != 0 ? Limits{256, 64} : Limits{};
     const Talk talk = Listen(sent, 1 + bytes[0], limits);
     Require(AreSame(talk, Listen(sent, size, limits)), "how many bytes come at a time does not matter");
