@@ -20,8 +20,7 @@ std::optional<std::string> Decode(std::string_view text, bool plusIsBlank) {
         } else if (text[i] == '%') {
             unsigned value = 0;
             const char* first = text.data() + i + 1;
-            if (i + 2 >= text.size() || std::from_chars(first, first + 2, value, 16).ptr != first + 2 ||
-                value == 0)
+            if (i + 2 >= text.size() || std::from_chars(first, first + 2, value, 16).ptr != first + 2)
                 return std::nullopt;
             out.push_back(static_cast<char>(value));
             i += 2;
@@ -29,6 +28,9 @@ std::optional<std::string> Decode(std::string_view text, bool plusIsBlank) {
             out.push_back(text[i]);
         }
     }
+    // A text that ends in its middle would name something else further on.
+    if (out.find('\0') != std::string::npos)
+        return std::nullopt;
     return out;
 }
 

@@ -23,6 +23,7 @@ TEST(Target, AnEmptySegmentAtTheEndIsLeftOut) {
 TEST(Target, BadEncodingIsRefused) {
     for (const char* text : {"", "api", "/%", "/%4", "/%zz", "/%00", "/a?x=%g1", "http://localhost/"})
         EXPECT_FALSE(ParseTarget(text)) << text;
+    EXPECT_FALSE(ParseTarget(std::string_view("/a\0", 3)));
 }
 
 TEST(Target, NumbersAreWholeAndFitThirtyOneBits) {
