@@ -1,7 +1,5 @@
 #include "audioserver/Descriptors.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
@@ -27,12 +25,17 @@ std::size_t OpenDescriptors() {
 
 } // namespace
 
+rlimit RaisedLimit(rlimit limit) {
+    limit.rlim_cur = std::max(limit.rlim_cur, std::min(limit.rlim_max, kEnough));
+    return limit;
+}
+
 void RaiseDescriptorLimit() {
     rlimit limit{};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < kEnough) {
-        limit.rlim_cur = std::min(limit.rlim_max, kEnough);
-        ::setrlimit(RLIMIT_NOFILE, &limit);
-    }
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return;
+    limit = RaisedLimit(limit);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 DescriptorShare::DescriptorShare(std::size_t count) : m_count(count) {

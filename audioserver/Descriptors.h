@@ -1,6 +1,8 @@
 // The files, sockets and pipes that the program may have open at one time.
 #pragma once
 
+#include <sys/resource.h>
+
 #include <cstddef>
 
 namespace korvel::audioserver {
@@ -11,6 +13,9 @@ inline constexpr std::size_t kDescriptorsPerStream = 16;
 inline constexpr std::size_t kDescriptorsPerSource = 32;
 // Kept for connections and for what runs already.
 inline constexpr std::size_t kDescriptorReserve = 64;
+
+// The limit that the program wants where it is this one: as many as the system gives, up to what is enough; never less.
+rlimit RaisedLimit(rlimit limit);
 
 // Takes as many as the system gives to a program that asks. To be called once, at the start.
 void RaiseDescriptorLimit();

@@ -111,9 +111,9 @@ inline constexpr StreamNumber kReservedStream = 4095;
 inline constexpr StreamNumber kLastStream = 2147483647;
 
 // Longest line accepted, without its end. A longer one is refused.
-inline constexpr std::size_t kMaxLineBytes = 64 * 1024;
+inline constexpr std::size_t kMaxLineBytes = 64UL * 1024;
 // Bytes that may wait to go out on one connection. A peer that does not read is dropped.
-inline constexpr std::size_t kMaxPendingBytes = 1024 * 1024;
+inline constexpr std::size_t kMaxPendingBytes = 1024UL * 1024;
 // From a line's first byte to its end, and from a connection's start to the end of its first line. A peer that
 // takes longer is dropped.
 inline constexpr std::chrono::milliseconds kLinePatience{30000};

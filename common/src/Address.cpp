@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/url/authority_view.hpp>
+#include <boost/url/grammar/ci_string.hpp>
 #include <boost/url/parse.hpp>
 
 #include "common/Text.h"
@@ -54,16 +55,24 @@ std::optional<HostPort> ReadServer(const urls::authority_view& authority, std::u
 } // namespace
 
 std::optional<HostPort> ParseHostPort(std::string_view text) {
+    return ParseHost(text, 0);
+}
+
+std::optional<HostPort> ParseHost(std::string_view text, std::uint16_t standardPort) {
     std::string encoded;
     const auto authority = ParseAuthority(text, encoded);
-    if (!authority || authority->has_userinfo())
+    if (!authority || authority->has_userinfo() || (authority->has_port() && authority->port().empty()))
         return std::nullopt;
-    return ReadServer(*authority, 0);
+    return ReadServer(*authority, standardPort);
 }
 
 std::string ToText(const HostPort& address) {
     const bool isIPv6 = address.host.find(':') != std::string::npos;
     return (isIPv6 ? "[" + address.host + "]" : address.host) + ":" + std::to_string(address.port);
+}
+
+bool IsSameHost(std::string_view a, std::string_view b) {
+    return urls::grammar::ci_is_equal(a, b);
 }
 
 std::optional<WebAddress> ParseWebAddress(std::string_view text) {

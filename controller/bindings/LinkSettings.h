@@ -8,7 +8,7 @@
 
 namespace korvel::controller {
 
-inline constexpr common::LineLimits kServerLines{64 * 1024, 1u << 20, std::chrono::seconds(30)};
+inline constexpr common::LineLimits kServerLines{64UL * 1024, 1u << 20, std::chrono::seconds(30)};
 inline constexpr std::chrono::milliseconds kConnectTime{5000};
 inline constexpr common::BackOff kServerBackOff{std::chrono::milliseconds(250),
                                                 std::chrono::milliseconds(5000)};

@@ -1,10 +1,10 @@
 #include "http/Api.h"
 
-#include <algorithm>
-#include <array>
 #include <nlohmann/json.hpp>
 
 #include "host/Refused.h"
+#include "http/ApiRequests.h"
+#include "http/StaticFiles.h"
 #include "media/DatabaseError.h"
 
 namespace korvel::controller {
@@ -12,9 +12,6 @@ namespace {
 
 using nlohmann::json;
 using Why = Refused::Why;
-
-constexpr std::size_t kMaxParameters = 100;
-constexpr std::size_t kMaxParameterName = 100;
 
 unsigned StatusOf(Why why) {
     switch (why) {
@@ -40,73 +37,10 @@ HttpReply NotWrittenReply(const std::string& why, bool noRoom) {
     return ErrorReply(noRoom ? 507 : 500, why);
 }
 
-// An object; an empty body is an empty one.
-json ParseBody(const HttpRequest& request) {
-    if (request.body.empty())
-        return json::object();
-    json body = json::parse(request.body, nullptr, false);
-    if (!body.is_object())
-        throw Refused(Why::Invalid, "the body must be a JSON object");
-    return body;
-}
-
-std::uint32_t NumberOf(const json& value, const char* name) {
-    if (!value.is_number_unsigned() || value.get<std::uint64_t>() > 2147483647)
-        throw Refused(Why::Invalid, std::string("\"") + name + "\" must be a whole number");
-    return value.get<std::uint32_t>();
-}
-
-std::uint32_t NumberIn(const json& body, const char* name) {
-    return NumberOf(body.at(name), name);
-}
-
-void RefuseOtherMembers(const json& body, std::initializer_list<std::string_view> known) {
-    for (const auto& [key, value] : body.items()) {
-        if (std::ranges::find(known, key) == known.end())
-            throw Refused(Why::Invalid, "unknown member \"" + key + "\"");
-    }
-}
-
-void AddParameter(ICmdMessage& message, const std::string& name, const json& value) {
-    if (name.empty() || name.size() > kMaxParameterName)
-        throw Refused(Why::Invalid, "a parameter's name must have 1 to 100 characters");
-    if (value.is_string())
-        message.AddParam(name, "STRING", value.get<std::string>());
-    else if (value.is_number_integer())
-        message.AddParam(name, "INT", value.dump());
-    else
-        throw Refused(Why::Invalid, "parameter " + name + " must be a text or a whole number");
-}
-
-kv::auto_com<ICmdMessage> MessageOf(const json& body) {
-    if (!body.contains("name") || !body["name"].is_string())
-        throw Refused(Why::Invalid, "\"name\" must be a text");
-    RefuseOtherMembers(body, {"name", "parameters"});
-    auto message = kv::CreateCmdMessage(body["name"].get<std::string>());
-    const auto parameters = body.find("parameters");
-    if (parameters == body.end())
-        return message;
-    if (!parameters->is_object() || parameters->size() > kMaxParameters)
-        throw Refused(Why::Invalid, "\"parameters\" must be an object with at most 100 members");
-    for (const auto& [name, value] : parameters->items())
-        AddParameter(*message, name, value);
-    return message;
-}
-
 HttpReply MethodReply(const std::string& allow) {
     HttpReply reply = ErrorReply(405, "use " + allow);
     reply.allow = allow;
     return reply;
-}
-
-bool IsPostPath(const std::vector<std::string>& path) {
-    static constexpr std::array<std::string_view, 3> kActions = {"select", "deselect", "off"};
-    if (path.size() == 2)
-        return path[1] == "command" || path[1] == "request" || path[1] == "announce";
-    if (path.size() == 3)
-        return path[1] == "library" &&
-               (path[2] == "scan" || path[2] == "forget-missing" || path[2] == "save-playlist");
-    return path.size() == 4 && path[1] == "rooms" && std::ranges::find(kActions, path[3]) != kActions.end();
 }
 
 } // namespace
@@ -189,12 +123,12 @@ std::optional<HttpReply> Api::Post(const Target& target, const HttpRequest& requ
 }
 
 void Api::RunCommand(const json& body, const Done& done) {
-    const auto message = MessageOf(body);
+    const auto message = ReadMessage(body);
     AnswerSoon(done, [answer = m_core.GetCommands().Execute(*message)] { return json{{"return", answer}}; });
 }
 
 void Api::RunRequest(const json& body, const Done& done) {
-    const auto reply = m_core.GetCommands().Request(*MessageOf(body));
+    const auto reply = m_core.GetCommands().Request(*ReadMessage(body));
     // Read before anything changes what it stands for.
     AnswerSoon(done, [text = reply ? json(reply->ToText()) : json(nullptr)] {
         return json{{"reply", text}};
@@ -202,18 +136,9 @@ void Api::RunRequest(const json& body, const Done& done) {
 }
 
 void Api::Announce(const json& body, const Done& done) {
-    RefuseOtherMembers(body, {"rooms", "file"});
-    const auto list = body.find("rooms");
-    if (list == body.end() || !list->is_array())
-        throw Refused(Why::Invalid, "\"rooms\" must be a list of rooms");
-    if (!body.contains("file") || !body["file"].is_string())
-        throw Refused(Why::Invalid, "\"file\" must be a path");
-    std::vector<std::uint32_t> rooms;
-    for (const json& room : *list)
-        rooms.push_back(NumberOf(room, "rooms"));
+    AnnouncementOrder order = ReadAnnouncement(body);
     m_core.GetAnnouncements().Start(
-        std::move(rooms), body["file"].get<std::string>(),
-        [this, done](const std::optional<Refused>& refused) {
+        std::move(order.rooms), order.file, [this, done](const std::optional<Refused>& refused) {
             done(refused ? ReplyTo(*refused) : JsonReply(m_core.GetAnnouncements().ToJson(), 202));
         });
 }
@@ -223,21 +148,20 @@ void Api::ChangeRoom(const Target& target, const json& body, const Done& done) {
     if (!id || !m_core.GetRooms().Find(*id))
         throw Refused(Why::NotFound, "there is no room " + target.path[2]);
     const std::string& action = target.path[3];
-    if (action == "select")
-        RefuseOtherMembers(body, {"queue", "join"});
-    else
-        RefuseOtherMembers(body, {});
     RoomRouter& router = m_core.GetRouter();
-    if (action == "deselect")
-        router.Deselect(*id);
-    else if (action == "off")
-        router.TurnOff(*id);
-    else if (body.size() == 2)
-        throw Refused(Why::Invalid, "give a queue or a room to join, not both");
-    else if (body.contains("join"))
-        router.Join(*id, NumberIn(body, "join"));
-    else
-        router.Select(*id, body.contains("queue") ? NumberIn(body, "queue") : 0);
+    if (action == "select") {
+        const SelectOrder order = ReadSelect(body);
+        if (order.join)
+            router.Join(*id, *order.join);
+        else
+            router.Select(*id, order.queue);
+    } else {
+        RefuseMembers(body);
+        if (action == "off")
+            router.TurnOff(*id);
+        else
+            router.Deselect(*id);
+    }
     AnswerSoon(done, [this, room = *id] { return ToJson(*m_core.GetRooms().Find(room)); });
 }
 

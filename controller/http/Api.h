@@ -51,7 +51,4 @@ HttpReply BrowseLibrary(Library& library, const Target& target);
 // POST /api/library/save-playlist. Throws Refused.
 HttpReply SavePlaylist(Library& library, const nlohmann::json& body);
 
-// The file of the page that the path names, from the folder; 404 when there is none.
-HttpReply ServeFile(const std::string& folder, const Target& target);
-
 } // namespace korvel::controller

@@ -2,24 +2,14 @@
 
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/http/write.hpp>
-#include <boost/beast/websocket/rfc6455.hpp>
 
 #include "http/EventSession.h"
+#include "http/RequestRules.h"
 
 namespace korvel::controller {
 namespace {
 
 namespace http = beast::http;
-
-std::string_view View(beast::string_view text) {
-    return {text.data(), text.size()};
-}
-
-// Where a header is said twice, whoever passed the request on may have gone by the other one.
-bool IsAmbiguous(const http::fields& header) {
-    return header.count(http::field::host) > 1 || header.count(http::field::content_length) > 1 ||
-           View(header[http::field::content_length]).find(',') != std::string_view::npos;
-}
 
 // What a page of this server may do: load from here, talk to here.
 constexpr const char* kContentPolicy =
@@ -49,98 +39,60 @@ void HttpSession::Close() {
 }
 
 void HttpSession::Read() {
-    m_parser.emplace();
-    m_parser->header_limit(kMaxHeader);
-    m_parser->body_limit(kMaxBody);
+    m_reader.Start();
     m_stream.expires_after(kPatience);
     // A request that does not end keeps nobody out.
     m_place.SetIdle([this] { Close(); });
-    m_headBytes = 0;
-    ReadHead();
+    ReadSome();
 }
 
-void HttpSession::ReadHead() {
-    http::async_read_some(m_stream, m_buffer, *m_parser,
+void HttpSession::ReadSome() {
+    http::async_read_some(m_stream, m_reader.GetBuffer(), m_reader.GetParser(),
                           [self = shared_from_this()](boost::system::error_code error, std::size_t bytes) {
-                              if (self->m_server)
-                                  self->OnHead(error, bytes);
+                              if (!self->m_server)
+                                  return;
+                              if (self->m_reader.OnRead(error, bytes))
+                                  self->OnRequest(error);
+                              else
+                                  self->ReadSome();
                           });
 }
 
-// The parser bounds each field, not how many there are.
-void HttpSession::OnHead(boost::system::error_code error, std::size_t bytes) {
-    m_headBytes += bytes;
-    if (!error && m_headBytes > kMaxHeader)
-        error = http::error::header_limit;
-    if (error)
-        OnRequest(error);
-    else if (m_parser->is_header_done())
-        ReadBody();
-    else
-        ReadHead();
-}
-
-void HttpSession::ReadBody() {
-    http::async_read(m_stream, m_buffer, *m_parser,
-                     [self = shared_from_this()](boost::system::error_code error, std::size_t) {
-                         if (self->m_server)
-                             self->OnRequest(error);
-                     });
-}
-
-void HttpSession::OnRequest(boost::system::error_code error) {
+void HttpSession::OnRequest(const boost::system::error_code& error) {
     m_place.SetBusy();
-    if (!error && IsAmbiguous(m_parser->get()))
-        Reply(ErrorReply(400, "Host and Content-Length may be there once only"), false, 11);
-    else if (!error && beast::websocket::is_upgrade(m_parser->get()))
-        Upgrade();
-    else if (!error)
-        Serve(m_parser->get());
-    else if (error == http::error::body_limit)
-        Reply(ErrorReply(413, "the body is longer than 1 MiB"), false, 11);
-    else if (error == http::error::header_limit)
-        Reply(ErrorReply(431, "the header is too long"), false, 11);
-    else if (error == http::error::end_of_stream || error == beast::error::timeout ||
-             error.category() == asio::error::get_system_category())
-        Close();
-    else
-        Reply(ErrorReply(400, "not a request: " + error.message()), false, 11);
+    if (error) {
+        if (auto reply = ReplyToUnreadable(error))
+            Reply(std::move(*reply), false, 11);
+        else
+            Close();
+        return;
+    }
+    Verdict verdict = Judge(m_reader.Get(), m_server->GetAddress());
+    switch (verdict.kind) {
+        case Verdict::Kind::Serve:
+            Serve(verdict.keepAlive);
+            break;
+        case Verdict::Kind::Listen:
+            Listen();
+            break;
+        case Verdict::Kind::Refuse:
+            Reply(std::move(verdict.refusal), verdict.keepAlive, m_reader.Get().version());
+            break;
+    }
 }
 
-void HttpSession::Serve(const Request& request) {
-    const bool keepAlive = request.keep_alive();
-    const unsigned version = request.version();
-    const std::string_view host = View(request[http::field::host]);
-    if (!IsOwnHost(host, m_server->GetAddress())) {
-        Reply(ErrorReply(403, "the Host header must name this machine: localhost or 127.0.0.1"), keepAlive,
-              version);
-        return;
-    }
-    if (request.method() != http::verb::get && !IsOwnOrigin(View(request[http::field::origin]), host)) {
-        Reply(ErrorReply(403, "pages of other origins may not do this"), keepAlive, version);
-        return;
-    }
-    const HttpRequest plain{std::string(View(request.method_string())), std::string(View(request.target())),
-                            std::string(View(request[http::field::content_type])), request.body()};
-    m_server->GetApi().Handle(plain, [self = shared_from_this(), keepAlive, version](HttpReply reply) {
-        if (self->m_server)
-            self->Reply(std::move(reply), keepAlive, version);
-    });
+void HttpSession::Serve(bool keepAlive) {
+    const unsigned version = m_reader.Get().version();
+    m_server->GetApi().Handle(PlainRequest(m_reader.Get()),
+                              [self = shared_from_this(), keepAlive, version](HttpReply reply) {
+                                  if (self->m_server)
+                                      self->Reply(std::move(reply), keepAlive, version);
+                              });
 }
 
-void HttpSession::Upgrade() {
-    const Request& request = m_parser->get();
-    const std::string_view host = View(request[http::field::host]);
-    if (!IsOwnHost(host, m_server->GetAddress()) || !IsOwnOrigin(View(request[http::field::origin]), host)) {
-        Reply(ErrorReply(403, "pages of other origins may not listen"), false, request.version());
-        return;
-    }
-    if (request.target() != "/api/events") {
-        Reply(ErrorReply(404, "the events are at /api/events"), false, request.version());
-        return;
-    }
+void HttpSession::Listen() {
     if (!m_server->AddListener()) {
-        Reply(ErrorReply(503, "too many listen to the events already"), false, request.version());
+        Reply(ErrorReply(503, "too many listen to the events already"), false, m_reader.Get().version());
         return;
     }
     HttpServer& server = *m_server;
@@ -148,7 +100,7 @@ void HttpSession::Upgrade() {
     m_server = nullptr;
     m_stream.expires_never();
     std::make_shared<EventSession>(m_stream.release_socket(), std::move(m_place), server)
-        ->Start(m_parser->release());
+        ->Start(m_reader.Release());
 }
 
 void HttpSession::Reply(HttpReply reply, bool keepAlive, unsigned version) {

@@ -1,7 +1,6 @@
 #include "http/Message.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <nlohmann/json.hpp>
 
@@ -11,12 +10,7 @@
 namespace korvel::controller {
 namespace {
 
-constexpr std::uint32_t kMaxNumber = 2147483647;
-
-bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-    return std::ranges::equal(
-        a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
-}
+constexpr std::size_t kMaxErrorText = 1000;
 
 std::optional<std::string> Decode(std::string_view text, bool plusIsBlank) {
     std::string out;
@@ -26,8 +20,7 @@ std::optional<std::string> Decode(std::string_view text, bool plusIsBlank) {
         } else if (text[i] == '%') {
             unsigned value = 0;
             const char* first = text.data() + i + 1;
-            if (i + 2 >= text.size() || std::from_chars(first, first + 2, value, 16).ptr != first + 2 ||
-                value == 0)
+            if (i + 2 >= text.size() || std::from_chars(first, first + 2, value, 16).ptr != first + 2)
                 return std::nullopt;
             out.push_back(static_cast<char>(value));
             i += 2;
@@ -35,6 +28,9 @@ std::optional<std::string> Decode(std::string_view text, bool plusIsBlank) {
             out.push_back(text[i]);
         }
     }
+    // A text that ends in its middle would name something else further on.
+    if (out.find('\0') != std::string::npos)
+        return std::nullopt;
     return out;
 }
 
@@ -74,7 +70,7 @@ HttpReply JsonReply(const nlohmann::json& value, unsigned status) {
 }
 
 HttpReply ErrorReply(unsigned status, const std::string& text) {
-    return JsonReply({{"error", text}}, status);
+    return JsonReply({{"error", common::OneLine(text, kMaxErrorText)}}, status);
 }
 
 std::optional<std::uint32_t> ParseNumber(std::string_view text) {
@@ -103,21 +99,6 @@ std::optional<Target> ParseTarget(std::string_view text) {
     if (!ParseQuery(text.substr(std::min(mark + 1, text.size())), target))
         return std::nullopt;
     return target;
-}
-
-bool IsOwnHost(std::string_view host, std::string_view address) {
-    const std::size_t colon = std::min(host.find(':'), host.size());
-    const std::string_view port = host.substr(std::min(colon + 1, host.size()));
-    if (colon != host.size() && !ParseNumber(port))
-        return false;
-    const std::string_view name = host.substr(0, colon);
-    return EqualIgnoringCase(name, "localhost") || name == "127.0.0.1" || name == address;
-}
-
-bool IsOwnOrigin(std::string_view origin, std::string_view host) {
-    static constexpr std::string_view kScheme = "http://";
-    return origin.empty() || (origin.substr(0, kScheme.size()) == kScheme &&
-                              EqualIgnoringCase(origin.substr(kScheme.size()), host));
 }
 
 } // namespace korvel::controller

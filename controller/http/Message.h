@@ -11,6 +11,9 @@
 
 namespace korvel::controller {
 
+// The largest number that a target or a body may hold.
+inline constexpr std::uint32_t kMaxNumber = 2147483647;
+
 struct HttpRequest {
     std::string method;
     std::string target;      // as it came: path and query, percent-encoded
@@ -26,7 +29,7 @@ struct HttpReply {
 };
 
 HttpReply JsonReply(const nlohmann::json& value, unsigned status = 200);
-// {"error": text}
+// {"error": text}, as one line: a text may repeat what came, which may hold anything.
 HttpReply ErrorReply(unsigned status, const std::string& text);
 
 // A request target in its parts, percent-decoded.
@@ -44,12 +47,5 @@ std::optional<Target> ParseTarget(std::string_view text);
 
 // The whole text as a decimal number below 2^31; none otherwise.
 std::optional<std::uint32_t> ParseNumber(std::string_view text);
-
-// True for the names under which a browser on this machine knows it ("localhost", "127.0.0.1", or `address`),
-// with or without a port. Any other name may have been made to lead here by the page of a stranger.
-bool IsOwnHost(std::string_view host, std::string_view address);
-// True for a request that no page of another origin made: without an origin, or with the one that `host`
-// names.
-bool IsOwnOrigin(std::string_view origin, std::string_view host);
 
 } // namespace korvel::controller

@@ -1,3 +1,5 @@
+#include "http/StaticFiles.h"
+
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -5,8 +7,6 @@
 #include <iterator>
 #include <string_view>
 #include <utility>
-
-#include "http/Api.h"
 
 namespace korvel::controller {
 namespace {

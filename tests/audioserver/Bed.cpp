@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 
 namespace korvel::tests {
@@ -11,8 +12,9 @@ namespace {
 
 Process StartPlayer(const std::string& folder, const std::string& name, const std::string& hindrance,
                     const std::vector<std::string>& more) {
-    std::vector<std::string> options{"--port", "0", "--no-device", "--record",
-                                     folder + "/" + name + ".recording"};
+    // What is heard is looked at here, not when: late enough for any machine, which may have no real-time threads.
+    std::vector<std::string> options{
+        "--port", "0", "--no-device", "--latency", "500", "--record", folder + "/" + name + ".recording"};
     options.insert(options.end(), more.begin(), more.end());
     if (!hindrance.empty())
         options.insert(options.begin(), hindrance);
@@ -36,7 +38,13 @@ std::string Room::Client() const {
 
 bool Room::Hears(int hertz, double seconds) const {
     const double before = m_recording.Seconds(hertz);
-    return WaitUntil([&] { return m_recording.Seconds(hertz) >= before + seconds; });
+    if (WaitUntil([&] { return m_recording.Seconds(hertz) >= before + seconds; }))
+        return true;
+    std::cout << "heard " << m_recording.Seconds(hertz) << " s of " << hertz << " Hz in "
+              << m_recording.Length() << " s, " << before << " s of it before; wanted " << seconds
+              << " s more\n"
+              << Log();
+    return false;
 }
 
 bool Room::Stop() {

@@ -105,7 +105,8 @@ TEST_F(Limits, APeerThatDoesNotReadIsDropped) {
         lines += "1 nothing\r\n";
     EXPECT_TRUE(WaitUntil([&] { return !driver->SendRaw(lines); }));
     EXPECT_EQ(Connect()->Ask("reset"), "OK reset");
-    EXPECT_NE(Server().Errors().find("does not read"), std::string::npos);
+    EXPECT_TRUE(WaitUntil([this] { return Server().Errors().find("does not read") != std::string::npos; }))
+        << Server().Errors();
 }
 
 TEST_F(Limits, NoPeerAndNoStreamHidesTheLogLinesOfOthers) {

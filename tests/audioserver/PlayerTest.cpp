@@ -42,10 +42,13 @@ TEST_F(Players, EachOfFortyIsHeard) {
     }
 }
 
-// A fifth of a second of a stream at once: each sample is one higher than the one before, from 1 on.
+constexpr int kFrames = 192; // in each packet
+
+// A fifth of a second of a stream, as fast as it plays: each sample is one higher than the one before, from 1 on.
 void SendStairs(std::uint16_t port) {
     constexpr int kPackets = 50;
-    constexpr int kFrames = 192;
+    constexpr std::chrono::milliseconds kEach(4);
+    const auto start = std::chrono::steady_clock::now();
     const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sockaddr_in to{};
     to.sin_family = AF_INET;
@@ -64,13 +67,14 @@ void SendStairs(std::uint16_t port) {
             append(number * kFrames + frame, 2);
             append(number * kFrames + frame, 2);
         }
+        EXPECT_TRUE(WaitUntil([&] { return std::chrono::steady_clock::now() >= start + number * kEach; }));
         ::sendto(socket, packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof(to));
     }
     ::close(socket);
 }
 
 TEST_F(Players, OneThatHeardNothingHearsASenderFromItsFirstSampleOn) {
-    constexpr int kLast = 50 * 192;
+    constexpr int kLast = 50 * kFrames;
     const auto room = AddRoom();
     EXPECT_TRUE(WaitUntil([&] { return room->Heard().Length() > 0.5; }));
     SendStairs(room->Port());

@@ -128,6 +128,12 @@ TEST_F(DescriptorLimits, AreRaisedToWhatTheSystemGivesOrWhatIsEnough) {
     EXPECT_EQ(raised.rlim_max, m_before.rlim_max);
 }
 
+TEST_F(DescriptorLimits, ThatAreHigherAlreadyStay) {
+    EXPECT_EQ(RaisedLimit({1024, 4096}).rlim_cur, 4096U);
+    EXPECT_EQ(RaisedLimit({1024, RLIM_INFINITY}).rlim_cur, 131072U);
+    EXPECT_EQ(RaisedLimit({200000, RLIM_INFINITY}).rlim_cur, 200000U);
+}
+
 TEST_F(DescriptorLimits, TheReserveStaysFree) {
     SetSoft(std::min<rlim_t>(m_before.rlim_max, 256));
     ASSERT_TRUE(HasDescriptors(1));

@@ -71,10 +71,12 @@ TEST(CatalogueLimits, TracksOfAList) {
 
 TEST(CatalogueLimits, Texts) {
     const auto x = [](std::size_t bytes) { return std::string(bytes, 'x'); };
-    EXPECT_EQ(WrongLimit(TrackOf({x(kMaxIdBytes), x(kMaxTextBytes), x(kMaxAddressBytes), x(kMaxAddressBytes)})),
-              "");
+    EXPECT_EQ(
+        WrongLimit(TrackOf({x(kMaxIdBytes), x(kMaxTextBytes), x(kMaxAddressBytes), x(kMaxAddressBytes)})),
+        "");
     const std::string most = " in [[track]] must be a text of at most ";
-    EXPECT_EQ(WrongLimit(TrackOf({.id = x(kMaxIdBytes + 1)})), "c.toml:2: 'id'" + most + "64 bytes on one line");
+    EXPECT_EQ(WrongLimit(TrackOf({.id = x(kMaxIdBytes + 1)})),
+              "c.toml:2: 'id'" + most + "64 bytes on one line");
     EXPECT_EQ(WrongLimit(TrackOf({.title = x(kMaxTextBytes + 1)})),
               "c.toml:3: 'title'" + most + "200 bytes on one line");
     EXPECT_EQ(WrongLimit(TrackOf({.media = x(kMaxAddressBytes + 1)})),

@@ -29,6 +29,22 @@ TEST(Address, IsWrittenAsItIsRead) {
         EXPECT_EQ(ToText(ParseHostPort(text).value()), text);
 }
 
+TEST(Address, APortMayBeLeftOutWhereThereIsAStandardOne) {
+    EXPECT_EQ(ParseHost("home", 80), (HostPort{"home", 80}));
+    EXPECT_EQ(ParseHost("home:8080", 80), (HostPort{"home", 8080}));
+    EXPECT_EQ(ParseHost("[::1]", 80), (HostPort{"::1", 80}));
+    for (const char* text :
+         {"", ":80", "home:", "home:0", "home:65536", "::1", "me@home", "home/", "ho%6De", "ho me"})
+        EXPECT_EQ(ParseHost(text, 80), std::nullopt) << text;
+}
+
+TEST(Address, TheLettersOfAHostMayBeLargeOrSmall) {
+    EXPECT_TRUE(IsSameHost("LocalHost", "localhost"));
+    EXPECT_FALSE(IsSameHost("localhost", "localhost."));
+    EXPECT_FALSE(IsSameHost("local", "localhost"));
+    EXPECT_FALSE(IsSameHost("[", "{")) << "no letters";
+}
+
 TEST(WebAddress, HasAServerAndATarget) {
     const auto plain = ParseWebAddress("http://radio.example/jazz?a=1#b");
     ASSERT_TRUE(plain);

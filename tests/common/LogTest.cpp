@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <cstdio>
 #include <memory>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -39,6 +39,13 @@ private:
     std::FILE* m_file;
 };
 
+// The line with every digit as 0.
+std::string ShapeOf(std::string line) {
+    std::ranges::replace_if(
+        line, [](unsigned char character) { return std::isdigit(character) != 0; }, '0');
+    return line;
+}
+
 TEST(Log, ALineIsTimeLevelAndText) {
     const LogFile file;
     const Log log(LogLevel::Debug, file.Get());
@@ -48,11 +55,11 @@ TEST(Log, ALineIsTimeLevelAndText) {
     log.Debug("d");
     const auto lines = file.Lines();
     ASSERT_EQ(lines.size(), 4u);
-    const std::string time = "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3} ";
-    EXPECT_TRUE(std::regex_match(lines[0], std::regex(time + "error   a\n"))) << lines[0];
-    EXPECT_TRUE(std::regex_match(lines[1], std::regex(time + "warning b\n"))) << lines[1];
-    EXPECT_TRUE(std::regex_match(lines[2], std::regex(time + "info    c\n"))) << lines[2];
-    EXPECT_TRUE(std::regex_match(lines[3], std::regex(time + "debug   d\n"))) << lines[3];
+    const std::string time = "0000-00-00 00:00:00.000 ";
+    EXPECT_EQ(ShapeOf(lines[0]), time + "error   a\n");
+    EXPECT_EQ(ShapeOf(lines[1]), time + "warning b\n");
+    EXPECT_EQ(ShapeOf(lines[2]), time + "info    c\n");
+    EXPECT_EQ(ShapeOf(lines[3]), time + "debug   d\n");
 }
 
 TEST(Log, LevelsBeyondTheOneThatWasAskedForAreSilent) {

@@ -4,7 +4,8 @@
 #include <filesystem>
 
 #include "TestHouse.h"
-#include "http/HttpSession.h"
+#include "http/RequestReader.h"
+#include "http/StaticFiles.h"
 
 namespace korvel::controller {
 namespace {
@@ -56,11 +57,11 @@ TEST_F(ApiLimitsTest, NumbersFitThirtyOneBits) {
 TEST_F(ApiLimitsTest, AHeadHasSixteenKibibytes) {
     const std::string start = "GET /api/status HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nX: ";
     const std::string end = "\r\n\r\n";
-    const std::string most(HttpSession::kMaxHeader - start.size() - end.size(), 'x');
+    const std::string most(RequestReader::kMaxHeader - start.size() - end.size(), 'x');
     EXPECT_EQ(house.Exchange(start + most + end).status, 200);
     EXPECT_EQ(house.Exchange(start + most + "x" + end).status, 431);
     std::string fields;
-    while (fields.size() < HttpSession::kMaxHeader)
+    while (fields.size() < RequestReader::kMaxHeader)
         fields += "A: b\r\n";
     EXPECT_EQ(house.Exchange(start + "x\r\n" + fields + "\r\n").status, 431) << "however short each is";
 }

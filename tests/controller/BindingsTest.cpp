@@ -242,6 +242,27 @@ TEST_F(BindingsTest, AServerThatStandsStillFromTheStartIsNotReady) {
     EXPECT_EQ(bindings->ToJson()[0].at("connected"), false);
 }
 
+TEST_F(BindingsTest, HowAServerIsIsToldWhenThatChanges) {
+    std::vector<std::string> told;
+    events.Add([&](const auto& text) {
+        const nlohmann::json event = nlohmann::json::parse(*text);
+        if (event.at("type") == "server")
+            told.push_back(event.at("problem").get<std::string>());
+    });
+    ScriptedServer server(loop);
+    server.Mute();
+    const auto bindings = Bind({At(server)});
+    bindings->Start();
+    EXPECT_TRUE(loop.RunUntil([&] { return !told.empty() && told.back() == "it does not answer"; }));
+    server.Unmute();
+    server.Send("65536 OK ping\r\n");
+    ASSERT_TRUE(IsReady(*bindings));
+    ASSERT_TRUE(Beats(server, 3));
+    const std::size_t before = told.size();
+    ASSERT_TRUE(Beats(server, 20));
+    EXPECT_EQ(told.size(), before);
+}
+
 TEST_F(BindingsTest, WhatIsNotOneLineIsRefusedInTheServersStead) {
     ScriptedServer server(loop);
     const auto bindings = Bind({At(server)});

@@ -87,6 +87,7 @@ TEST_F(HouseAnnouncementTest, AFileThatTheServerRefusesFails) {
 TEST_F(HouseAnnouncementTest, WithoutAStreamItFails) {
     server.Refuse("addann");
     ASSERT_EQ(Announce({1}, chime).status, 202);
+    ASSERT_TRUE(Hears("addann"));
     server.Refuse("addmed");
     EXPECT_TRUE(Told({{"state", "failed"}, {"reason", "the audio server has no stream for it"}}));
     server.Refuse("");

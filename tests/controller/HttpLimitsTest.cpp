@@ -3,7 +3,6 @@
 
 #include "TestHouse.h"
 #include "http/EventSession.h"
-#include "http/HttpSession.h"
 // The order matters: Asio.h comes first, through TestHouse.h.
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/websocket/stream.hpp>
@@ -88,6 +87,14 @@ TEST_F(HttpLimitsTest, AHeaderThatIsThereTwiceIsRefused) {
     EXPECT_EQ(Send(command + "Content-Length: 2\r\nContent-Length: 3", "{}").status, 400);
     EXPECT_EQ(Send(command + "Content-Length: 2, 2", "{}").status, 400);
     EXPECT_EQ(Send(command + "Content-Length: 2\r\nTransfer-Encoding: chunked", "{}").status, 400);
+}
+
+TEST_F(HttpLimitsTest, AHeaderBehindTheBodyIsRefused) {
+    const std::string head = "GET /api/status HTTP/1.1\r\nTransfer-Encoding: chunked";
+    const std::string chunks = "2\r\n{}\r\n0\r\n";
+    EXPECT_EQ(Send(head + "\r\nHost: localhost", chunks + "\r\n").status, 200);
+    EXPECT_EQ(Send(head + "\r\nHost: localhost", chunks + "X: y\r\n\r\n").status, 400);
+    EXPECT_EQ(Send(head, chunks + "Host: localhost\r\n\r\n").status, 400);
 }
 
 TEST_F(HttpLimitsTest, AMethodThatDoesNotFitNamesTheOneThatDoes) {

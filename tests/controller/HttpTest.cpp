@@ -214,6 +214,28 @@ TEST_F(PageTest, FilesOfThePageAreServed) {
     EXPECT_NE(script.head.find("text/javascript"), std::string::npos);
 }
 
+TEST_F(PageTest, FilesSayWhatTheyAre) {
+    const std::pair<const char*, const char*> types[] = {{".html", "text/html; charset=utf-8"},
+                                                         {".css", "text/css; charset=utf-8"},
+                                                         {".js", "text/javascript; charset=utf-8"},
+                                                         {".json", "application/json"},
+                                                         {".svg", "image/svg+xml"},
+                                                         {".png", "image/png"},
+                                                         {".jpg", "image/jpeg"},
+                                                         {".ico", "image/x-icon"},
+                                                         {".woff2", "font/woff2"},
+                                                         {".txt", "text/plain; charset=utf-8"},
+                                                         {".webmanifest", "application/manifest+json"},
+                                                         {".exe", "application/octet-stream"}};
+    for (const auto& [extension, type] : types) {
+        const std::string name = std::string("file") + extension;
+        web.Write("page/" + name, "x");
+        const RawReply reply = house->Get("/" + name);
+        EXPECT_NE(reply.head.find("Content-Type: " + std::string(type) + "\r\n"), std::string::npos)
+            << reply.head;
+    }
+}
+
 TEST_F(PageTest, NothingOutsideItsFolderIs) {
     for (const char* target :
          {"/../secret", "/%2e%2e/secret", "/..%2fsecret", "/.hidden", "/link", "/missing", "//etc/passwd"})

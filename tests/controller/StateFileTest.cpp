@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "TestHouse.h"
+#include "persistence/KeptAside.h"
 #include "persistence/StateFile.h"
 
 namespace korvel::controller {
@@ -67,6 +68,21 @@ TEST_F(StateFileTest, OfThoseSetAsideTheNewestAreKept) {
     ASSERT_EQ(KeptAside().size(), 3u);
     for (std::size_t i = 0; i < 3; ++i)
         EXPECT_EQ(ReadFile(folder.File(KeptAside()[i])), "damage " + std::to_string(i + 2));
+}
+
+TEST_F(StateFileTest, WhatStandsBesideAFileIsKeptWithIt) {
+    constexpr const char* kCompanions[] = {"-wal"};
+    const std::string path = folder.File("state.xml");
+    folder.Write("state.xml.damaged-notes", "somebody's own");
+    std::string last;
+    for (std::size_t i = 0; i < kMaxKeptAside + 2; ++i) {
+        folder.Write("state.xml", "a file");
+        folder.Write("state.xml-wal", "beside it");
+        last = KeepAside(path, "damaged", kCompanions);
+        EXPECT_EQ(last, path + ".damaged-" + LastKeptAside(path, "damaged"));
+    }
+    EXPECT_TRUE(fs::exists(last + "-wal"));
+    EXPECT_EQ(KeptAside().size(), 2 * kMaxKeptAside + 1);
 }
 
 TEST_F(StateFileTest, WhatCannotBeSavedLeavesTheFileAsItWas) {

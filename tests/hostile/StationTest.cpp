@@ -222,6 +222,16 @@ TEST_F(HostileStation, ASourceThatDoesNotEndIsLeftAlone) {
     EXPECT_TRUE(StillPlays());
 }
 
+TEST_F(HostileStation, AStationWhoseSourceDoesNotEndIsBad) {
+    // So little time that before long the source of one of its connections takes longer.
+    m_serverOptions = {"--first-retry", "1", "--end-patience", "1"};
+    const Station station([](const Visit& visit) { visit.Send(Head("audio/x-wav") + WavOf({{500, 0.2}})); });
+    Listen();
+    Play(station.Url() + "/");
+    EXPECT_TRUE(IsBad(Failure(), "the source does not end"));
+    EXPECT_TRUE(StillPlays());
+}
+
 TEST_F(HostileStation, AServerEndsThoughASourceDoesNot) {
     const Trap trap(PathOf("trap"));
     m_serverOptions = {"--end-patience", "200", "--input", "trap=filesrc location=" + trap.Path()};

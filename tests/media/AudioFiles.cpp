@@ -27,18 +27,20 @@ TagLib::ByteVector Bytes(const std::string& text) {
     return {text.data(), static_cast<unsigned int>(text.size())};
 }
 
-void AddId3Picture(TagLib::ID3v2::Tag& tag, const std::string& bytes) {
-    auto* frame = new TagLib::ID3v2::AttachedPictureFrame; // the tag takes it over
+void AddId3Picture(TagLib::ID3v2::Tag& tag, const std::string& bytes, PictureSide side) {
+    using Frame = TagLib::ID3v2::AttachedPictureFrame;
+    auto* frame = new Frame; // the tag takes it over
     frame->setMimeType("image/jpeg");
-    frame->setType(TagLib::ID3v2::AttachedPictureFrame::FrontCover);
+    frame->setType(side == PictureSide::kFront ? Frame::FrontCover : Frame::BackCover);
     frame->setPicture(Bytes(bytes));
     tag.addFrame(frame);
 }
 
-TagLib::FLAC::Picture* XiphPicture(const std::string& bytes) {
-    auto* picture = new TagLib::FLAC::Picture; // the file takes it over
+TagLib::FLAC::Picture* XiphPicture(const std::string& bytes, PictureSide side) {
+    using Picture = TagLib::FLAC::Picture;
+    auto* picture = new Picture; // the file takes it over
     picture->setMimeType("image/jpeg");
-    picture->setType(TagLib::FLAC::Picture::FrontCover);
+    picture->setType(side == PictureSide::kFront ? Picture::FrontCover : Picture::BackCover);
     picture->setData(Bytes(bytes));
     return picture;
 }
@@ -76,21 +78,21 @@ std::string JpegBytes(const std::string& mark) {
     return "\xFF\xD8\xFF\xE0" + mark;
 }
 
-bool AddPicture(const std::string& path, const std::string& bytes) {
+bool AddPicture(const std::string& path, const std::string& bytes, PictureSide side) {
     TagLib::FileRef reference(path.c_str());
     TagLib::File* file = reference.file();
     if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(file)) {
-        AddId3Picture(*mpeg->ID3v2Tag(true), bytes);
+        AddId3Picture(*mpeg->ID3v2Tag(true), bytes, side);
     } else if (auto* wav = dynamic_cast<TagLib::RIFF::WAV::File*>(file)) {
-        AddId3Picture(*wav->ID3v2Tag(), bytes);
+        AddId3Picture(*wav->ID3v2Tag(), bytes, side);
     } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(file)) {
-        flac->addPicture(XiphPicture(bytes));
+        flac->addPicture(XiphPicture(bytes, side));
     } else if (auto* mp4 = dynamic_cast<TagLib::MP4::File*>(file)) {
         TagLib::MP4::CoverArtList list;
         list.append(TagLib::MP4::CoverArt(TagLib::MP4::CoverArt::JPEG, Bytes(bytes)));
         mp4->tag()->setItem("covr", list);
     } else if (auto* xiph = file ? dynamic_cast<TagLib::Ogg::XiphComment*>(file->tag()) : nullptr) {
-        xiph->addPicture(XiphPicture(bytes));
+        xiph->addPicture(XiphPicture(bytes, side));
     } else {
         return false;
     }

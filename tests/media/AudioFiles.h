@@ -17,5 +17,6 @@ bool Tag(const std::string& path, const std::map<std::string, std::string>& tags
 
 // The bytes of a picture that is told apart by `mark`.
 std::string JpegBytes(const std::string& mark);
-// Puts a front cover into the tags of a file. False when it takes none.
-bool AddPicture(const std::string& path, const std::string& bytes);
+enum class PictureSide { kFront, kBack };
+// Puts a picture into the tags of a file, behind those that are there. False when it takes none.
+bool AddPicture(const std::string& path, const std::string& bytes, PictureSide side = PictureSide::kFront);

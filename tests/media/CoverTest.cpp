@@ -27,6 +27,14 @@ TEST_F(Covers, InsideTheSongComeFirst) {
     EXPECT_EQ(ReadCover(path)->bytes, JpegBytes("inside"));
 }
 
+TEST_F(Covers, OfTheFrontComeBeforeOthers) {
+    const std::string path = PutWav("1.wav");
+    ASSERT_TRUE(AddPicture(path, JpegBytes("back"), PictureSide::kBack));
+    EXPECT_EQ(ReadCover(path)->bytes, JpegBytes("back"));
+    ASSERT_TRUE(AddPicture(path, JpegBytes("front")));
+    EXPECT_EQ(ReadCover(path)->bytes, JpegBytes("front"));
+}
+
 TEST_F(Covers, AreChosenByName) {
     const std::string path = PutWav("1.wav");
     folder.Write("music/back.jpg", JpegBytes("back"));

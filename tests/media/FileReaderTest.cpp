@@ -1,9 +1,13 @@
 // The program that reads files, and what becomes of what harms it.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -11,6 +15,7 @@
 
 #include "AudioFiles.h"
 #include "BoundedStream.h"
+#include "Folders.h"
 #include "HangingFile.h"
 #include "HostileFiles.h"
 #include "ScanHarness.h"
@@ -40,6 +45,14 @@ rlim_t LimitOf(pid_t process, __rlimit_resource resource) {
     rlimit limit{};
     EXPECT_EQ(::prlimit(process, resource, nullptr, &limit), 0);
     return limit.rlim_cur;
+}
+
+std::time_t ProcessorSecondsOf(pid_t process) {
+    clockid_t clock{};
+    timespec used{};
+    EXPECT_EQ(::clock_getcpuclockid(process, &clock), 0);
+    EXPECT_EQ(::clock_gettime(clock, &used), 0);
+    return used.tv_sec;
 }
 
 class Reader : public testing::Test {
@@ -81,6 +94,8 @@ TEST_F(Reader, TellsWhatItCannotRead) {
 }
 
 TEST_F(Reader, DiesInsteadOfTheController) {
+    EXPECT_EQ(reader.Look(folder.Path()).outcome, Outcome::Done);
+    errno = EAGAIN; // left by somebody else: the end of the answers is no reason to wait
     const auto answer = reader.ReadTags(Put("nested.m4a", NestedAtoms(200000)));
     EXPECT_EQ(answer.outcome, Outcome::Died);
     EXPECT_EQ(answer.why, kNestedAtomsEnd);
@@ -112,6 +127,10 @@ TEST_F(Reader, IsCancelledInTheMiddle) {
 }
 
 TEST_F(Reader, HasLimits) {
+    // Nor is what this program forgets to keep to itself.
+    const int next = STDERR_FILENO + 1;
+    ASSERT_TRUE(::fcntl(next, F_GETFD) >= 0 || ::dup2(STDERR_FILENO, next) == next);
+    ASSERT_EQ(::fcntl(next, F_SETFD, 0), 0);
     EXPECT_EQ(reader.Look(folder.Path()).outcome, Outcome::Done);
     ASSERT_EQ(Children().size(), 1u);
     const pid_t program = *Children().begin();
@@ -124,8 +143,32 @@ TEST_F(Reader, HasLimits) {
     // Nothing of ours is open there: standard input, output and error.
     const auto files = fs::directory_iterator("/proc/" + std::to_string(program) + "/fd");
     EXPECT_EQ(std::distance(begin(files), end(files)), 3);
+    ::fcntl(next, F_SETFD, FD_CLOEXEC);
     reader.Rest();
     EXPECT_TRUE(Children().empty());
+}
+
+TEST_F(Reader, HasItsProcessorTimeForEachFileAnew) {
+    const std::string path = Put("a.mp3", Mp3WithTitle(kMaxTagBlock / 2));
+    ASSERT_EQ(reader.ReadTags(path).outcome, Outcome::Done);
+    const pid_t program = *Children().begin();
+    const rlim_t first = LimitOf(program, RLIMIT_CPU);
+    while (ProcessorSecondsOf(program) < 2)
+        ASSERT_EQ(reader.ReadTags(path).outcome, Outcome::Done);
+    EXPECT_EQ(reader.ReadTags(path).outcome, Outcome::Done);
+    EXPECT_GT(LimitOf(program, RLIMIT_CPU), first);
+}
+
+TEST_F(Reader, LooksWhatAFileIsWhereTheFileSystemDoesNotTell) {
+    Put("x/a.wav", "");
+    dirent entry{};
+    entry.d_type = DT_UNKNOWN;
+    std::ranges::copy(std::string_view("a.wav"), entry.d_name);
+    EXPECT_EQ(TypeOf(folder / "x", entry), FileType::File);
+    std::ranges::copy(std::string_view("none."), entry.d_name);
+    EXPECT_EQ(TypeOf(folder / "x", entry), FileType::Other);
+    entry.d_type = DT_DIR;
+    EXPECT_EQ(TypeOf(folder / "x", entry), FileType::Folder);
 }
 
 TEST_F(Reader, CutsTextsAtACharacter) {
@@ -145,6 +188,9 @@ TEST_F(Reader, LeavesTagsOutThatAreTooLarge) {
     EXPECT_EQ(large.outcome, Outcome::Done);
     EXPECT_EQ(large.value.title, "");
     EXPECT_GT(large.value.durationMs, 0u);
+    const auto alone = reader.ReadTags(Put("alone.mp3", Mp3WithTitle(kMaxTagBlock, 0)));
+    EXPECT_EQ(alone.outcome, Outcome::NoAudio);
+    EXPECT_EQ(alone.why, "its tags are too large");
 }
 
 TEST_F(Reader, LeavesPicturesOutThatAreTooLarge) {

@@ -28,12 +28,12 @@ std::string NestedAtoms(std::size_t depth) {
     return bytes;
 }
 
-std::string Mp3WithTitle(std::size_t bytes) {
+std::string Mp3WithTitle(std::size_t bytes, int frames) {
     // Version 2.3: the frame's size takes all bits. The text is Latin-1.
     const std::string frame = "TIT2" + Big(bytes + 1) + std::string(3, '\0') + std::string(bytes, 't');
     std::string file = std::string("ID3\x03\0\0", 6) + Syncsafe(frame.size()) + frame;
     // MPEG 1 layer III, 128 kbit/s, 44.1 kHz: 417 bytes a frame.
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0; i < frames; ++i)
         file += std::string("\xFF\xFB\x90\x00", 4) + std::string(413, '\0');
     return file;
 }

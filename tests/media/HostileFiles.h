@@ -14,5 +14,5 @@ inline constexpr const char* kNestedAtomsEnd = "the reader ended with status 1";
 inline constexpr const char* kNestedAtomsEnd = "the reader was killed by SIGSEGV";
 #endif
 
-// An MP3 file: an ID3 tag with a title of so many bytes, and a few frames of silence.
-std::string Mp3WithTitle(std::size_t bytes);
+// An MP3 file: an ID3 tag with a title of so many bytes, and that many frames of silence.
+std::string Mp3WithTitle(std::size_t bytes, int frames = 50);

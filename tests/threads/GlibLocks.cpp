@@ -32,23 +32,23 @@ Function* Real(const char* name) {
 
 #define REAL(name) static const auto real = Real<decltype(name)>(#name)
 
-#define LOCKS(prefix, Lock, lock, trylock, unlock)                                                                             \
-    void prefix##lock(Lock* object) {                                                                                          \
-        REAL(prefix##lock);                                                                                                    \
-        real(object);                                                                                                          \
-        Taken(object);                                                                                                         \
-    }                                                                                                                          \
-    gboolean prefix##trylock(Lock* object) {                                                                                   \
-        REAL(prefix##trylock);                                                                                                 \
-        const gboolean taken = real(object);                                                                                   \
-        if (taken)                                                                                                             \
-            Taken(object);                                                                                                     \
-        return taken;                                                                                                          \
-    }                                                                                                                          \
-    void prefix##unlock(Lock* object) {                                                                                        \
-        REAL(prefix##unlock);                                                                                                  \
-        GivenBack(object);                                                                                                     \
-        real(object);                                                                                                          \
+#define LOCKS(prefix, Lock, lock, trylock, unlock) \
+    void prefix##lock(Lock* object) {              \
+        REAL(prefix##lock);                        \
+        real(object);                              \
+        Taken(object);                             \
+    }                                              \
+    gboolean prefix##trylock(Lock* object) {       \
+        REAL(prefix##trylock);                     \
+        const gboolean taken = real(object);       \
+        if (taken)                                 \
+            Taken(object);                         \
+        return taken;                              \
+    }                                              \
+    void prefix##unlock(Lock* object) {            \
+        REAL(prefix##unlock);                      \
+        GivenBack(object);                         \
+        real(object);                              \
     }
 
 extern "C" {

@@ -19,8 +19,14 @@ struct HostPort {
 // "HOST:PORT", an IPv6 address in brackets, the port 1 to 65535; none for anything else.
 std::optional<HostPort> ParseHostPort(std::string_view text);
 
+// "HOST" or "HOST:PORT", both as ParseHostPort() takes them; `standardPort` where no port is written.
+std::optional<HostPort> ParseHost(std::string_view text, std::uint16_t standardPort);
+
 // What ParseHostPort() takes.
 std::string ToText(const HostPort& address);
+
+// Whether both are one name, of which large and small letters are the same.
+bool IsSameHost(std::string_view a, std::string_view b);
 
 struct WebAddress {
     bool secure = false; // https

@@ -1,6 +1,5 @@
 #include "Folders.h"
 
-#include <dirent.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -20,16 +19,15 @@ FileType TypeOf(mode_t mode) {
                            : FileType::Other;
 }
 
+} // namespace
+
 FileType TypeOf(const std::string& folder, const dirent& entry) {
     if (entry.d_type != DT_UNKNOWN)
         return TypeOf(DTTOIF(entry.d_type));
-    // Some file systems do not tell it with the name.
     struct stat status {};
     const bool known = ::lstat((folder + "/" + entry.d_name).c_str(), &status) == 0;
     return known ? TypeOf(status.st_mode) : FileType::Other;
 }
-
-} // namespace
 
 FileReader::Answer<FileStatus> LookAt(const std::string& path) {
     struct stat status {};

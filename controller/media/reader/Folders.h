@@ -1,5 +1,7 @@
 #pragma once
 
+#include <dirent.h>
+
 #include <string>
 #include <vector>
 
@@ -9,5 +11,7 @@ namespace korvel::media {
 
 FileReader::Answer<FileStatus> LookAt(const std::string& path);
 FileReader::Answer<std::vector<FolderEntry>> ListFolder(const std::string& path);
+// What an entry of the folder is, also where the file system does not tell it with the name.
+FileType TypeOf(const std::string& folder, const dirent& entry);
 
 } // namespace korvel::media
