@@ -137,7 +137,7 @@ TEST_F(Reader, HasLimits) {
     EXPECT_EQ(LimitOf(program, RLIMIT_FSIZE), 0u);
     EXPECT_EQ(LimitOf(program, RLIMIT_CORE), 0u);
     EXPECT_LE(LimitOf(program, RLIMIT_CPU), 20u);
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
     EXPECT_EQ(LimitOf(program, RLIMIT_AS), 1u << 30);
 #endif
     // Nothing of ours is open there: standard input, output and error.

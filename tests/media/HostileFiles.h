@@ -10,6 +10,8 @@ std::string NestedAtoms(std::size_t depth);
 // What a few hundred thousand of them do to the program that reads them. The sanitizers end it themselves.
 #if defined(__SANITIZE_ADDRESS__)
 inline constexpr const char* kNestedAtomsEnd = "the reader ended with status 1";
+#elif defined(__SANITIZE_THREAD__)
+inline constexpr const char* kNestedAtomsEnd = "the reader ended with status 66";
 #else
 inline constexpr const char* kNestedAtomsEnd = "the reader was killed by SIGSEGV";
 #endif
