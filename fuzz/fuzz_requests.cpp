@@ -16,12 +16,12 @@
 #include <string_view>
 #include <vector>
 
-#include "app/Parameters.h"
+#include "actions/Parameters.h"
+#include "base/Refused.h"
 #include "common/Text.h"
-#include "host/Refused.h"
-#include "http/ApiRequests.h"
-#include "http/RequestRules.h"
-#include "http/StaticFiles.h"
+#include "front/http/ApiRequests.h"
+#include "front/http/RequestRules.h"
+#include "front/http/StaticFiles.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/Ids.h"
+#include "driver/Ids.h"
 
 namespace korvel::controller {
 

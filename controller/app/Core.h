@@ -3,16 +3,16 @@
 #include <memory>
 #include <string>
 
-#include "app/Commands.h"
-#include "app/Library.h"
-#include "app/StateFolder.h"
-#include "host/Instances.h"
-#include "host/RealSystem.h"
-#include "loader/Plugin.h"
+#include "actions/Commands.h"
+#include "actions/Library.h"
+#include "driver/Plugin.h"
+#include "driver/rooms/Announcements.h"
+#include "driver/services/Instances.h"
+#include "driver/services/RealSystem.h"
+#include "driver/services/RhapsodyService.h"
+#include "links/MediaFailures.h"
 #include "platform/Utilities.h"
-#include "rhapsody/RhapsodyService.h"
-#include "rooms/Announcements.h"
-#include "rooms/MediaFailures.h"
+#include "store/StateFolder.h"
 
 namespace korvel::controller {
 

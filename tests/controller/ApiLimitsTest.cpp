@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "TestHouse.h"
-#include "http/RequestReader.h"
-#include "http/StaticFiles.h"
+#include "front/http/RequestReader.h"
+#include "front/http/StaticFiles.h"
 
 namespace korvel::controller {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "TestHouse.h"
-#include "http/EventSession.h"
+#include "front/http/EventSession.h"
 // The order matters: Asio.h comes first, through TestHouse.h.
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/websocket/stream.hpp>
