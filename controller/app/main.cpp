@@ -35,7 +35,7 @@ void Run(const Config& config) {
     const korvel::common::Log log(config.log);
     asio::io_context loop(1);
     Core core(loop, config, log);
-    Api api(loop, core, config.webFolder);
+    Api api(loop, core.GetParts(), config.webFolder);
     HttpServer server(loop, api, config.httpAddress, config.httpPort, log);
     asio::signal_set signals(loop, SIGINT, SIGTERM);
     signals.async_wait([&](boost::system::error_code, int signal) {

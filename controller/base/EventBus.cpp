@@ -10,15 +10,6 @@ std::string JsonText(const nlohmann::json& value) {
     return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
-nlohmann::json JsonOfParameters(const ICmdMessage& message) {
-    nlohmann::json parameters = nlohmann::json::object();
-    for (std::size_t i = 0; i < message.GetParamCount(); ++i) {
-        const CmdParam& param = message.GetParamAt(i);
-        parameters[param.name] = param.value;
-    }
-    return parameters;
-}
-
 std::uint32_t EventBus::Add(Listener listener) {
     const std::uint32_t id = m_nextId++;
     m_listeners.emplace(id, std::move(listener));

@@ -8,16 +8,11 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
-#include "platform/CmdMessage.h"
-
 namespace korvel::controller {
 
 // The text of a JSON value. Bytes that are not UTF-8 (a badly tagged song) come out as replacement
 // characters.
 std::string JsonText(const nlohmann::json& value);
-
-// {"NAME": "value", ...}
-nlohmann::json JsonOfParameters(const ICmdMessage& message);
 
 // Hands each event, one JSON object as text, to every listener. Driver thread.
 class EventBus {

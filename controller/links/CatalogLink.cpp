@@ -8,13 +8,13 @@ namespace {
 
 using nlohmann::json;
 
-RC_Error ErrorCode(const json& reply) {
+CatalogResult ErrorCode(const json& reply) {
     const json& error = reply.at("error");
     const auto code = error.is_object() ? error.find("code") : error.end();
     if (!error.is_object() || code == error.end() || !code->is_number_integer() || *code < 1 ||
         *code > kRhapsodyLastCode)
         return kRhapsodyUnexpected;
-    return code->get<RC_Error>();
+    return code->get<CatalogResult>();
 }
 
 } // namespace
@@ -68,14 +68,14 @@ void CatalogLink::Ask(json question, Answered answered) {
         WaitForDeadline();
 }
 
-void CatalogLink::FailSoon(RC_Error code, Answered answered) {
+void CatalogLink::FailSoon(CatalogResult code, Answered answered) {
     asio::post(m_loop, [self = shared_from_this(), code, answered = std::move(answered)] {
         if (!self->m_stopped)
             answered(code, json());
     });
 }
 
-void CatalogLink::FailSent(RC_Error code) {
+void CatalogLink::FailSent(CatalogResult code) {
     std::erase_if(m_questions, [this, code](Question& question) {
         if (question.sent)
             FailSoon(code, std::move(question.answered));

@@ -10,18 +10,18 @@
 
 #include "base/Asio.h"
 #include "links/LinkSettings.h"
-#include "platform/rhapsody/RhapsodyClient.h"
 
 namespace korvel::controller {
 
-// The result codes that the link itself gives; others come from the catalogue.
-inline constexpr RC_Error kRhapsodyDone = 0;
-inline constexpr RC_Error kRhapsodyNoAnswer = 3;
-inline constexpr RC_Error kRhapsodyUnexpected = 9;
-inline constexpr RC_Error kRhapsodyInvalidData = 10;
-inline constexpr RC_Error kRhapsodyNoConnection = 16;
-inline constexpr RC_Error kRhapsodyOffLine = 17;
-inline constexpr RC_Error kRhapsodyLastCode = 18;
+// How a question ended. These are what the link itself gives; others come from the catalogue.
+using CatalogResult = std::int32_t;
+inline constexpr CatalogResult kRhapsodyDone = 0;
+inline constexpr CatalogResult kRhapsodyNoAnswer = 3;
+inline constexpr CatalogResult kRhapsodyUnexpected = 9;
+inline constexpr CatalogResult kRhapsodyInvalidData = 10;
+inline constexpr CatalogResult kRhapsodyNoConnection = 16;
+inline constexpr CatalogResult kRhapsodyOffLine = 17;
+inline constexpr CatalogResult kRhapsodyLastCode = 18;
 
 // How long the link waits for what.
 struct CatalogTiming {
@@ -38,7 +38,7 @@ public:
 
     using ConnectionChanged = std::function<void(bool connected)>;
     // `reply` is an object when `code` is kRhapsodyDone.
-    using Answered = std::function<void(RC_Error code, const nlohmann::json& reply)>;
+    using Answered = std::function<void(CatalogResult code, const nlohmann::json& reply)>;
 
     CatalogLink(asio::io_context& loop, const common::Log& log, CatalogTiming timing,
                 ConnectionChanged changed);
@@ -65,8 +65,8 @@ private:
     void OnLine(common::OutgoingLink& link, const common::Line& line) override;
     void OnLost(common::OutgoingLink& link, bool wasConnected, const std::string& why) override;
 
-    void FailSoon(RC_Error code, Answered answered);
-    void FailSent(RC_Error code);
+    void FailSoon(CatalogResult code, Answered answered);
+    void FailSent(CatalogResult code);
     void WaitForDeadline();
     void OnDeadline();
 

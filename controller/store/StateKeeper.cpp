@@ -26,10 +26,10 @@ void StateKeeper::SaveSoon() {
 }
 
 void StateKeeper::SaveNow() {
-    const auto state = m_driver.PersistState();
-    if (!state)
+    const std::optional<std::string> fetched = m_fetch();
+    if (!fetched)
         return;
-    const std::string text = state->ToText();
+    const std::string& text = *fetched;
     // Whoever changed it has been told already; the one who comes now changed nothing.
     const bool again = text == m_tried;
     m_tried = text;

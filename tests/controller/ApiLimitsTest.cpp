@@ -43,6 +43,15 @@ TEST_F(ApiLimitsTest, AParametersNameHasAHundredBytes) {
     EXPECT_EQ(ErrorOf(reply), "a parameter's name must have 1 to 100 characters");
 }
 
+TEST_F(ApiLimitsTest, ATitleHasAHundredBytes) {
+    const auto statusOf = [&](const std::string& title) {
+        return house.Post("/api/library/save-playlist", json{{"title", title}, {"songs", {77}}}.dump())
+            .status;
+    };
+    EXPECT_EQ(statusOf(std::string(100, 'a')), 404) << "there is no such song";
+    EXPECT_EQ(statusOf(std::string(101, 'a')), 400);
+}
+
 TEST_F(ApiLimitsTest, NumbersFitThirtyOneBits) {
     const auto statusOf = [&](const std::string& queue) {
         return house.Post("/api/rooms/1/select", R"({"queue":)" + queue + "}").status;

@@ -108,7 +108,7 @@ TEST_F(HttpLimitsTest, AMethodThatDoesNotFitNamesTheOneThatDoes) {
 
 TEST_F(HttpLimitsTest, ABusyPortIsOneClearLine) {
     const common::Log log(common::LogLevel::Error);
-    Api api(loop.loop, house.GetCore(), "");
+    Api api(loop.loop, house.GetCore().GetParts(), "");
     try {
         HttpServer second(loop.loop, api, "127.0.0.1", house.GetPort(), log);
         FAIL();

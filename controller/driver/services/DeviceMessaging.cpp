@@ -10,6 +10,16 @@ namespace {
 // The room service counts rooms from here.
 constexpr std::uint32_t kRoomCodeOffset = 20;
 
+// {"NAME": "value", ...}
+nlohmann::json JsonOfParameters(const ICmdMessage& message) {
+    nlohmann::json parameters = nlohmann::json::object();
+    for (std::size_t i = 0; i < message.GetParamCount(); ++i) {
+        const CmdParam& param = message.GetParamAt(i);
+        parameters[param.name] = param.value;
+    }
+    return parameters;
+}
+
 } // namespace
 
 std::string DeviceMessaging::GetDeviceName(std::uint32_t deviceId) {

@@ -66,8 +66,33 @@ void Api::Handle(const HttpRequest& request, const Done& done) {
         done(std::move(*reply));
 }
 
+json Api::Status() const {
+    const std::string why = m_parts.bindings.WhyNotReady();
+    return {{"version", m_parts.version},
+            {"ready", why.empty()},
+            {"notReadyBecause", why},
+            {"servers", m_parts.bindings.ToJson()},
+            {"scan", m_parts.library.ScanStatus()},
+            {"storage", m_parts.storage.ToJson()},
+            {"announcement", m_parts.announcements.ToJson()}};
+}
+
+json Api::Rooms() const {
+    json list = json::array();
+    for (const Room& room : m_parts.rooms.All())
+        list.push_back(ToJson(room));
+    return list;
+}
+
+json Api::Snapshot() const {
+    return {{"type", "snapshot"},
+            {"status", Status()},
+            {"rooms", Rooms()},
+            {"variables", m_parts.variables.ToJson()}};
+}
+
 Api::Done Api::Checking(const Done& done) const {
-    const StorageStatus& storage = m_core.GetStorage();
+    const StorageStatus& storage = m_parts.storage;
     return [&storage, done, before = storage.CountFailures()](HttpReply reply) {
         const StorageStatus::Failure* failure = storage.FailureAfter(before);
         done(failure ? NotWrittenReply(failure->text, failure->noRoom) : std::move(reply));
@@ -91,13 +116,13 @@ HttpReply Api::Get(const Target& target) {
         return ErrorReply(404, "there is nothing here");
     }
     if (path.size() >= 2 && path[1] == "library")
-        return BrowseLibrary(m_core.GetLibrary(), target);
+        return BrowseLibrary(m_parts.library, target);
     if (path.size() == 2 && path[1] == "variables")
-        return JsonReply(m_core.GetVariables().ToJson());
+        return JsonReply(m_parts.variables.ToJson());
     if (path.size() == 2 && path[1] == "rooms")
-        return JsonReply(RoomsToJson(m_core.GetRooms()));
+        return JsonReply(Rooms());
     if (path.size() == 2 && path[1] == "status")
-        return JsonReply(m_core.Status());
+        return JsonReply(Status());
     if (path.size() == 2 && path[1] == "events")
         return ErrorReply(400, "/api/events is a WebSocket");
     return ErrorReply(404, "there is no such address");
@@ -108,9 +133,9 @@ std::optional<HttpReply> Api::Post(const Target& target, const HttpRequest& requ
         return ErrorReply(415, "the body must be application/json");
     const json body = ParseBody(request);
     if (target.path[1] == "library" && target.path[2] == "save-playlist")
-        return SavePlaylist(m_core.GetLibrary(), body);
+        return SavePlaylist(m_parts.library, body);
     if (target.path[1] == "library")
-        return ChangeLibrary(m_core.GetLibrary(), target.path[2]);
+        return ChangeLibrary(m_parts.library, target.path[2]);
     if (target.path[1] == "announce") // writes nothing, and takes its time
         Announce(body, done);
     else if (target.path[1] == "command")
@@ -124,11 +149,11 @@ std::optional<HttpReply> Api::Post(const Target& target, const HttpRequest& requ
 
 void Api::RunCommand(const json& body, const Done& done) {
     const auto message = ReadMessage(body);
-    AnswerSoon(done, [answer = m_core.GetCommands().Execute(*message)] { return json{{"return", answer}}; });
+    AnswerSoon(done, [answer = m_parts.commands.Execute(*message)] { return json{{"return", answer}}; });
 }
 
 void Api::RunRequest(const json& body, const Done& done) {
-    const auto reply = m_core.GetCommands().Request(*ReadMessage(body));
+    const auto reply = m_parts.commands.Request(*ReadMessage(body));
     // Read before anything changes what it stands for.
     AnswerSoon(done, [text = reply ? json(reply->ToText()) : json(nullptr)] {
         return json{{"reply", text}};
@@ -137,18 +162,18 @@ void Api::RunRequest(const json& body, const Done& done) {
 
 void Api::Announce(const json& body, const Done& done) {
     AnnouncementOrder order = ReadAnnouncement(body);
-    m_core.GetAnnouncements().Start(
+    m_parts.announcements.Start(
         std::move(order.rooms), order.file, [this, done](const std::optional<Refused>& refused) {
-            done(refused ? ReplyTo(*refused) : JsonReply(m_core.GetAnnouncements().ToJson(), 202));
+            done(refused ? ReplyTo(*refused) : JsonReply(m_parts.announcements.ToJson(), 202));
         });
 }
 
 void Api::ChangeRoom(const Target& target, const json& body, const Done& done) {
     const auto id = ParseNumber(target.path[2]);
-    if (!id || !m_core.GetRooms().Find(*id))
+    if (!id || !m_parts.rooms.Find(*id))
         throw Refused(Why::NotFound, "there is no room " + target.path[2]);
     const std::string& action = target.path[3];
-    RoomRouter& router = m_core.GetRouter();
+    RoomRouter& router = m_parts.router;
     if (action == "select") {
         const SelectOrder order = ReadSelect(body);
         if (order.join)
@@ -162,7 +187,7 @@ void Api::ChangeRoom(const Target& target, const json& body, const Done& done) {
         else
             router.Deselect(*id);
     }
-    AnswerSoon(done, [this, room = *id] { return ToJson(*m_core.GetRooms().Find(room)); });
+    AnswerSoon(done, [this, room = *id] { return ToJson(*m_parts.rooms.Find(room)); });
 }
 
 } // namespace korvel::controller

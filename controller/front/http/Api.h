@@ -5,9 +5,17 @@
 #include <optional>
 #include <string>
 
-#include "app/Core.h"
+#include "actions/Commands.h"
+#include "actions/Library.h"
+#include "base/EventBus.h"
 #include "base/Poster.h"
+#include "driver/rooms/Announcements.h"
+#include "driver/rooms/RoomRouter.h"
+#include "driver/rooms/RoomTable.h"
+#include "driver/services/ServerBindings.h"
+#include "driver/services/VariableStore.h"
 #include "front/http/Message.h"
+#include "store/StorageStatus.h"
 
 namespace korvel::controller {
 
@@ -16,15 +24,35 @@ class Api {
 public:
     using Done = std::function<void(HttpReply)>;
 
-    Api(asio::io_context& loop, Core& core, std::string webFolder)
-        : m_poster(loop), m_core(core), m_webFolder(std::move(webFolder)) {}
+    struct Parts {
+        EventBus& events;
+        const StorageStatus& storage;
+        Library& library;
+        Commands& commands;
+        RoomRouter& router;
+        Announcements& announcements;
+        RoomTable& rooms;
+        const VariableStore& variables;
+        const ServerBindings& bindings;
+        std::string version; // of the controller
+    };
+
+    Api(asio::io_context& loop, Parts parts, std::string webFolder)
+        : m_poster(loop), m_parts(std::move(parts)), m_webFolder(std::move(webFolder)) {}
 
     // Calls `done` once, on the loop: at once, or when the rooms have followed what the request did.
     void Handle(const HttpRequest& request, const Done& done);
 
-    Core& GetCore() { return m_core; }
+    EventBus& GetEvents() { return m_parts.events; }
+    // The event that a new listener begins with: {"type":"snapshot","status","rooms","variables"}.
+    nlohmann::json Snapshot() const;
 
 private:
+    // {"version","ready","notReadyBecause","servers","scan","storage","announcement"}
+    nlohmann::json Status() const;
+    // [{"id","name",...}, ...]
+    nlohmann::json Rooms() const;
+
     HttpReply Get(const Target& target);
     // None when `done` will be called later.
     std::optional<HttpReply> Post(const Target& target, const HttpRequest& request, const Done& done);
@@ -39,7 +67,7 @@ private:
     void AnswerSoon(const Done& done, std::function<nlohmann::json()> answer);
 
     Poster m_poster;
-    Core& m_core;
+    Parts m_parts;
     std::string m_webFolder;
 };
 

@@ -8,7 +8,6 @@
 
 #include "base/Refused.h"
 #include "common/Text.h"
-#include "config/Config.h"
 
 namespace korvel::controller {
 namespace {
@@ -18,6 +17,7 @@ using Why = Refused::Why;
 
 constexpr std::size_t kMaxParameters = 100;
 constexpr std::size_t kMaxParameterName = 100;
+constexpr std::size_t kMaxTitle = 100;
 
 std::uint32_t NumberOf(const json& value, const char* name) {
     if (!value.is_number_unsigned() || value.get<std::uint64_t>() > kMaxNumber)
@@ -52,7 +52,7 @@ std::string TitleIn(const json& body) {
     if (title == body.end() || !title->is_string())
         throw Refused(Why::Invalid, "\"title\" must be a text");
     auto text = title->get<std::string>();
-    if (text.empty() || text.size() > kMaxNameLength || common::HasControl(text))
+    if (text.empty() || text.size() > kMaxTitle || common::HasControl(text))
         throw Refused(Why::Invalid, "\"title\" must be a line of 1 to 100 bytes");
     return text;
 }

@@ -32,16 +32,16 @@ void EventSession::Start(beast::http::request<beast::http::string_body> request)
 }
 
 void EventSession::OnAccepted() {
-    Core& core = m_server->GetApi().GetCore();
-    Send(std::make_shared<const std::string>(JsonText(core.Snapshot())));
-    m_listener = core.GetEvents().Add([this](const Text& text) { Send(text); });
+    Api& api = m_server->GetApi();
+    Send(std::make_shared<const std::string>(JsonText(api.Snapshot())));
+    m_listener = api.GetEvents().Add([this](const Text& text) { Send(text); });
     Read();
 }
 
 void EventSession::Close() {
     if (m_server) {
         if (m_listener != 0)
-            m_server->GetApi().GetCore().GetEvents().Remove(m_listener);
+            m_server->GetApi().GetEvents().Remove(m_listener);
         m_server->Remove(*this);
         m_server->RemoveListener();
     }

@@ -1,7 +1,9 @@
 #include <nlohmann/json.hpp>
 
+#include "actions/Playlists.h"
 #include "base/Refused.h"
 #include "front/http/Api.h"
+#include "front/http/ApiRequests.h"
 
 namespace korvel::controller {
 namespace {
@@ -177,6 +179,11 @@ HttpReply ChangeLibrary(Library& library, const std::string& action) {
     if (!library.StartScan())
         throw Refused(Refused::Why::Conflict, "a scan is running already");
     return JsonReply({{"started", true}}, 202);
+}
+
+HttpReply SavePlaylist(Library& library, const json& body) {
+    const PlaylistOrder order = ReadPlaylist(body);
+    return JsonReply({{"id", SavePlaylist(library.Database(), order.title, order.songs)}});
 }
 
 HttpReply BrowseLibrary(Library& library, const Target& target) {

@@ -1,10 +1,9 @@
+#include "actions/Playlists.h"
+
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "base/Refused.h"
 #include "driver/Ids.h"
-#include "front/http/Api.h"
-#include "front/http/ApiRequests.h"
 
 namespace korvel::controller {
 namespace {
@@ -38,13 +37,10 @@ std::uint32_t PlaylistOf(const std::string& title, MediaDatabase& database) {
 
 } // namespace
 
-HttpReply SavePlaylist(Library& library, const nlohmann::json& body) {
-    const PlaylistOrder order = ReadPlaylist(body);
-    MediaDatabase& database = library.Database();
-    const auto items = ItemsOf(order.songs, database);
-    const std::uint32_t id =
-        database.PutPlaylist(PlaylistOf(order.title, database), kDriverDeviceId, order.title, items);
-    return JsonReply({{"id", id}});
+std::uint32_t SavePlaylist(MediaDatabase& database, const std::string& title,
+                           const std::vector<std::uint32_t>& songs) {
+    const auto items = ItemsOf(songs, database);
+    return database.PutPlaylist(PlaylistOf(title, database), kDriverDeviceId, title, items);
 }
 
 } // namespace korvel::controller
