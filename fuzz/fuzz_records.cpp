@@ -8,7 +8,7 @@
 
 #include "Answers.h"
 #include "SongTags.h"
-#include "media/Utf8.h"
+#include "library/Utf8.h"
 
 namespace {
 

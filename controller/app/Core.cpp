@@ -1,8 +1,6 @@
 #include "app/Core.h"
 
-#include <nlohmann/json.hpp>
-
-#include "host/Ids.h"
+#include "driver/Ids.h"
 
 namespace korvel::controller {
 
@@ -29,7 +27,8 @@ Core::Core(asio::io_context& loop, const Config& config, const common::Log& log)
                        [this] { return m_bindings.ActiveBinding(); }}),
       m_failures(m_events, log),
       m_stateFile(config.stateFolder + "/driver-state.xml", m_storage),
-      m_state(loop, m_driver, m_stateFile, m_storage),
+      m_state(
+          loop, [this] { return FetchState(); }, m_stateFile, m_storage),
       m_commands({m_driver, m_host, m_bindings, m_router, m_rooms, m_variables, m_library, m_state}),
       m_rhapsody(loop, log, m_driver, config.catalogAddress),
       m_stringX(CreateStandardStringX()),
@@ -75,6 +74,11 @@ std::int32_t Core::LoadDriver(KVXML::INode* persist) {
     return m_driver.Initialize(kDriverDeviceId, *settings, persist);
 }
 
+std::optional<std::string> Core::FetchState() {
+    const auto state = m_driver.PersistState();
+    return state ? std::optional(state->ToText()) : std::nullopt;
+}
+
 void Core::EndDriver() {
     m_driver.Enter("its end", [this] { m_plugin.reset(); });
     m_driver.Detach();
@@ -113,31 +117,6 @@ void Core::Stop() {
     m_state.SaveNow();
     m_bindings.Stop();
     EndDriver();
-}
-
-nlohmann::json Core::Status() const {
-    const std::string why = m_bindings.WhyNotReady();
-    return {{"version", kVersion},
-            {"ready", why.empty()},
-            {"notReadyBecause", why},
-            {"servers", m_bindings.ToJson()},
-            {"scan", m_library.ScanStatus()},
-            {"storage", m_storage.ToJson()},
-            {"announcement", m_announcements.ToJson()}};
-}
-
-nlohmann::json Core::Snapshot() const {
-    return {{"type", "snapshot"},
-            {"status", Status()},
-            {"rooms", RoomsToJson(m_rooms)},
-            {"variables", m_variables.ToJson()}};
-}
-
-nlohmann::json RoomsToJson(const RoomTable& rooms) {
-    nlohmann::json list = nlohmann::json::array();
-    for (const Room& room : rooms.All())
-        list.push_back(ToJson(room));
-    return list;
 }
 
 } // namespace korvel::controller

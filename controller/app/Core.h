@@ -1,18 +1,20 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
-#include "app/Commands.h"
-#include "app/Library.h"
-#include "app/StateFolder.h"
-#include "host/Instances.h"
-#include "host/RealSystem.h"
-#include "loader/Plugin.h"
+#include "actions/Commands.h"
+#include "actions/Library.h"
+#include "driver/Plugin.h"
+#include "driver/rooms/Announcements.h"
+#include "driver/services/Instances.h"
+#include "driver/services/RealSystem.h"
+#include "driver/services/RhapsodyService.h"
+#include "front/http/Api.h"
+#include "links/MediaFailures.h"
 #include "platform/Utilities.h"
-#include "rhapsody/RhapsodyService.h"
-#include "rooms/Announcements.h"
-#include "rooms/MediaFailures.h"
+#include "store/StateFolder.h"
 
 namespace korvel::controller {
 
@@ -37,18 +39,17 @@ public:
 
     Commands& GetCommands() { return m_commands; }
     RoomRouter& GetRouter() { return m_router; }
-    Announcements& GetAnnouncements() { return m_announcements; }
     RoomTable& GetRooms() { return m_rooms; }
     VariableStore& GetVariables() { return m_variables; }
     ServerBindings& GetBindings() { return m_bindings; }
     Library& GetLibrary() { return m_library; }
     EventBus& GetEvents() { return m_events; }
-    const StorageStatus& GetStorage() const { return m_storage; }
 
-    // {"version","ready","notReadyBecause","servers","scan","storage","announcement"}
-    nlohmann::json Status() const;
-    // The event that a new listener begins with: {"type":"snapshot","status","rooms","variables"}.
-    nlohmann::json Snapshot() const;
+    // What the HTTP interface is an interface to.
+    Api::Parts GetParts() {
+        return {m_events,        m_storage, m_library,   m_commands, m_router,
+                m_announcements, m_rooms,   m_variables, m_bindings, kVersion};
+    }
 
 private:
     void OfferServices();
@@ -56,6 +57,8 @@ private:
     // What the driver's initialisation returned.
     std::int32_t LoadDriver(KVXML::INode* persist);
     void EndDriver();
+    // The text of the driver's state; none when it has none.
+    std::optional<std::string> FetchState();
 
     const Config m_config;
     const common::Log& m_log;
@@ -85,8 +88,5 @@ private:
     Instances m_instances;
     std::unique_ptr<Plugin> m_plugin;
 };
-
-// [{"id","name",...}, ...]
-nlohmann::json RoomsToJson(const RoomTable& rooms);
 
 } // namespace korvel::controller

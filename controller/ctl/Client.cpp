@@ -1,6 +1,6 @@
 #include "ctl/Client.h"
 
-#include "net/Asio.h"
+#include "base/Asio.h"
 // The order matters: Asio.h comes first.
 #include <boost/asio/connect.hpp>
 #include <boost/beast/core/buffers_to_string.hpp>

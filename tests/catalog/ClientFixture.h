@@ -9,7 +9,7 @@
 #include "Gateway.h"
 #include "RecordingDriver.h"
 #include "TestHouse.h"
-#include "rhapsody/RhapsodyService.h"
+#include "driver/services/RhapsodyService.h"
 
 namespace korvel::controller {
 

@@ -1,8 +1,8 @@
 // What the driver is told about a room's source, and what it tells.
 #include <gtest/gtest.h>
 
-#include "host/DriverHelper.h"
-#include "host/Ids.h"
+#include "driver/Ids.h"
+#include "driver/services/DriverHelper.h"
 
 namespace korvel::controller {
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "rooms/AnnouncementWire.h"
+#include "driver/rooms/AnnouncementWire.h"
 
 namespace korvel::controller {
 namespace {

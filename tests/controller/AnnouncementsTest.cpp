@@ -4,8 +4,8 @@
 #include "RecordingDriver.h"
 #include "Sound.h"
 #include "TestHouse.h"
-#include "host/Refused.h"
-#include "rooms/Announcements.h"
+#include "base/Refused.h"
+#include "driver/rooms/Announcements.h"
 
 namespace korvel::controller {
 namespace {

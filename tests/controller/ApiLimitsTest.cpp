@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "TestHouse.h"
-#include "http/RequestReader.h"
-#include "http/StaticFiles.h"
+#include "front/http/RequestReader.h"
+#include "front/http/StaticFiles.h"
 
 namespace korvel::controller {
 namespace {
@@ -41,6 +41,15 @@ TEST_F(ApiLimitsTest, AParametersNameHasAHundredBytes) {
     const RawReply reply = house.Command("ECHO", {{"TEXT", "x"}, {std::string(101, 'N'), ""}});
     EXPECT_EQ(reply.status, 400);
     EXPECT_EQ(ErrorOf(reply), "a parameter's name must have 1 to 100 characters");
+}
+
+TEST_F(ApiLimitsTest, ATitleHasAHundredBytes) {
+    const auto statusOf = [&](const std::string& title) {
+        return house.Post("/api/library/save-playlist", json{{"title", title}, {"songs", {77}}}.dump())
+            .status;
+    };
+    EXPECT_EQ(statusOf(std::string(100, 'a')), 404) << "there is no such song";
+    EXPECT_EQ(statusOf(std::string(101, 'a')), 400);
 }
 
 TEST_F(ApiLimitsTest, NumbersFitThirtyOneBits) {

@@ -4,8 +4,8 @@
 
 #include "RecordingDriver.h"
 #include "TestHouse.h"
-#include "bindings/ServerBindings.h"
-#include "host/RealSystem.h"
+#include "driver/services/RealSystem.h"
+#include "driver/services/ServerBindings.h"
 
 namespace korvel::controller {
 namespace {

@@ -4,8 +4,8 @@
 
 #include "RecordingDriver.h"
 #include "TestHouse.h"
-#include "host/DriverPort.h"
-#include "host/TimerService.h"
+#include "driver/DriverPort.h"
+#include "driver/services/TimerService.h"
 #include "platform/CmdMessage.h"
 
 namespace korvel::controller {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "TestHouse.h"
-#include "http/EventSession.h"
+#include "front/http/EventSession.h"
 // The order matters: Asio.h comes first, through TestHouse.h.
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/websocket/stream.hpp>
@@ -108,7 +108,7 @@ TEST_F(HttpLimitsTest, AMethodThatDoesNotFitNamesTheOneThatDoes) {
 
 TEST_F(HttpLimitsTest, ABusyPortIsOneClearLine) {
     const common::Log log(common::LogLevel::Error);
-    Api api(loop.loop, house.GetCore(), "");
+    Api api(loop.loop, house.GetCore().GetParts(), "");
     try {
         HttpServer second(loop.loop, api, "127.0.0.1", house.GetPort(), log);
         FAIL();

@@ -5,10 +5,10 @@
 #include <filesystem>
 
 #include "TestHouse.h"
-#include "app/LibraryCopies.h"
-#include "media/DatabaseError.h"
-#include "media/DatabaseFile.h"
-#include "persistence/KeptAside.h"
+#include "actions/LibraryCopies.h"
+#include "library/DatabaseError.h"
+#include "library/DatabaseFile.h"
+#include "store/KeptAside.h"
 
 namespace korvel::controller {
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "http/Message.h"
+#include "front/http/Message.h"
 
 namespace korvel::controller {
 namespace {

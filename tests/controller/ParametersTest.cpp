@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "app/Parameters.h"
+#include "actions/Parameters.h"
+#include "base/Refused.h"
 #include "common/Text.h"
-#include "host/Refused.h"
 
 namespace korvel::controller {
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "TestHouse.h"
-#include "loader/Plugin.h"
+#include "driver/Plugin.h"
 
 namespace korvel::controller {
 namespace {

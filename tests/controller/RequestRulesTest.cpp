@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "http/RequestRules.h"
+#include "front/http/RequestRules.h"
 
 namespace korvel::controller {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "rooms/RoomRouter.h"
-#include "rooms/RoomTable.h"
+#include "driver/rooms/RoomRouter.h"
+#include "driver/rooms/RoomTable.h"
 
 namespace korvel::controller {
 namespace {

@@ -3,8 +3,8 @@
 #include <filesystem>
 
 #include "TestHouse.h"
-#include "persistence/KeptAside.h"
-#include "persistence/StateFile.h"
+#include "store/KeptAside.h"
+#include "store/StateFile.h"
 
 namespace korvel::controller {
 namespace {

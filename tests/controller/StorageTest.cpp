@@ -171,7 +171,8 @@ TEST(StateKeeper, TriesAgainWhatCouldNotBeWritten) {
     DriverPort port(log);
     port.Attach(driver);
     StateFile file(folder.File("state.xml"), storage);
-    StateKeeper keeper(loop.loop, port, file, storage, std::chrono::milliseconds(1));
+    const auto fetch = [&] { return std::optional(port.PersistState()->ToText()); };
+    StateKeeper keeper(loop.loop, fetch, file, storage, std::chrono::milliseconds(1));
     fs::create_symlink("/dev/full", folder.File("state.xml.tmp"));
     keeper.SaveNow();
     EXPECT_EQ(storage.CountFailures(), 1u);

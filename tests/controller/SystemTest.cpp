@@ -6,7 +6,7 @@
 #include <string>
 
 #include "TestHouse.h"
-#include "host/RealSystem.h"
+#include "driver/services/RealSystem.h"
 
 namespace korvel::controller {
 namespace {

@@ -198,7 +198,7 @@ TestHouse::TestHouse(TestLoop& loop, const std::string& plugin, const std::vecto
     if (adjust)
         adjust(config);
     m_core = std::make_unique<Core>(loop.loop, config, m_log);
-    m_api = std::make_unique<Api>(loop.loop, *m_core, web);
+    m_api = std::make_unique<Api>(loop.loop, m_core->GetParts(), web);
     m_http = std::make_unique<HttpServer>(loop.loop, *m_api, "127.0.0.1", std::uint16_t{0}, m_log);
     m_core->Start();
 }

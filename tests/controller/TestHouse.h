@@ -13,7 +13,7 @@
 
 #include "HeldPort.h"
 #include "app/Core.h"
-#include "http/HttpServer.h"
+#include "front/http/HttpServer.h"
 
 namespace korvel::controller {
 

@@ -4,7 +4,7 @@
 
 #include "RecordingDriver.h"
 #include "TestHouse.h"
-#include "host/TimerService.h"
+#include "driver/services/TimerService.h"
 
 namespace korvel::controller {
 namespace {

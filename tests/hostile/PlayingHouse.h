@@ -5,7 +5,7 @@
 
 #include "Bed.h"
 #include "HouseProcess.h"
-#include "media/MediaDatabase.h"
+#include "library/MediaDatabase.h"
 
 namespace korvel::tests {
 

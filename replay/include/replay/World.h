@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "media/MediaDatabase.h"
+#include "library/MediaDatabase.h"
 #include "replay/LiveWorld.h"
 #include "replay/RandomSource.h"
 #include "replay/Recorder.h"
