@@ -7,9 +7,10 @@
 namespace korvel::audioserver {
 
 Server::Server(common::asio::io_context& context, const std::string& address, std::uint16_t port,
-               StreamSettings settings, common::HostPort catalogue)
+               StreamSettings settings, common::HostPort catalogue, StreamNumber firstStream)
     : m_settings(std::move(settings)),
       m_catalogue(std::make_shared<CatalogClient>(context.get_executor(), std::move(catalogue))),
+      m_numbers(firstStream),
       m_acceptor(
           context.get_executor(), address, port, {kMaxConnections, kMaxConnectionsPerAddress},
           [this](common::tcp::socket socket, common::Acceptor::Place place) {

@@ -18,9 +18,10 @@ public:
     // `port`: 0 picks a free one.
     // `settings`: of all streams.
     // `catalogue`: asked when a media is one of the streaming service.
+    // `firstStream`: number of the first stream.
     // Throws std::runtime_error with one line of text when the address is unusable or the port is taken.
     Server(common::asio::io_context& context, const std::string& address, std::uint16_t port,
-           StreamSettings settings, common::HostPort catalogue);
+           StreamSettings settings, common::HostPort catalogue, StreamNumber firstStream);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
