@@ -1,4 +1,4 @@
-// Accepts controllers.
+// Accepts controllers and those who watch.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,9 @@
 #include <set>
 #include <string>
 
+#include "audioserver/Newcomer.h"
 #include "audioserver/Session.h"
+#include "audioserver/watch/Watch.h"
 #include "common/Acceptor.h"
 
 namespace korvel::audioserver {
@@ -34,11 +36,14 @@ public:
 
 private:
     void OnConnection(common::tcp::socket socket, common::Acceptor::Place place);
+    void OnKnown(Newcomer::Introduced newcomer);
 
     StreamSettings m_settings;
     std::shared_ptr<CatalogClient> m_catalogue;
     StreamNumbers m_numbers;
+    Watch m_watch;
     common::Acceptor m_acceptor;
+    std::set<std::shared_ptr<Newcomer>> m_newcomers;
     std::set<std::shared_ptr<Session>> m_sessions;
 };
 
