@@ -1,4 +1,6 @@
 // What the server waits for and does not come.
+#include <sys/resource.h>
+
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -107,6 +109,10 @@ TEST_F(HostileHindrance, FilesThatHangKeepNoStationFromPlaying) {
 
 TEST_F(HostileHindrance, WhatIsUnderWayToItsEndIsBounded) {
     constexpr unsigned kMaxThatEnd = 256;
+    constexpr rlim_t kDescriptorsForThem = 9000;
+    rlimit descriptors{};
+    ::getrlimit(RLIMIT_NOFILE, &descriptors);
+    const bool hasDescriptors = descriptors.rlim_max >= kDescriptorsForThem;
     m_serverOptions = {"--end-patience", kPatient};
     const std::string file = LongFile();
     Listen();
@@ -115,9 +121,11 @@ TEST_F(HostileHindrance, WhatIsUnderWayToItsEndIsBounded) {
     for (unsigned count = 0; count < kMaxThatEnd + 2; ++count)
         lines += "1 addmed " + m_stream + " " + file + "\r\n";
     m_driver->SendRaw(lines);
-    EXPECT_TRUE(IsBad(Failure(), "too many sources hang"));
-    Play(m_radio.Url() + "/");
-    EventsUntil(Status("playing"));
+    EXPECT_TRUE(IsBad(Failure(), hasDescriptors ? "too many sources hang" : "too many files are open"));
+    if (hasDescriptors) {
+        Play(m_radio.Url() + "/");
+        EventsUntil(Status("playing"));
+    }
     Clear("source");
     EXPECT_TRUE(WaitUntil([this] { return StillPlays(); }));
 }

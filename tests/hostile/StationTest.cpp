@@ -1,4 +1,6 @@
 // Stations that mean ill or do badly, and sources that do not end.
+#include <cctype>
+
 #include "StationBed.h"
 
 namespace korvel::tests {
@@ -40,9 +42,8 @@ TEST_F(HostileStation, NoPlaylistOpensAFileOfThisMachine) {
         "[playlist]\nNumberOfEntries=1\nFile1=" + address + "\n",
     };
     const Station station([&](const Visit& visit) {
-        const auto number = visit.Path().find_first_of("0123456789");
-        if (number != std::string::npos)
-            visit.Send(Head(kPlaylistType) + playlists.at(std::stoul(visit.Path().substr(number))));
+        if (std::isdigit(static_cast<unsigned char>(visit.Path().at(1))))
+            visit.Send(Head(kPlaylistType) + playlists.at(std::stoul(visit.Path().substr(1))));
         else if (visit.Path() == "/good.m3u8")
             visit.Send(Head(kPlaylistType) + kPlaylistStart + part + "good.mp3\n#EXT-X-ENDLIST\n");
         else if (visit.Path() == "/good.mp3")
@@ -219,16 +220,6 @@ TEST_F(HostileStation, ASourceThatDoesNotEndIsLeftAlone) {
     EXPECT_TRUE(StillPlays());
     EXPECT_TRUE(trap.HasVisitor());
     EXPECT_TRUE(IsLogged("has ended, 0 hang now"));
-    EXPECT_TRUE(StillPlays());
-}
-
-TEST_F(HostileStation, AStationWhoseSourceDoesNotEndIsBad) {
-    // So little time that before long the source of one of its connections takes longer.
-    m_serverOptions = {"--first-retry", "1", "--end-patience", "1"};
-    const Station station([](const Visit& visit) { visit.Send(Head("audio/x-wav") + WavOf({{500, 0.2}})); });
-    Listen();
-    Play(station.Url() + "/");
-    EXPECT_TRUE(IsBad(Failure(), "the source does not end"));
     EXPECT_TRUE(StillPlays());
 }
 
