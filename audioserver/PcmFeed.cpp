@@ -40,7 +40,9 @@ PcmFeed::PcmFeed(GstAppSink* sink, const Reserve& reserve, MediaNotify notify)
       m_aheadBytes(BytesOf(reserve.aheadMilliseconds)),
       m_told(reserve.told),
       m_notify(std::move(notify)),
-      m_filling(m_fillBytes > 0) {}
+      m_filling(m_fillBytes > 0) {
+    StartAt(m_start);
+}
 
 PcmFeed::~PcmFeed() {
     g_object_unref(m_adapter);

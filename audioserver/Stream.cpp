@@ -99,6 +99,9 @@ void Stream::AddMedia(const MediaReference& reference) {
     }
     if (m_start == 0)
         ConnectFeed();
+    else
+        m_media->Feed()->GetPosition().Set(std::chrono::steady_clock::now(),
+                                           std::chrono::milliseconds(m_start));
     StartPatience();
 }
 
@@ -128,6 +131,7 @@ void Stream::LeaveMedia() {
     m_lastInfo.clear();
     m_lastStatus.clear();
     m_loaded = false;
+    m_isWebPlace = false;
     m_lost = false;
     m_untilConnect = 0;
     m_start = 0;
@@ -165,8 +169,8 @@ void Stream::SetState(PlayState state) {
         Unload();
         return;
     }
-    m_paused = state == PlayState::kPause;
-    if (m_media)
+    const bool paused = state == PlayState::kPause;
+    if (std::exchange(m_paused, paused) != paused && m_media)
         m_media->Feed()->GetPosition().Rest(std::chrono::steady_clock::now());
     m_output->GetFeeds().SetPaused(m_paused);
     Changed();
