@@ -53,6 +53,7 @@ std::string Session::CreateStream(const Request& request) {
         m_streams[number] =
             Stream::Create(m_lines->GetExecutor(), number, m_context.settings, m_context.catalogue,
                            [this](std::string_view line) { Send(line); });
+        m_context.watch.AddStream(number, m_streams[number]);
     } catch (const std::runtime_error& error) {
         common::ProgramLog().Warning("no stream: " + std::string(error.what()));
         m_streams.erase(number);
@@ -67,6 +68,7 @@ std::string Session::RemoveStream(const Request& request) {
     const std::string_view word = CommandWord(request.command);
     if (m_streams.erase(request.stream) == 0)
         return NoLine(request.sequence, word, request.stream);
+    m_context.watch.RemoveStream(request.stream);
     m_context.numbers.Release(request.stream);
     common::ProgramLog().Info("stream " + std::to_string(request.stream) + ": removed");
     return OkLine(request.sequence, word, request.stream);
@@ -118,8 +120,10 @@ bool Session::Apply(const Request& request, Stream& stream) {
 }
 
 void Session::RemoveAllStreams() {
-    for (const auto& [number, stream] : m_streams)
+    for (const auto& [number, stream] : m_streams) {
+        m_context.watch.RemoveStream(number);
         m_context.numbers.Release(number);
+    }
     m_streams.clear();
 }
 

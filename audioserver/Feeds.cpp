@@ -5,13 +5,13 @@
 
 namespace korvel::audioserver {
 
-void Feeds::Set(std::shared_ptr<PcmFeed> feed) {
+void Feeds::Set(std::shared_ptr<PcmFeed> feed, bool paused) {
     std::shared_ptr<PcmFeed> before; // both end after the lock
     const std::lock_guard lock(m_mutex);
     if (!feed)
         before.swap(m_before);
     m_feed.swap(feed);
-    m_paused = false;
+    m_paused = paused;
     m_changed.notify_all();
 }
 
@@ -36,7 +36,7 @@ void Feeds::SetPaused(bool paused) {
     m_changed.notify_all();
 }
 
-bool Feeds::Fill(std::span<std::uint8_t> packet) {
+bool Feeds::Fill(std::span<std::uint8_t> packet, PlayPosition::Time due) {
     std::shared_ptr<PcmFeed> feed;
     std::shared_ptr<PcmFeed> before;
     {
@@ -46,13 +46,13 @@ bool Feeds::Fill(std::span<std::uint8_t> packet) {
             before = m_before;
         }
     }
-    const PcmFeed::Result result = feed ? feed->Read(packet) : PcmFeed::Result::kStarved;
+    const PcmFeed::Result result = feed ? feed->Read(packet, due) : PcmFeed::Result::kStarved;
     if (result == PcmFeed::Result::kAudio) {
         if (before)
             DropBefore(before);
         return true;
     }
-    if (before && FillFromBefore(before, packet))
+    if (before && FillFromBefore(before, packet, due))
         return true;
     std::fill(packet.begin(), packet.end(), std::uint8_t{0});
     if (result == PcmFeed::Result::kDrained)
@@ -60,8 +60,9 @@ bool Feeds::Fill(std::span<std::uint8_t> packet) {
     return false;
 }
 
-bool Feeds::FillFromBefore(const std::shared_ptr<PcmFeed>& before, std::span<std::uint8_t> packet) {
-    const bool heard = before->Read(packet) == PcmFeed::Result::kAudio;
+bool Feeds::FillFromBefore(const std::shared_ptr<PcmFeed>& before, std::span<std::uint8_t> packet,
+                           PlayPosition::Time due) {
+    const bool heard = before->Read(packet, due) == PcmFeed::Result::kAudio;
     const std::lock_guard lock(m_mutex);
     if (m_before == before && (!heard || --m_overlap == 0))
         m_before.reset();

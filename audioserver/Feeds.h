@@ -20,8 +20,8 @@ class Feeds {
 public:
     static constexpr unsigned kOverlapPackets = 400 / kPacketMilliseconds;
 
-    // From the next packet on, unpaused; null for silence, also in place of the feed before.
-    void Set(std::shared_ptr<PcmFeed> feed);
+    // From the next packet on; null for silence, also in place of the feed before.
+    void Set(std::shared_ptr<PcmFeed> feed, bool paused = false);
 
     // The feed that is heard at the moment becomes the one before.
     void Leave();
@@ -29,9 +29,9 @@ public:
     // Stops and resumes drawing; silence meanwhile. A feed before is not resumed.
     void SetPaused(bool paused);
 
-    // Fills one packet with sound or silence; returns whether it is sound. What was in the packet before must be on
-    // the wire: an end that is found is reported as an end that was sent.
-    bool Fill(std::span<std::uint8_t> packet);
+    // Fills one packet, to be sent then, with sound or silence; returns whether it is sound. What was in the packet
+    // before must be on the wire: an end that is found is reported as an end that was sent.
+    bool Fill(std::span<std::uint8_t> packet, PlayPosition::Time due);
 
     // Returns at once while there is something to draw from; else when there is. Returns whether it had to wait.
     bool WaitUntilWanted();
@@ -41,7 +41,8 @@ public:
 
 private:
     bool IsWanted() const { return m_stopping || (m_feed && !m_paused); }
-    bool FillFromBefore(const std::shared_ptr<PcmFeed>& before, std::span<std::uint8_t> packet);
+    bool FillFromBefore(const std::shared_ptr<PcmFeed>& before, std::span<std::uint8_t> packet,
+                        PlayPosition::Time due);
     void DropBefore(const std::shared_ptr<PcmFeed>& before);
 
     std::mutex m_mutex;

@@ -35,9 +35,7 @@ MediaReference FileReference(std::string_view target) {
     return {MediaReference::Kind::kFile, std::string(target)};
 }
 
-} // namespace
-
-MediaReference ParseMediaReference(std::string_view text) {
+MediaReference ReadReference(std::string_view text) {
     if (text.empty())
         return Bad("empty reference");
     if (text.front() != '"')
@@ -51,6 +49,14 @@ MediaReference ParseMediaReference(std::string_view text) {
     if (reference.starts_with(kCatalogueReference))
         return CatalogueReference(reference.substr(kCatalogueReference.size()));
     return Bad("unknown kind of reference");
+}
+
+} // namespace
+
+MediaReference ParseMediaReference(std::string_view text) {
+    MediaReference reference = ReadReference(text);
+    reference.text = text;
+    return reference;
 }
 
 } // namespace korvel::audioserver

@@ -17,6 +17,8 @@ struct MediaReference {
 
     Kind kind = Kind::kBad;
     std::string target;
+    // The text itself, as it came.
+    std::string text{};
 };
 
 // Reads the media text of a request, outer spaces already removed. A quoted reference reaches from the first

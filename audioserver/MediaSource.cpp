@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "audioserver/Descriptors.h"
+#include "audioserver/MediaQuestions.h"
 #include "audioserver/PcmFormat.h"
 #include "audioserver/PipelineStart.h"
 #include "audioserver/PlaylistGuard.h"
@@ -157,6 +158,9 @@ GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer listenerPointer
         case GST_MESSAGE_ASYNC_DONE:
             notify({MediaEvent::Kind::kReady, {}});
             break;
+        case GST_MESSAGE_DURATION_CHANGED:
+            notify({MediaEvent::Kind::kLonger, {}});
+            break;
         case GST_MESSAGE_STREAM_STATUS:
             SetPriority(message, outlet);
             break;
@@ -165,63 +169,6 @@ GstBusSyncReply OnMessage(GstBus*, GstMessage* message, gpointer listenerPointer
     }
     gst_message_unref(message);
     return GST_BUS_DROP;
-}
-
-void FindAdaptive(const GValue* item, gpointer found) {
-    GstElementFactory* factory = gst_element_get_factory(GST_ELEMENT(g_value_get_object(item)));
-    const gchar* kind =
-        factory != nullptr ? gst_element_factory_get_metadata(factory, GST_ELEMENT_METADATA_KLASS) : nullptr;
-    if (kind != nullptr && std::strstr(kind, "Adaptive") != nullptr)
-        *static_cast<bool*>(found) = true;
-}
-
-// Whether it is a playlist of parts, whose own length says nothing.
-bool IsAdaptive(GstElement* pipeline) {
-    bool found = false;
-    GstIterator* elements = gst_bin_iterate_recurse(GST_BIN(pipeline));
-    while (gst_iterator_foreach(elements, FindAdaptive, &found) == GST_ITERATOR_RESYNC)
-        gst_iterator_resync(elements);
-    gst_iterator_free(elements);
-    return found;
-}
-
-bool HasLength(GstElement* element, GstFormat format) {
-    gint64 length = 0;
-    return gst_element_query_duration(element, format, &length) != FALSE && length > 0;
-}
-
-gboolean IsOtherHeader(GQuark name, const GValue*, gpointer) {
-    return g_ascii_strncasecmp(g_quark_to_string(name), "icy-", 4) != 0;
-}
-
-// Whether the answer of a web server has the headers of a radio station.
-bool SaysStation(GstElement* source) {
-    const PadPtr pad(gst_element_get_static_pad(source, "src"));
-    for (guint index = 0; pad; ++index) {
-        GstEvent* event = gst_pad_get_sticky_event(pad.get(), GST_EVENT_CUSTOM_DOWNSTREAM_STICKY, index);
-        if (event == nullptr)
-            return false;
-        const std::unique_ptr<GstEvent, MiniObjectUnref> owner(event);
-        const GValue* headers = gst_structure_get_value(gst_event_get_structure(event), "response-headers");
-        if (headers != nullptr && GST_VALUE_HOLDS_STRUCTURE(headers) &&
-            gst_structure_foreach(gst_value_get_structure(headers), IsOtherHeader, nullptr) == FALSE)
-            return true;
-    }
-    return false;
-}
-
-// May wait for a playlist that is just being fetched.
-MediaEvent::Kind LengthOf(GstElement* pipeline, GstElement* head) {
-    if (IsAdaptive(pipeline))
-        return HasLength(pipeline, GST_FORMAT_TIME) ? MediaEvent::Kind::kFinite : MediaEvent::Kind::kStation;
-    GstElement* source = nullptr;
-    if (g_object_class_find_property(G_OBJECT_GET_CLASS(head), "source") != nullptr)
-        g_object_get(head, "source", &source, nullptr);
-    const ElementPtr owner(source);
-    if (source != nullptr && HasLength(source, GST_FORMAT_BYTES))
-        return MediaEvent::Kind::kFinite;
-    return source != nullptr && SaysStation(source) ? MediaEvent::Kind::kStation
-                                                    : MediaEvent::Kind::kBroadcast;
 }
 
 void DeleteListener(gpointer listener) {
@@ -302,6 +249,7 @@ MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, SourceThread::
     : m_outlet(std::make_shared<Outlet>()),
       m_pipeline(MakePipeline()),
       m_head(head.get()),
+      m_isFile(kind == SourceThread::Kind::kFile),
       m_thread(owner.executor, owner.toEnd, kind, std::move(device)) {
     GuardPlaylists();
     m_outlet->notify = std::move(owner.notify);
@@ -365,10 +313,20 @@ MediaSource::~MediaSource() {
 }
 
 void MediaSource::StartAt(std::uint32_t milliseconds) {
-    m_thread.Do([pipeline = m_pipeline, outlet = m_outlet, milliseconds] {
-        gst_element_seek_simple(pipeline.get(), GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH,
-                                static_cast<gint64>(milliseconds * GST_MSECOND));
-        outlet->Notify({MediaEvent::Kind::kMoved, {}});
+    m_feed->StartAt(std::chrono::milliseconds(milliseconds));
+    // A guess is good enough where the exact place would have to be fetched.
+    const GstSeekFlags exact = m_isFile ? GST_SEEK_FLAG_ACCURATE : GST_SEEK_FLAG_NONE;
+    m_thread.Do([pipeline = m_pipeline, outlet = m_outlet, milliseconds, exact] {
+        const gboolean moved = gst_element_seek_simple(pipeline.get(), GST_FORMAT_TIME,
+                                                       static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | exact),
+                                                       static_cast<gint64>(milliseconds * GST_MSECOND));
+        outlet->Notify({MediaEvent::Kind::kMoved, moved != FALSE ? "" : "it cannot be moved there"});
+    });
+}
+
+void MediaSource::FindAbilities() {
+    m_thread.Do([pipeline = m_pipeline, outlet = m_outlet] {
+        outlet->Notify({MediaEvent::Kind::kAbilities, {}, {}, AbilitiesOf(pipeline.get())});
     });
 }
 

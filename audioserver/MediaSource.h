@@ -39,7 +39,7 @@ public:
     MediaSource& operator=(const MediaSource&) = delete;
 
     // Goes to a place other than the beginning, if the media can, and notifies kMoved. To be called after
-    // kReady; until then nothing must be drawn from the feed.
+    // kReady; until then nothing must be drawn from the feed. May be called again after kMoved, as long as nothing is.
     void StartAt(std::uint32_t milliseconds);
 
     // Where the sender draws. The feed may outlive the source; it is then at its end.
@@ -48,6 +48,9 @@ public:
     // Finds out whether the source has no length, so that pausing would only lose what is played meanwhile,
     // and notifies kFinite, kBroadcast or kStation. To be called after kReady.
     void FindLength();
+
+    // Finds out what the media can, and notifies kAbilities. To be called after kReady.
+    void FindAbilities();
 
     // To be called on the loop when the source, once destroyed, has ended or is abandoned.
     void SetEndNotify(SourceThread::EndNotify notify);
@@ -69,6 +72,7 @@ private:
     std::shared_ptr<Outlet> m_outlet;
     std::shared_ptr<GstElement> m_pipeline; // the steps of the thread hold it, too
     GstElement* m_head = nullptr;           // owned by the pipeline
+    const bool m_isFile;
     std::shared_ptr<PcmFeed> m_feed;
     SourceThread m_thread;
 };

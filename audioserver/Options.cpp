@@ -44,6 +44,9 @@ void AddOptions(CLI::App& app, Options& options) {
            "--catalog", [&options](const auto& text) { SetCatalogue(text, options); },
            "the catalogue of the streaming service, as HOST:PORT")
         ->default_str(common::ToText(options.catalogue));
+    app.add_option("--first-stream", options.firstStream,
+                   "number of the first stream; by default one that no earlier run has given out")
+        ->check(CLI::Range(kFirstStream, kLastStream));
     AddTime(app, "--sound-patience", options.times.toSound,
             "milliseconds until a source without sound is given up");
     AddTime(app, "--end-patience", options.times.toEnd,

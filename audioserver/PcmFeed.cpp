@@ -16,6 +16,21 @@ std::size_t BytesOf(std::size_t milliseconds) {
     return milliseconds * kSampleRate / 1000 * kFrameBytes;
 }
 
+PlayPosition::Span TimeOf(std::uint64_t bytes) {
+    return PlayPosition::Span(gst_util_uint64_scale(bytes / kFrameBytes, GST_SECOND, kSampleRate));
+}
+
+// The sample's sound, with its place in the media in place of its time; none where it has no place.
+GstBuffer* TakeWithPlace(GstSample* sample) {
+    GstBuffer* buffer = gst_sample_get_buffer(sample);
+    if (buffer == nullptr)
+        return nullptr;
+    const GstSegment* segment = gst_sample_get_segment(sample);
+    buffer = gst_buffer_make_writable(gst_buffer_ref(buffer));
+    GST_BUFFER_PTS(buffer) = gst_segment_to_stream_time(segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer));
+    return buffer;
+}
+
 } // namespace
 
 PcmFeed::PcmFeed(GstAppSink* sink, const Reserve& reserve, MediaNotify notify)
@@ -25,20 +40,27 @@ PcmFeed::PcmFeed(GstAppSink* sink, const Reserve& reserve, MediaNotify notify)
       m_aheadBytes(BytesOf(reserve.aheadMilliseconds)),
       m_told(reserve.told),
       m_notify(std::move(notify)),
-      m_filling(m_fillBytes > 0) {}
+      m_filling(m_fillBytes > 0) {
+    StartAt(m_start);
+}
 
 PcmFeed::~PcmFeed() {
     g_object_unref(m_adapter);
 }
 
-PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
+void PcmFeed::StartAt(std::chrono::milliseconds place) {
+    m_start = place;
+    m_position.Set(std::chrono::steady_clock::now(), place);
+}
+
+PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet, PlayPosition::Time due) {
     if (!m_open || (m_filling && !IsFilled()))
         return Result::kStarved;
     Draw(std::max(packet.size(), m_aheadBytes));
     std::size_t available = gst_adapter_available(m_adapter);
     if (available < packet.size()) {
         if (!gst_app_sink_is_eos(GST_APP_SINK(m_sink.get()))) {
-            Starve();
+            Starve(due);
             return Result::kStarved;
         }
         // The end may have come together with a last buffer after the first look.
@@ -49,21 +71,35 @@ PcmFeed::Result PcmFeed::Read(std::span<std::uint8_t> packet) {
         std::fill(packet.begin(), packet.end(), std::uint8_t{0});
     }
     const std::size_t taken = std::min(available, packet.size());
+    const bool runs = m_position.Advance(due, Place());
     gst_adapter_copy(m_adapter, packet.data(), 0, taken);
     gst_adapter_flush(m_adapter, taken);
+    m_givenBytes += taken;
     m_hadAudio = true;
     if (!std::exchange(m_playing, true)) {
-        ReportStatus("playing");
+        ReportStatus("playing", 100);
         m_notify({MediaEvent::Kind::kPlaying, {}});
+    } else if (runs) {
+        m_notify({MediaEvent::Kind::kRuns, {}});
     }
     return Result::kAudio;
 }
 
+// Of the next sound.
+PlayPosition::Span PcmFeed::Place() const {
+    guint64 since = 0;
+    const GstClockTime place = gst_adapter_prev_pts(m_adapter, &since);
+    if (place == GST_CLOCK_TIME_NONE)
+        return m_start + TimeOf(m_givenBytes);
+    return PlayPosition::Span(place) + TimeOf(since);
+}
+
 // Without a reserve there is nothing to fill: what comes late is as good as what came in time.
-void PcmFeed::Starve() {
+void PcmFeed::Starve(PlayPosition::Time due) {
     m_filling = m_fillBytes > 0;
     if (m_filling && std::exchange(m_playing, false)) {
-        ReportStatus("buffering 0%");
+        m_position.Rest(due);
+        ReportStatus("buffering 0%", 0);
         m_notify({MediaEvent::Kind::kStarved, {}});
     }
 }
@@ -71,8 +107,9 @@ void PcmFeed::Starve() {
 void PcmFeed::ReportEnd() {
     if (std::exchange(m_endReported, true))
         return;
-    m_notify(m_hadAudio ? MediaEvent{MediaEvent::Kind::kDrained, {}}
-                        : MediaEvent{MediaEvent::Kind::kFailed, "no audio in it"});
+    // Behind the place that it was moved to there may be nothing more.
+    m_notify(m_hadAudio || m_start.count() > 0 ? MediaEvent{MediaEvent::Kind::kDrained, {}}
+                                               : MediaEvent{MediaEvent::Kind::kFailed, "no audio in it"});
 }
 
 bool PcmFeed::IsFilled() {
@@ -92,8 +129,8 @@ void PcmFeed::Draw(std::size_t wanted) {
         const SamplePtr sample(gst_app_sink_try_pull_sample(GST_APP_SINK(m_sink.get()), 0));
         if (!sample)
             return;
-        if (GstBuffer* buffer = gst_sample_get_buffer(sample.get()))
-            gst_adapter_push(m_adapter, gst_buffer_ref(buffer));
+        if (GstBuffer* buffer = TakeWithPlace(sample.get()))
+            gst_adapter_push(m_adapter, buffer);
     }
 }
 
@@ -101,13 +138,13 @@ void PcmFeed::ReportFill(std::size_t percent) {
     const std::size_t step = percent / kFillStepPercent * kFillStepPercent;
     if (step > m_reportedFill) {
         m_reportedFill = step;
-        ReportStatus("buffering " + std::to_string(step) + "%");
+        ReportStatus("buffering " + std::to_string(step) + "%", static_cast<unsigned>(step));
     }
 }
 
-void PcmFeed::ReportStatus(std::string status) {
+void PcmFeed::ReportStatus(std::string status, unsigned percent) {
     if (m_told)
-        m_notify({MediaEvent::Kind::kStatus, std::move(status)});
+        m_notify({MediaEvent::Kind::kStatus, std::move(status), percent});
 }
 
 } // namespace korvel::audioserver

@@ -11,6 +11,7 @@
 
 #include "audioserver/GstPointers.h"
 #include "audioserver/MediaEvent.h"
+#include "audioserver/PlayPosition.h"
 
 namespace korvel::audioserver {
 
@@ -37,8 +38,8 @@ public:
 
     // `sink`: where decoded sound arrives, started before Open().
     // `notify`: hears kPlaying at the first sound, kStarved and kPlaying each time that the reserve is
-    // empty and full again, kStatus while a reserve that is told of fills, and kFailed or kDrained once at
-    // the end.
+    // empty and full again, kStatus while a reserve that is told of fills, kRuns when the position is another than
+    // was to be expected, and kFailed or kDrained once at the end.
     PcmFeed(GstAppSink* sink, const Reserve& reserve, MediaNotify notify);
     ~PcmFeed();
     PcmFeed(const PcmFeed&) = delete;
@@ -47,18 +48,25 @@ public:
     // From now on there is something to read. Callable from any thread.
     void Open() { m_open = true; }
 
-    // Fills one packet or leaves it untouched.
-    Result Read(std::span<std::uint8_t> packet);
+    // The source is moved to this place, or is not after all (0). To be called before anything is read.
+    void StartAt(std::chrono::milliseconds place);
+
+    // Fills one packet, to be sent then, or leaves it untouched.
+    Result Read(std::span<std::uint8_t> packet, PlayPosition::Time due);
+
+    // Of what was read last. Any thread may ask and let it rest.
+    PlayPosition& GetPosition() { return m_position; }
 
     // To be called when Read() said kDrained and the packet before it is on the wire. Notifies once.
     void ReportEnd();
 
 private:
     bool IsFilled();
-    void Starve();
+    void Starve(PlayPosition::Time due);
     void Draw(std::size_t wanted);
+    PlayPosition::Span Place() const;
     void ReportFill(std::size_t percent);
-    void ReportStatus(std::string status);
+    void ReportStatus(std::string status, unsigned percent);
 
     ElementPtr m_sink;
     GstAdapter* m_adapter;
@@ -72,6 +80,9 @@ private:
     bool m_playing = false;
     bool m_endReported = false;
     std::size_t m_reportedFill = 0;
+    std::chrono::milliseconds m_start{0}; // the place that the source was moved to
+    std::uint64_t m_givenBytes = 0;
+    PlayPosition m_position;
 };
 
 } // namespace korvel::audioserver

@@ -121,6 +121,10 @@ inline constexpr std::chrono::milliseconds kLinePatience{30000};
 // said nothing for longest; when there is none, it is closed at once.
 inline constexpr std::size_t kMaxConnections = 32;
 inline constexpr std::size_t kMaxConnectionsPerAddress = 16;
+// Watchers among them; a further one takes the place of the one that has said nothing for longest.
+inline constexpr std::size_t kMaxWatchers = 8;
+// Lines of a watcher, one after the other, that are no requests. With the next one it is dropped.
+inline constexpr unsigned kMaxNonsense = 8;
 // Streams of one connection; a further "addstr" or "addann" is refused.
 inline constexpr std::size_t kMaxStreamsPerConnection = 64;
 // Clients of one stream; a further "addcli" is refused.

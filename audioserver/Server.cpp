@@ -7,9 +7,11 @@
 namespace korvel::audioserver {
 
 Server::Server(common::asio::io_context& context, const std::string& address, std::uint16_t port,
-               StreamSettings settings, common::HostPort catalogue)
+               StreamSettings settings, common::HostPort catalogue, StreamNumber firstStream)
     : m_settings(std::move(settings)),
       m_catalogue(std::make_shared<CatalogClient>(context.get_executor(), std::move(catalogue))),
+      m_numbers(firstStream),
+      m_watch(context.get_executor()),
       m_acceptor(
           context.get_executor(), address, port, {kMaxConnections, kMaxConnectionsPerAddress},
           [this](common::tcp::socket socket, common::Acceptor::Place place) {
@@ -23,7 +25,10 @@ Server::~Server() {
 
 void Server::Stop() {
     m_acceptor.Stop();
-    // A closing session takes itself out of the set.
+    // What closes takes itself out of its set.
+    for (const auto& newcomer : std::set(m_newcomers))
+        newcomer->Close("server stops");
+    m_watch.Close();
     const auto sessions = m_sessions;
     for (const auto& session : sessions)
         session->Close("server stops");
@@ -31,11 +36,25 @@ void Server::Stop() {
 }
 
 void Server::OnConnection(common::tcp::socket socket, common::Acceptor::Place place) {
-    auto session = std::make_shared<Session>(
-        std::move(socket), std::move(place), SessionContext{m_numbers, m_settings, *m_catalogue},
-        [this](const std::shared_ptr<Session>& ended) { m_sessions.erase(ended); });
+    auto newcomer = std::make_shared<Newcomer>(
+        std::move(socket), std::move(place),
+        [this](Newcomer::Introduced introduced) { OnKnown(std::move(introduced)); },
+        [this](const std::shared_ptr<Newcomer>& known) { m_newcomers.erase(known); });
+    m_newcomers.insert(newcomer);
+    newcomer->Start();
+}
+
+void Server::OnKnown(Newcomer::Introduced newcomer) {
+    if (IsWatchLine(newcomer.first.GetText())) {
+        m_watch.Let(std::move(newcomer.lines), std::move(newcomer.place), newcomer.first);
+        return;
+    }
+    auto session =
+        std::make_shared<Session>(std::move(newcomer.lines), std::move(newcomer.place),
+                                  SessionContext{m_numbers, m_settings, *m_catalogue, m_watch},
+                                  [this](const std::shared_ptr<Session>& ended) { m_sessions.erase(ended); });
     m_sessions.insert(session);
-    session->Start();
+    session->Start(newcomer.first);
 }
 
 } // namespace korvel::audioserver

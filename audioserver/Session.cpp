@@ -6,37 +6,21 @@
 #include "common/Log.h"
 
 namespace korvel::audioserver {
-namespace {
 
-constexpr common::LineLimits kLimits{kMaxLineBytes, kMaxPendingBytes, kLinePatience, kLinePatience};
-// The kernel's share of what waits to go out; the rest is bounded by kMaxPendingBytes.
-constexpr int kSendBufferBytes = 256 * 1024;
-
-common::tcp::socket WithSendBuffer(common::tcp::socket socket) {
-    common::error_code ignored;
-    socket.set_option(common::asio::socket_base::send_buffer_size(kSendBufferBytes), ignored);
-    return socket;
-}
-
-} // namespace
-
-Session::Session(common::tcp::socket socket, common::Acceptor::Place place, SessionContext context,
-                 Closed closed)
-    : m_lines(std::make_shared<common::LineConnection>(
-          WithSendBuffer(std::move(socket)), kLimits, static_cast<common::LineConnection::Listener&>(*this))),
-      m_place(std::move(place)),
-      m_context(context),
-      m_closed(std::move(closed)) {}
+Session::Session(std::shared_ptr<common::LineConnection> lines, common::Acceptor::Place place,
+                 SessionContext context, Closed closed)
+    : m_lines(std::move(lines)), m_place(std::move(place)), m_context(context), m_closed(std::move(closed)) {}
 
 Session::~Session() {
     m_lines->Close();
     RemoveAllStreams();
 }
 
-void Session::Start() {
-    common::ProgramLog().Info(m_lines->GetPeer() + " connected");
-    Settle();
-    m_lines->Start();
+void Session::Start(const common::Line& first) {
+    m_lines->SetListener(*this);
+    OnLine(first);
+    if (m_open)
+        Settle();
 }
 
 void Session::Close(const std::string& reason) {

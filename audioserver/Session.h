@@ -10,6 +10,7 @@
 #include "audioserver/LineParser.h"
 #include "audioserver/Stream.h"
 #include "audioserver/StreamNumbers.h"
+#include "audioserver/watch/Watch.h"
 #include "common/Acceptor.h"
 #include "common/LineConnection.h"
 
@@ -20,6 +21,7 @@ struct SessionContext {
     StreamNumbers& numbers;
     const StreamSettings& settings;
     CatalogClient& catalogue;
+    Watch& watch;
 };
 
 // Reads request lines, answers each in order, and passes on the events of the streams that it made. A
@@ -30,12 +32,14 @@ public:
     using Closed = std::function<void(const std::shared_ptr<Session>&)>;
 
     // `closed`: called once when the session has ended.
-    Session(common::tcp::socket socket, common::Acceptor::Place place, SessionContext context, Closed closed);
+    Session(std::shared_ptr<common::LineConnection> lines, common::Acceptor::Place place,
+            SessionContext context, Closed closed);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    void Start();
+    // `first`: the line that it has begun with.
+    void Start(const common::Line& first);
 
     // Removes the streams and closes the connection. A second call does nothing.
     void Close(const std::string& reason);

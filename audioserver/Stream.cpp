@@ -29,6 +29,7 @@ Stream::Stream(boost::asio::any_io_executor executor, StreamNumber number, const
       m_settings(settings),
       m_catalogue(catalogue),
       m_sink(std::move(sink)),
+      m_untilMove(m_executor),
       m_untilTitle(m_executor),
       m_patience(m_executor),
       m_untilRetry(m_executor),
@@ -36,6 +37,7 @@ Stream::Stream(boost::asio::any_io_executor executor, StreamNumber number, const
       m_untilLength(m_executor) {}
 
 Stream::~Stream() {
+    EndMove(WatchRefusal{WatchProblem::kUnknownStream});
     LeaveCatalogue();
 }
 
@@ -58,44 +60,61 @@ bool Stream::AddClient(const ClientAddress& client) {
         return false;
     m_clients.insert(client);
     m_output->AddClient(client);
+    Changed();
     return true;
 }
 
 void Stream::RemoveClient(const ClientAddress& client) {
-    if (m_clients.erase(client) > 0)
+    if (m_clients.erase(client) > 0) {
         m_output->RemoveClient(client);
+        Changed();
+    }
 }
 
 void Stream::AddMedia(const MediaReference& reference) {
     LeaveMedia();
     m_mediaKind = reference.kind;
     m_paused = false;
+    ++m_serial;
+    TakeStart(reference.text);
     if (reference.kind == MediaReference::Kind::kCatalogue) {
+        m_loaded = true;
         m_catalogueMedia = CatalogueMedia{reference.target, {}, 0, 0};
         LookUp();
         return;
     }
     std::string error;
     m_media = OpenMedia(reference, error);
+    m_loaded = true;
     if (!m_media) {
         // Through the loop, so that the reply to the request goes out first.
         MakeNotify()({MediaEvent::Kind::kFailed, std::move(error)});
         return;
     }
     if (reference.kind == MediaReference::Kind::kWeb) {
-        m_address = reference.target;
         MakeNotify()({MediaEvent::Kind::kStatus, "connecting"});
     } else if (reference.kind == MediaReference::Kind::kInput) {
         // A live source never reports that it has its first sound.
         MakeNotify()({MediaEvent::Kind::kReady, {}});
     }
-    m_output->GetFeeds().Set(m_media->Feed());
+    if (m_start == 0)
+        ConnectFeed();
+    else
+        m_media->Feed()->GetPosition().Set(std::chrono::steady_clock::now(),
+                                           std::chrono::milliseconds(m_start));
     StartPatience();
 }
 
 void Stream::Unload() {
+    EndMedia(StreamState::kStopped);
+    m_text.clear();
+}
+
+void Stream::EndMedia(StreamState how, const std::string& error) {
     LeaveMedia();
     m_output->GetFeeds().Set(nullptr);
+    m_end = how;
+    m_error = error;
 }
 
 void Stream::LeaveMedia() {
@@ -111,11 +130,23 @@ void Stream::LeaveMedia() {
     m_played = false;
     m_lastInfo.clear();
     m_lastStatus.clear();
+    m_loaded = false;
+    m_isWebPlace = false;
+    m_lost = false;
+    m_untilConnect = 0;
+    m_start = 0;
+    m_error.clear();
+    Changed();
 }
 
 // `onEnd`: called when the source has ended or is abandoned, if there is one.
 void Stream::DropMedia(SourceThread::EndNotify onEnd) {
     ++m_generation;
+    EndMove(WatchRefusal{WatchProblem::kEnded});
+    m_adopted = 0;
+    m_abilities.reset();
+    m_abilitiesAreAsked = false;
+    m_fill.reset();
     m_output->GetFeeds().Leave();
     m_patience.cancel();
     m_untilLength.cancel();
@@ -138,8 +169,11 @@ void Stream::SetState(PlayState state) {
         Unload();
         return;
     }
-    m_paused = state == PlayState::kPause;
+    const bool paused = state == PlayState::kPause;
+    if (std::exchange(m_paused, paused) != paused && m_media)
+        m_media->Feed()->GetPosition().Rest(std::chrono::steady_clock::now());
     m_output->GetFeeds().SetPaused(m_paused);
+    Changed();
     // Nothing is drawn while it is paused, and so nothing can be missed.
     m_patience.cancel();
     if (m_media && !m_sounds)
@@ -169,9 +203,10 @@ MediaSource::Owner Stream::MakeOwner() {
 std::unique_ptr<MediaSource> Stream::OpenMedia(const MediaReference& reference, std::string& error) {
     switch (reference.kind) {
         case MediaReference::Kind::kFile:
-            return MediaSource::OpenFile(reference.target, MakeOwner(), error);
         case MediaReference::Kind::kWeb:
-            return MediaSource::OpenWeb(reference.target, MakeOwner(), error);
+            m_place = reference.target;
+            m_isWebPlace = reference.kind == MediaReference::Kind::kWeb;
+            return OpenPlace(MakeOwner(), error);
         case MediaReference::Kind::kInput:
             if (const auto input = m_settings.inputs.find(reference.target); input != m_settings.inputs.end())
                 return MediaSource::OpenInput(input->second, MakeOwner(), error);
@@ -185,9 +220,15 @@ std::unique_ptr<MediaSource> Stream::OpenMedia(const MediaReference& reference, 
     return nullptr;
 }
 
+std::unique_ptr<MediaSource> Stream::OpenPlace(MediaSource::Owner owner, std::string& error) const {
+    return m_isWebPlace ? MediaSource::OpenWeb(m_place, std::move(owner), error)
+                        : MediaSource::OpenFile(m_place, std::move(owner), error);
+}
+
 void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
     if (generation != m_generation)
         return;
+    Changed();
     switch (event.kind) {
         case MediaEvent::Kind::kReady:
             OnReady();
@@ -209,6 +250,8 @@ void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
         case MediaEvent::Kind::kPlaying:
             m_sounds = true;
             m_played = true;
+            m_lost = false;
+            m_error.clear();
             m_patience.cancel();
             m_backOff.Reset();
             break;
@@ -220,7 +263,22 @@ void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
             TellTitle();
             break;
         case MediaEvent::Kind::kStatus:
+            if (event.percent)
+                m_fill = event.percent;
             Report(kStreamStatus, event.text, m_lastStatus);
+            break;
+        case MediaEvent::Kind::kAbilities:
+            OnAbilities(event.abilities);
+            break;
+        case MediaEvent::Kind::kLonger:
+            m_abilitiesAreOld = true;
+            if (m_abilities)
+                AskAbilities();
+            break;
+        case MediaEvent::Kind::kRuns:
+            // It was on its way when the pause came.
+            if (m_paused && m_media)
+                m_media->Feed()->GetPosition().Rest(std::chrono::steady_clock::now());
             break;
     }
 }
@@ -237,7 +295,7 @@ void Stream::OnDrained() {
         Reconnect("it has ended");
         return;
     }
-    Unload();
+    EndMedia(StreamState::kEnded);
     m_sink(EndOfMediaLine(m_number));
 }
 
@@ -256,20 +314,23 @@ void Stream::OnFailed(const std::string& reason) {
 }
 
 void Stream::Fail(const std::string& reason) {
-    Unload();
+    EndMedia(StreamState::kBad, OneLine(reason));
     Warn("bad media: " + OneLine(reason));
     m_sink(BadMediaLine(m_number, reason));
 }
 
 void Stream::OnReady() {
-    if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile)
+    if (std::exchange(m_ready, true))
         return;
     if (m_mediaKind == MediaReference::Kind::kInput) {
         OnBroadcast();
-    } else {
+        return;
+    }
+    if (m_mediaKind != MediaReference::Kind::kFile) {
         m_lengthIsAsked = true;
         m_media->FindLength();
     }
+    AskAbilities();
     MoveToStart();
 }
 
@@ -283,6 +344,12 @@ void Stream::OnLength(MediaEvent::Kind length) {
 void Stream::OnBroadcast() {
     if (!std::exchange(m_broadcast, true))
         m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
+    EndMove(WatchRefusal{WatchProblem::kLive});
+}
+
+void Stream::Changed() const {
+    if (m_changed)
+        m_changed();
 }
 
 // No stream that fails all the time hides the lines of another.

@@ -18,7 +18,9 @@
 #include "audioserver/MediaSource.h"
 #include "audioserver/Protocol.h"
 #include "audioserver/SourceTimes.h"
+#include "audioserver/StreamFacts.h"
 #include "audioserver/StreamOutput.h"
+#include "audioserver/watch/WatchProblem.h"
 #include "common/BackOff.h"
 #include "common/Log.h"
 
@@ -45,6 +47,9 @@ struct StreamSettings {
 // A source whose first sound does not come in time has failed, unless it is paused; so has one with a reserve
 // that has run dry for too long. A broadcast that has played does not fail and a station does not end: it is
 // connected to again, after ever longer waits, until it is unloaded.
+//
+// A seek opens the media once more, aside, and takes that source in place of the first one when it stands where it is
+// to: until then the first one is heard, and a seek that fails changes nothing.
 //
 // A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
 // track the next is looked up.
@@ -77,6 +82,25 @@ public:
 
     void SetState(PlayState state);
 
+    // What it is and does now.
+    StreamFacts Look() const;
+
+    // `changed`: called whenever Look() may say something else; looks later.
+    void SetChangeNotify(std::function<void()> changed) { m_changed = std::move(changed); }
+
+    // Hears once what has become of a seek: nothing when it is done, the sound stands there. May be called at once.
+    using SeekAnswer = std::function<void(const std::optional<WatchRefusal>&)>;
+
+    // Goes to a place of the media, which goes on there, or stays paused there. The newest of several wins.
+    // `serial`: of the media that is meant; none for the one that is there.
+    void Seek(std::optional<std::uint64_t> serial, std::uint32_t milliseconds, SeekAnswer answered);
+
+    // The next media begins at this place if it is this one (in UTF-8) and has such a place, so that no sound from
+    // before it is heard.
+    void SetStart(std::string media, std::uint32_t milliseconds) {
+        m_nextStart = NextStart{std::move(media), milliseconds};
+    }
+
 private:
     Stream(boost::asio::any_io_executor executor, StreamNumber number, const StreamSettings& settings,
            CatalogClient& catalogue, LineSink sink);
@@ -84,6 +108,7 @@ private:
     void Start();
     MediaNotify MakeNotify();
     std::unique_ptr<MediaSource> OpenMedia(const MediaReference& reference, std::string& error);
+    std::unique_ptr<MediaSource> OpenPlace(MediaSource::Owner owner, std::string& error) const;
     void OnMediaEvent(std::uint64_t generation, MediaEvent& event);
     void OnReady();
     void OnLength(MediaEvent::Kind length);
@@ -92,10 +117,31 @@ private:
     void OnFailed(const std::string& reason);
     void Fail(const std::string& reason);
     void LeaveMedia();
+    void EndMedia(StreamState how, const std::string& error = {});
     void DropMedia(SourceThread::EndNotify onEnd = nullptr);
     void Warn(const std::string& text, common::LogPlace place = common::LogPlace::Here()) const;
     bool Report(std::string_view prefix, const std::string& text, std::string& last);
     MediaSource::Owner MakeOwner();
+    void Changed() const;
+
+    // StreamFacts.cpp
+    StreamState State() const;
+    bool IsLive() const;
+    bool CanSeek() const;
+
+    // StreamSeek.cpp
+    void TakeStart(const std::string& media);
+    void AskAbilities();
+    void OnAbilities(const MediaAbilities& abilities);
+    void GoToStart();
+    std::optional<WatchRefusal> RefuseSeek(std::uint32_t milliseconds) const;
+    void OpenMove();
+    MediaNotify MakeMoveNotify(std::uint64_t number);
+    void OnMoveEvent(std::uint64_t number, MediaEvent& event);
+    void OnArrival(MediaEvent::Kind what);
+    void MoveOn();
+    void EndMove(const std::optional<WatchRefusal>& refusal);
+    void AdoptMove();
 
     // StreamStation.cpp
     void StartPatience();
@@ -125,6 +171,24 @@ private:
         unsigned failedTracks = 0;
     };
 
+    // A seek that is under way.
+    struct Move {
+        std::uint32_t milliseconds = 0; // of the newest
+        SeekAnswer answered;
+        std::uint64_t number = 0;
+        std::unique_ptr<MediaSource> source; // null until it is known what the media can
+        bool open = false;
+        bool isNewer = false; // than the place to which the source is on its way
+        // There: it has gone, and has the first sound.
+        bool moved = false;
+        bool sounds = false;
+    };
+
+    struct NextStart {
+        std::string media;
+        std::uint32_t milliseconds = 0;
+    };
+
     boost::asio::any_io_executor m_executor;
     StreamNumber m_number;
     const StreamSettings& m_settings;
@@ -137,6 +201,28 @@ private:
     std::uint64_t m_generation = 0;
     bool m_ready = false;
     bool m_paused = false;
+
+    // For those who watch.
+    std::function<void()> m_changed;
+    bool m_loaded = false;
+    StreamState m_end = StreamState::kStopped; // while nothing is loaded
+    std::string m_text;                        // of the media, in UTF-8
+    std::uint64_t m_serial = 0;
+    std::string m_error;
+    std::optional<unsigned> m_fill;
+
+    std::string m_place; // the path or address that is open
+    bool m_isWebPlace = false;
+    std::optional<MediaAbilities> m_abilities;
+    bool m_abilitiesAreAsked = false;
+    bool m_abilitiesAreOld = false; // changed since they were asked
+    std::optional<NextStart> m_nextStart;
+    std::uint32_t m_start = 0; // where the media that is being opened begins
+    std::optional<Move> m_move;
+    std::uint64_t m_moves = 0;
+    std::uint64_t m_adopted = 0; // number of the move whose source is loaded; 0 for none
+    boost::asio::steady_timer m_untilMove;
+
     std::optional<CatalogueMedia> m_catalogueMedia;
     std::string m_lastInfo;
     std::string m_lastStatus;
@@ -155,7 +241,6 @@ private:
     boost::asio::steady_timer m_untilRetry;
     common::BackOff m_backOff;   // before the station is connected to again
     unsigned m_untilConnect = 0; // what has still to happen before: the wait, the end of the source
-    std::string m_address;       // of the station
     boost::asio::steady_timer m_untilLength;
     bool m_lengthIsAsked = false;
     std::optional<MediaEvent> m_heldEnd; // how the source has ended while its length was asked
@@ -163,6 +248,7 @@ private:
     bool m_station = false;
     bool m_played = false; // ever, since it was added
     bool m_sounds = false; // now, unless it is paused
+    bool m_lost = false;   // since it was connected to again it has not played
 };
 
 } // namespace korvel::audioserver

@@ -25,12 +25,14 @@ void Stream::LookUp() {
 void Stream::OnFound(const CatalogClient::Place& place) {
     m_catalogueMedia->turn = place.turn;
     m_catalogueMedia->startMilliseconds = place.offsetMilliseconds;
+    if (place.turn)
+        m_start = 0;
+    m_place = place.media;
+    m_isWebPlace = common::ParseWebAddress(place.media).has_value();
     std::string error = "not an absolute path or a web address";
     try {
-        if (common::ParseWebAddress(place.media))
-            m_media = MediaSource::OpenWeb(place.media, MakeOwner(), error);
-        else if (place.media.starts_with('/'))
-            m_media = MediaSource::OpenFile(place.media, MakeOwner(), error);
+        if (m_isWebPlace || m_place.starts_with('/'))
+            m_media = OpenPlace(MakeOwner(), error);
     } catch (const std::runtime_error& failure) {
         error = failure.what();
     }
@@ -39,8 +41,9 @@ void Stream::OnFound(const CatalogClient::Place& place) {
         return;
     }
     StartPatience();
-    if (place.offsetMilliseconds == 0)
+    if (place.offsetMilliseconds == 0 && m_start == 0)
         ConnectFeed();
+    Changed();
 }
 
 // What is not at its beginning is drawn from only when it has been moved.
@@ -51,8 +54,7 @@ void Stream::MoveToStart() {
 
 // A pause may have come while the media was looked up.
 void Stream::ConnectFeed() {
-    m_output->GetFeeds().Set(m_media->Feed());
-    m_output->GetFeeds().SetPaused(m_paused);
+    m_output->GetFeeds().Set(m_media->Feed(), m_paused);
 }
 
 // False when this is no channel.

@@ -139,7 +139,7 @@ void StreamOutput::SendPacket() {
     if (!buffer || gst_buffer_map(buffer.get(), &map, GST_MAP_WRITE) == FALSE)
         return;
     // The sink has let go of the packet before.
-    const bool audible = m_feeds.Fill(std::span(map.data, kPacketBytes));
+    const bool audible = m_feeds.Fill(std::span(map.data, kPacketBytes), Due());
     gst_buffer_unmap(buffer.get(), &map);
     m_silentPackets = audible ? 0 : m_silentPackets + 1;
     GST_BUFFER_PTS(buffer.get()) = m_packet * kPacketDuration;
@@ -156,6 +156,12 @@ void StreamOutput::RestWhileIdle() {
     m_packet = PacketsUntilNow();
     m_silentPackets = 0;
     m_resumed = true;
+}
+
+// When the packet leaves, also when it is filled late: the pipeline's clock is the steady one.
+PlayPosition::Time StreamOutput::Due() const {
+    return PlayPosition::Time(
+        PlayPosition::Span(gst_element_get_base_time(m_pipeline.get()) + m_packet * kPacketDuration));
 }
 
 // The first packet that is not late.

@@ -49,6 +49,7 @@ private:
     void SendPacket();
     void RestWhileIdle();
     std::uint64_t PacketsUntilNow() const;
+    PlayPosition::Time Due() const;
 
     const DescriptorShare m_share{kDescriptorsPerStream};
     ElementPtr m_pipeline;

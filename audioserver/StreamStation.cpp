@@ -78,6 +78,9 @@ void Stream::Reconnect(const std::string& reason) {
     const auto wait = m_backOff.Next();
     Warn("the station is lost: " + OneLine(reason) + "; again in " + InSeconds(wait));
     Report(kStreamStatus, "reconnecting in " + InSeconds(wait), m_lastStatus);
+    m_lost = true;
+    m_error = OneLine(reason);
+    Changed();
     m_untilRetry.expires_after(wait);
     m_untilRetry.async_wait(
         [weak = weak_from_this(), generation = m_generation](const boost::system::error_code& cancelled) {
@@ -96,7 +99,7 @@ void Stream::ConnectWhenFree() {
 void Stream::Connect() {
     std::string error;
     try {
-        m_media = MediaSource::OpenWeb(m_address, MakeOwner(), error);
+        m_media = OpenPlace(MakeOwner(), error);
     } catch (const std::runtime_error& failure) {
         error = failure.what();
     }

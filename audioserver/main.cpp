@@ -48,7 +48,10 @@ int Run(const Options& options) {
     if (gst_init_check(nullptr, nullptr, &failure) == FALSE)
         throw std::runtime_error(failure != nullptr ? failure->message : "GStreamer cannot start");
     boost::asio::io_context context(1);
-    Server server(context, options.address, options.port, {options.inputs, options.times}, options.catalogue);
+    const StreamNumber firstStream =
+        options.firstStream.value_or(StreamNumbers::FirstAt(std::chrono::system_clock::now()));
+    Server server(context, options.address, options.port, {options.inputs, options.times}, options.catalogue,
+                  firstStream);
     boost::asio::steady_timer trimmer(context);
     TrimMemory(trimmer);
     boost::asio::signal_set signals(context, SIGINT, SIGTERM);

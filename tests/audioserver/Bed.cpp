@@ -71,6 +71,8 @@ Bed::~Bed() {
 Process& Bed::Server() {
     if (!m_server) {
         std::vector<std::string> options{"--port", "0"};
+        if (!m_firstStream.empty())
+            options.insert(options.end(), {"--first-stream", m_firstStream});
         options.insert(options.end(), m_serverOptions.begin(), m_serverOptions.end());
         m_server = std::make_unique<Process>(m_serverProgram, options, PathOf("server.log"));
         m_serverPort = PortOf(m_server->ReadLine().value_or(""));

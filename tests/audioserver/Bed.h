@@ -65,6 +65,8 @@ protected:
 
     std::string m_serverProgram;
     std::vector<std::string> m_serverOptions;
+    // Number of the server's first stream; "" for what it chooses.
+    std::string m_firstStream = "1";
 
 private:
     std::string m_folder;

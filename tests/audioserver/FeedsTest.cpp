@@ -58,7 +58,7 @@ protected:
     int Next() {
         std::array<std::uint8_t, kPacketBytes> packet;
         packet.fill(99);
-        const bool isSound = m_feeds.Fill(packet);
+        const bool isSound = m_feeds.Fill(packet, {});
         EXPECT_EQ(isSound, packet.front() != 0);
         EXPECT_TRUE(
             std::all_of(packet.begin(), packet.end(), [&](auto one) { return one == packet.front(); }));

@@ -35,6 +35,14 @@ TEST(ServerOptions, AreWithinTheirRanges) {
     }
 }
 
+TEST(ServerOptions, TheFirstStreamIsANumberThatDriversKnow) {
+    using audioserver::Options;
+    EXPECT_TRUE(Takes<Options>("--port 0 --first-stream 1"));
+    EXPECT_TRUE(Takes<Options>("--port 0 --first-stream 2147483647"));
+    EXPECT_FALSE(Takes<Options>("--port 0 --first-stream 0"));
+    EXPECT_FALSE(Takes<Options>("--port 0 --first-stream 2147483648"));
+}
+
 TEST(PlayerOptions, AreWithinTheirRanges) {
     using roomplayer::Options;
     EXPECT_TRUE(Takes<Options>("--port 65534"));

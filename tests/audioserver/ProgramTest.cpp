@@ -31,12 +31,28 @@ TEST_F(Program, ServerEndsWellOnASignalWhilePlaying) {
     for (const int signal : {SIGINT, SIGTERM}) {
         Process server(KORVEL_AUDIOSERVER, {"--port", "0"}, PathOf("a.log"));
         LineClient driver(PortOf(server.ReadLine().value_or("")));
-        driver.AddStream();
-        driver.Ask("addcli 1 127.0.0.1 40000");
-        driver.Ask("addmed 1 " + FileMedia(ToneFile("a.wav", {{500, 20}})));
+        const std::string stream = std::to_string(driver.AddStream());
+        driver.Ask("addcli " + stream + " 127.0.0.1 40000");
+        driver.Ask("addmed " + stream + " " + FileMedia(ToneFile("a.wav", {{500, 20}})));
         server.Signal(signal);
         EXPECT_EQ(server.WaitForExit(), 0) << server.Errors();
         EXPECT_TRUE(driver.IsClosedByServer());
+    }
+}
+
+// A driver may have lines left for the streams of a server that has died.
+TEST_F(Program, ServerGivesOutNoNumberAgainAfterARestart) {
+    std::uint32_t last = 0;
+    for (int run = 0; run < 5; ++run) {
+        Process server(KORVEL_AUDIOSERVER, {"--port", "0"}, PathOf("a.log"));
+        LineClient driver(PortOf(server.ReadLine().value_or("")));
+        for (int count = 0; count < 10; ++count) {
+            const std::uint32_t stream = driver.AddStream();
+            EXPECT_GT(stream, last);
+            last = stream;
+        }
+        server.Signal(SIGKILL);
+        server.WaitForExit();
     }
 }
 

@@ -16,9 +16,17 @@ namespace {
 
 constexpr std::chrono::milliseconds kLook{50};
 
+// Of the part that is asked for.
+std::size_t FirstByte(const std::string& request) {
+    const std::string start = "Range: bytes=";
+    const auto range = request.find(start);
+    return range == std::string::npos ? 0 : std::stoul(request.substr(range + start.size()));
+}
+
 } // namespace
 
-WebServer::WebServer(std::string body, bool tellLength) : m_body(std::move(body)), m_tellLength(tellLength) {
+WebServer::WebServer(std::string body, bool tellLength, bool giveParts)
+    : m_body(std::move(body)), m_tellLength(tellLength), m_giveParts(giveParts) {
     m_socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -56,11 +64,18 @@ void WebServer::Serve() {
 
 void WebServer::Answer(int connection) const {
     std::array<char, 4096> request{};
-    if (::recv(connection, request.data(), request.size(), 0) <= 0)
+    if (::recv(connection, request.data(), request.size() - 1, 0) <= 0)
         return;
-    std::string answer = "HTTP/1.0 200 OK\r\nContent-Type: audio/x-wav\r\n";
-    answer += m_tellLength ? "Content-Length: " + std::to_string(m_body.size()) + "\r\n" : "icy-pub: 1\r\n";
-    answer += "\r\n" + m_body;
+    const std::size_t first = m_giveParts ? FirstByte(request.data()) : 0;
+    const std::string size = std::to_string(m_body.size());
+    std::string answer = "HTTP/1.0 ";
+    answer += first > 0 ? "206 Partial Content\r\nContent-Range: bytes " + std::to_string(first) + "-" +
+                              std::to_string(m_body.size() - 1) + "/" + size + "\r\n"
+                        : "200 OK\r\n";
+    answer += "Content-Type: audio/x-wav\r\n";
+    answer +=
+        m_tellLength ? "Content-Length: " + std::to_string(m_body.size() - first) + "\r\n" : "icy-pub: 1\r\n";
+    answer += "\r\n" + m_body.substr(first);
     std::size_t sent = 0;
     while (sent < answer.size() && !m_stopping) {
         const ssize_t count = ::send(connection, answer.data() + sent, answer.size() - sent, MSG_NOSIGNAL);

@@ -11,7 +11,8 @@ namespace korvel::tests {
 // Serves the same bytes for every path on 127.0.0.1: as a file that tells its length or as a radio station.
 class WebServer {
 public:
-    WebServer(std::string body, bool tellLength);
+    // `giveParts`: whether it can begin elsewhere than at the beginning.
+    WebServer(std::string body, bool tellLength, bool giveParts = false);
     ~WebServer();
     WebServer(const WebServer&) = delete;
     WebServer& operator=(const WebServer&) = delete;
@@ -25,6 +26,7 @@ private:
 
     std::string m_body;
     bool m_tellLength;
+    bool m_giveParts;
     int m_socket = -1;
     std::uint16_t m_port = 0;
     std::atomic<bool> m_stopping{false};

@@ -46,6 +46,9 @@ public:
 
     void Start();
 
+    // From now on another one is told, also of the lines that have come already. Only while it is open.
+    void SetListener(Listener& listener) { m_listener = &listener; }
+
     // Closes it; the listener hears no more, and what waited to go out is lost. A second call does nothing.
     void Close();
 
