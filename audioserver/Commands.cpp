@@ -38,11 +38,13 @@ std::string Session::Reset(const Request& request) {
 std::string Session::CreateStream(const Request& request) {
     const std::string_view word = CommandWord(request.command);
     if (m_streams.size() >= kMaxStreamsPerConnection) {
-        common::ProgramLog().Warning(m_lines->GetPeer() + " has too many streams");
+        common::ProgramLog().WriteFor(m_lines->GetPeer(), common::LogLevel::Warning,
+                                      m_lines->GetPeer() + " has too many streams");
         return AnnouncementEvent(word) + NoLine(request.sequence, word);
     }
     if (!HasDescriptors(kDescriptorsPerStream)) {
-        common::ProgramLog().Warning("no stream: too many files are open");
+        common::ProgramLog().WriteFor(m_lines->GetPeer(), common::LogLevel::Warning,
+                                      m_lines->GetPeer() + " gets no stream: too many files are open");
         return AnnouncementEvent(word) + NoLine(request.sequence, word);
     }
     const StreamNumber number = m_context.numbers.Take();
@@ -79,25 +81,28 @@ std::string Session::WithStream(const Request& request) {
         return Apply(request, *stream->second) ? OkLine(request.sequence, word, request.stream)
                                                : NoLine(request.sequence, word, request.stream);
     } catch (const std::runtime_error& error) {
-        common::ProgramLog().Warning("stream " + std::to_string(request.stream) + ": " + error.what());
+        const std::string name = "stream " + std::to_string(request.stream);
+        common::ProgramLog().WriteFor(name, common::LogLevel::Warning, name + ": " + error.what());
         return NoLine(request.sequence, word, request.stream);
     }
 }
 
 bool Session::Apply(const Request& request, Stream& stream) {
-    const std::string name = "stream " + std::to_string(request.stream) + ": ";
+    const std::string name = "stream " + std::to_string(request.stream);
+    const auto log = [&](const std::string& what) {
+        common::ProgramLog().WriteFor(name, common::LogLevel::Info, name + ": " + what);
+    };
+    const std::string client = request.client.ip + " port " + std::to_string(request.client.port);
     switch (request.command) {
         case Command::kAddClient:
-            common::ProgramLog().Info(name + "adds client " + request.client.ip + " port " +
-                                      std::to_string(request.client.port));
+            log("adds client " + client);
             return stream.AddClient(request.client);
         case Command::kRemoveClient:
-            common::ProgramLog().Info(name + "removes client " + request.client.ip + " port " +
-                                      std::to_string(request.client.port));
+            log("removes client " + client);
             stream.RemoveClient(request.client);
             return true;
         case Command::kAddMedia:
-            common::ProgramLog().Info(name + "media " + OneLine(request.media));
+            log("media " + OneLine(request.media));
             stream.AddMedia(ParseMediaReference(request.media));
             return true;
         case Command::kSetState:

@@ -1,8 +1,8 @@
 #include "audioserver/Descriptors.h"
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
-#include <iterator>
 
 namespace korvel::audioserver {
 namespace {
@@ -11,11 +11,16 @@ namespace {
 // walk over all possible ones.
 constexpr rlim_t kEnough = 131072;
 
+std::atomic<std::size_t> g_shared = 0;
+
 std::size_t OpenDescriptors() {
     std::error_code error;
-    const std::filesystem::directory_iterator open("/proc/self/fd", error);
+    std::size_t count = 0;
+    for (std::filesystem::directory_iterator open("/proc/self/fd", error), end; !error && open != end;
+         open.increment(error))
+        ++count;
     // Counting takes one itself: when it fails, all are taken.
-    return error ? kEnough : static_cast<std::size_t>(std::distance(begin(open), end(open)));
+    return error ? kEnough : count;
 }
 
 } // namespace
@@ -33,10 +38,18 @@ void RaiseDescriptorLimit() {
     ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 
+DescriptorShare::DescriptorShare(std::size_t count) : m_count(count) {
+    g_shared += m_count;
+}
+
+DescriptorShare::~DescriptorShare() {
+    g_shared -= m_count;
+}
+
 bool HasDescriptors(std::size_t wanted) {
     rlimit limit{};
     return ::getrlimit(RLIMIT_NOFILE, &limit) != 0 ||
-           OpenDescriptors() + wanted + kDescriptorReserve <= limit.rlim_cur;
+           std::max(OpenDescriptors(), g_shared.load()) + wanted + kDescriptorReserve <= limit.rlim_cur;
 }
 
 } // namespace korvel::audioserver

@@ -20,7 +20,21 @@ rlimit RaisedLimit(rlimit limit);
 // Takes as many as the system gives to a program that asks. To be called once, at the start.
 void RaiseDescriptorLimit();
 
-// Whether so many more can be opened, with the reserve untouched.
+// What something may come to have open, kept free for it for as long as the share lives. Any thread may make and
+// destroy one.
+class DescriptorShare {
+public:
+    explicit DescriptorShare(std::size_t count);
+    ~DescriptorShare();
+    DescriptorShare(const DescriptorShare&) = delete;
+    DescriptorShare& operator=(const DescriptorShare&) = delete;
+
+private:
+    std::size_t m_count;
+};
+
+// Whether so many more can be opened, with the reserve untouched. What the shares are for counts as open: a source
+// opens in its thread, long after the next one is asked for.
 bool HasDescriptors(std::size_t wanted);
 
 } // namespace korvel::audioserver

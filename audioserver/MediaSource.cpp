@@ -38,6 +38,10 @@ struct MediaSource::Outlet {
         const std::lock_guard lock(mutex);
         notify = nullptr;
     }
+    bool IsClosed() {
+        const std::lock_guard lock(mutex);
+        return !notify;
+    }
 };
 
 namespace {
@@ -181,27 +185,61 @@ bool IsAdaptive(GstElement* pipeline) {
     return found;
 }
 
-// May wait for a playlist that is just being fetched.
-bool IsBroadcast(GstElement* pipeline, GstElement* head) {
+bool HasLength(GstElement* element, GstFormat format) {
     gint64 length = 0;
+    return gst_element_query_duration(element, format, &length) != FALSE && length > 0;
+}
+
+gboolean IsOtherHeader(GQuark name, const GValue*, gpointer) {
+    return g_ascii_strncasecmp(g_quark_to_string(name), "icy-", 4) != 0;
+}
+
+// Whether the answer of a web server has the headers of a radio station.
+bool SaysStation(GstElement* source) {
+    const PadPtr pad(gst_element_get_static_pad(source, "src"));
+    for (guint index = 0; pad; ++index) {
+        GstEvent* event = gst_pad_get_sticky_event(pad.get(), GST_EVENT_CUSTOM_DOWNSTREAM_STICKY, index);
+        if (event == nullptr)
+            return false;
+        const std::unique_ptr<GstEvent, MiniObjectUnref> owner(event);
+        const GValue* headers = gst_structure_get_value(gst_event_get_structure(event), "response-headers");
+        if (headers != nullptr && GST_VALUE_HOLDS_STRUCTURE(headers) &&
+            gst_structure_foreach(gst_value_get_structure(headers), IsOtherHeader, nullptr) == FALSE)
+            return true;
+    }
+    return false;
+}
+
+// May wait for a playlist that is just being fetched.
+MediaEvent::Kind LengthOf(GstElement* pipeline, GstElement* head) {
     if (IsAdaptive(pipeline))
-        return gst_element_query_duration(pipeline, GST_FORMAT_TIME, &length) == FALSE || length <= 0;
+        return HasLength(pipeline, GST_FORMAT_TIME) ? MediaEvent::Kind::kFinite : MediaEvent::Kind::kStation;
     GstElement* source = nullptr;
     if (g_object_class_find_property(G_OBJECT_GET_CLASS(head), "source") != nullptr)
         g_object_get(head, "source", &source, nullptr);
     const ElementPtr owner(source);
-    return source == nullptr || gst_element_query_duration(source, GST_FORMAT_BYTES, &length) == FALSE ||
-           length <= 0;
+    if (source != nullptr && HasLength(source, GST_FORMAT_BYTES))
+        return MediaEvent::Kind::kFinite;
+    return source != nullptr && SaysStation(source) ? MediaEvent::Kind::kStation
+                                                    : MediaEvent::Kind::kBroadcast;
 }
 
 void DeleteListener(gpointer listener) {
     delete static_cast<Listener*>(listener);
 }
 
+// Has its share of what may be open until nothing holds it any more.
+std::shared_ptr<GstElement> MakePipeline() {
+    return {GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))),
+            [share = std::make_shared<DescriptorShare>(kDescriptorsPerSource)](GstElement* pipeline) {
+                gst_object_unref(pipeline);
+            }};
+}
+
 } // namespace
 
-bool MediaSource::HasRoom(std::string& error) {
-    if (SourceThread::Abandoned() >= SourceThread::kMaxAbandoned) {
+bool MediaSource::HasRoom(SourceThread::Kind kind, std::string& error) {
+    if (!SourceThread::HasRoom(kind)) {
         error = "too many sources hang";
         return false;
     }
@@ -216,28 +254,28 @@ std::unique_ptr<MediaSource> MediaSource::OpenFile(const std::string& path, Owne
     const GStringPtr uri(gst_filename_to_uri(path.c_str(), nullptr));
     if (!uri)
         error = "unusable path";
-    if (!uri || !HasRoom(error))
+    if (!uri || !HasRoom(SourceThread::Kind::kFile, error))
         return nullptr;
-    std::unique_ptr<MediaSource> source(
-        new MediaSource(MakeUriHead(uri.get()), {1000, kFileReserve, false}, "", std::move(owner)));
+    std::unique_ptr<MediaSource> source(new MediaSource(MakeUriHead(uri.get()), {1000, kFileReserve, false},
+                                                        SourceThread::Kind::kFile, "", std::move(owner)));
     source->Start([path] { return LookAtFile(path); }, true);
     return source;
 }
 
 std::unique_ptr<MediaSource> MediaSource::OpenWeb(const std::string& url, Owner owner, std::string& error) {
-    if (!HasRoom(error))
+    if (!HasRoom(SourceThread::Kind::kWeb, error))
         return nullptr;
     ElementPtr head = MakeUriHead(url);
     g_signal_connect(head.get(), "source-setup", G_CALLBACK(ConfigureWebSource), nullptr);
-    std::unique_ptr<MediaSource> source(
-        new MediaSource(std::move(head), {6000, kWebReserve, false}, "", std::move(owner)));
+    std::unique_ptr<MediaSource> source(new MediaSource(std::move(head), {6000, kWebReserve, false},
+                                                        SourceThread::Kind::kWeb, "", std::move(owner)));
     source->Start({}, false);
     return source;
 }
 
 std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& description, Owner owner,
                                                     std::string& error) {
-    if (!HasRoom(error))
+    if (!HasRoom(SourceThread::Kind::kInput, error))
         return nullptr;
     ElementPtr head;
     if (gst_uri_is_valid(description.c_str())) {
@@ -252,17 +290,19 @@ std::unique_ptr<MediaSource> MediaSource::OpenInput(const std::string& descripti
         }
         head.reset(GST_ELEMENT(gst_object_ref_sink(made)));
     }
-    std::unique_ptr<MediaSource> source(
-        new MediaSource(std::move(head), {200, kInputReserve, true}, description, std::move(owner)));
+    std::unique_ptr<MediaSource> source(new MediaSource(std::move(head), {200, kInputReserve, true},
+                                                        SourceThread::Kind::kInput, description,
+                                                        std::move(owner)));
     source->Start({}, true);
     return source;
 }
 
-MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, std::string device, Owner owner)
+MediaSource::MediaSource(ElementPtr head, const Reserve& reserve, SourceThread::Kind kind, std::string device,
+                         Owner owner)
     : m_outlet(std::make_shared<Outlet>()),
-      m_pipeline(ElementPtr(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))))),
+      m_pipeline(MakePipeline()),
       m_head(head.get()),
-      m_thread(owner.executor, owner.toEnd, std::move(device)) {
+      m_thread(owner.executor, owner.toEnd, kind, std::move(device)) {
     GuardPlaylists();
     m_outlet->notify = std::move(owner.notify);
     const MediaNotify notify = [outlet = m_outlet](MediaEvent event) { outlet->Notify(std::move(event)); };
@@ -300,6 +340,9 @@ void MediaSource::ConnectHead(GstElement* head, GstElement* converter) {
 void MediaSource::Start(Look look, bool trusted) {
     m_thread.Do([pipeline = m_pipeline, feed = m_feed, outlet = m_outlet, look = std::move(look), trusted] {
         std::string error = look ? look() : "";
+        // Nobody wants it any more: the disk hung, or the device was another's for so long.
+        if (outlet->IsClosed())
+            return;
         std::optional<TrustedAddress> trust;
         if (trusted)
             trust.emplace();
@@ -329,14 +372,13 @@ void MediaSource::StartAt(std::uint32_t milliseconds) {
     });
 }
 
-void MediaSource::SetAbandonedNotify(std::function<void()> notify) {
-    m_thread.SetAbandonedNotify(std::move(notify));
+void MediaSource::SetEndNotify(SourceThread::EndNotify notify) {
+    m_thread.SetEndNotify(std::move(notify));
 }
 
 void MediaSource::FindLength() {
     m_thread.Do([pipeline = m_pipeline, head = m_head, outlet = m_outlet] {
-        if (IsBroadcast(pipeline.get(), head))
-            outlet->Notify({MediaEvent::Kind::kBroadcast, {}});
+        outlet->Notify({LengthOf(pipeline.get(), head), {}});
     });
 }
 

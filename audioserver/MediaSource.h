@@ -46,11 +46,11 @@ public:
     std::shared_ptr<PcmFeed> Feed() const { return m_feed; }
 
     // Finds out whether the source has no length, so that pausing would only lose what is played meanwhile,
-    // and notifies kBroadcast if so. To be called after kReady.
+    // and notifies kFinite, kBroadcast or kStation. To be called after kReady.
     void FindLength();
 
-    // To be called on the loop when the source, once destroyed, does not end in time.
-    void SetAbandonedNotify(std::function<void()> notify);
+    // To be called on the loop when the source, once destroyed, has ended or is abandoned.
+    void SetEndNotify(SourceThread::EndNotify notify);
 
 private:
     struct Reserve;
@@ -59,11 +59,12 @@ private:
     // What is found before the pipeline starts; empty when nothing is wrong.
     using Look = std::function<std::string()>;
 
-    MediaSource(ElementPtr head, const Reserve& reserve, std::string device, Owner owner);
+    MediaSource(ElementPtr head, const Reserve& reserve, SourceThread::Kind kind, std::string device,
+                Owner owner);
 
     void Start(Look look, bool trusted);
     void ConnectHead(GstElement* head, GstElement* converter);
-    static bool HasRoom(std::string& error);
+    static bool HasRoom(SourceThread::Kind kind, std::string& error);
 
     std::shared_ptr<Outlet> m_outlet;
     std::shared_ptr<GstElement> m_pipeline; // the steps of the thread hold it, too

@@ -68,7 +68,8 @@ void Session::OnLine(const common::Line& line) {
 }
 
 void Session::Refuse(const Refusal& refusal, std::string_view line) {
-    common::ProgramLog().Warning(m_lines->GetPeer() + " sent an unusable line: " + OneLine(line));
+    common::ProgramLog().WriteFor(m_lines->GetPeer(), common::LogLevel::Warning,
+                                  m_lines->GetPeer() + " sent an unusable line: " + OneLine(line));
     Send(AnnouncementEvent(refusal.command) + NoLine(refusal.sequence, refusal.command, refusal.stream));
 }
 

@@ -1,6 +1,7 @@
 #include "audioserver/SourceThread.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -8,6 +9,7 @@
 #include <deque>
 #include <iterator>
 #include <mutex>
+#include <numeric>
 #include <thread>
 #include <utility>
 
@@ -16,10 +18,21 @@
 namespace korvel::audioserver {
 namespace {
 
-std::atomic<unsigned> g_abandoned = 0;
+struct Count {
+    std::atomic<unsigned> ending = 0; // also those that are abandoned
+    std::atomic<unsigned> abandoned = 0;
+};
+
+std::array<Count, 3> g_counts;
+
+Count& CountOf(SourceThread::Kind kind) {
+    return g_counts.at(static_cast<std::size_t>(kind));
+}
 
 void LogAbandoned(std::string_view what) {
-    common::ProgramLog().Warning(std::string(what) + ", " + std::to_string(g_abandoned) + " hang now");
+    const unsigned hang = std::accumulate(g_counts.begin(), g_counts.end(), 0U,
+                                          [](unsigned sum, const Count& one) { return sum + one.abandoned; });
+    common::ProgramLog().Warning("a source " + std::string(what) + ", " + std::to_string(hang) + " hang now");
 }
 
 } // namespace
@@ -27,10 +40,13 @@ void LogAbandoned(std::string_view what) {
 struct SourceThread::Shared {
     enum class State { kInUse, kEnding, kEnded, kAbandoned };
 
-    explicit Shared(boost::asio::any_io_executor loop)
-        : executor(std::move(loop)), patience(std::make_unique<boost::asio::steady_timer>(executor)) {}
+    Shared(boost::asio::any_io_executor loop, Kind what)
+        : executor(std::move(loop)),
+          kind(what),
+          patience(std::make_unique<boost::asio::steady_timer>(executor)) {}
 
     boost::asio::any_io_executor executor;
+    const Kind kind;
     std::string device;
     Endings before; // only used by the thread
 
@@ -41,7 +57,7 @@ struct SourceThread::Shared {
 
     // Only used on the loop, and gone before it.
     std::unique_ptr<boost::asio::steady_timer> patience;
-    Step onAbandoned;
+    EndNotify onEnd;
 
     bool IsOver() const { return state == State::kEnded || state == State::kAbandoned; }
     void WaitUntilOver() {
@@ -61,8 +77,8 @@ SourceThread::Endings& SourceThread::DevicesThatEnd() {
 }
 
 SourceThread::SourceThread(boost::asio::any_io_executor executor, std::chrono::milliseconds patience,
-                           std::string device)
-    : m_patience(patience), m_shared(std::make_shared<Shared>(std::move(executor))) {
+                           Kind kind, std::string device)
+    : m_patience(patience), m_shared(std::make_shared<Shared>(std::move(executor), kind)) {
     m_shared->device = std::move(device);
     if (!m_shared->device.empty()) {
         const Endings& endings = DevicesThatEnd();
@@ -80,6 +96,7 @@ SourceThread::~SourceThread() {
         [shared = m_shared](const boost::system::error_code&) { OnPatienceOver(*shared); });
     const std::lock_guard lock(m_shared->mutex);
     m_shared->state = Shared::State::kEnding;
+    ++CountOf(m_shared->kind).ending;
     m_shared->changed.notify_all();
 }
 
@@ -89,12 +106,13 @@ void SourceThread::Do(Step step) {
     m_shared->changed.notify_all();
 }
 
-void SourceThread::SetAbandonedNotify(Step notify) {
-    m_shared->onAbandoned = std::move(notify);
+void SourceThread::SetEndNotify(EndNotify notify) {
+    m_shared->onEnd = std::move(notify);
 }
 
-unsigned SourceThread::Abandoned() {
-    return g_abandoned;
+bool SourceThread::HasRoom(Kind kind) {
+    const Count& count = CountOf(kind);
+    return count.abandoned < kMaxAbandoned && count.ending < kMaxEnding;
 }
 
 void SourceThread::Run(const std::shared_ptr<Shared>& shared) {
@@ -102,10 +120,12 @@ void SourceThread::Run(const std::shared_ptr<Shared>& shared) {
         earlier->WaitUntilOver();
     RunSteps(*shared);
     const std::lock_guard lock(shared->mutex);
+    Count& count = CountOf(shared->kind);
+    --count.ending;
     if (shared->state == Shared::State::kAbandoned) {
         // The loop may be gone: from here on nothing of it is touched.
-        --g_abandoned;
-        LogAbandoned("a source that was abandoned has ended");
+        --count.abandoned;
+        LogAbandoned("that was abandoned has ended");
         return;
     }
     shared->state = Shared::State::kEnded;
@@ -136,18 +156,21 @@ void SourceThread::RunSteps(Shared& shared) {
 // Also when the thread has ended in time.
 void SourceThread::OnPatienceOver(Shared& shared) {
     shared.patience.reset();
-    const Step onAbandoned = std::exchange(shared.onAbandoned, nullptr);
+    const EndNotify onEnd = std::exchange(shared.onEnd, nullptr);
+    bool abandoned = false;
     {
         const std::lock_guard lock(shared.mutex);
-        if (shared.state != Shared::State::kEnding)
-            return;
-        shared.state = Shared::State::kAbandoned;
-        ++g_abandoned;
-        shared.changed.notify_all();
+        abandoned = shared.state == Shared::State::kEnding;
+        if (abandoned) {
+            shared.state = Shared::State::kAbandoned;
+            ++CountOf(shared.kind).abandoned;
+            shared.changed.notify_all();
+        }
     }
-    LogAbandoned("a source does not end: abandoned");
-    if (onAbandoned)
-        onAbandoned();
+    if (abandoned)
+        LogAbandoned("does not end: abandoned");
+    if (onEnd)
+        onEnd(abandoned);
 }
 
 } // namespace korvel::audioserver

@@ -18,16 +18,23 @@ namespace korvel::audioserver {
 class SourceThread {
 public:
     using Step = std::function<void()>;
+    // `abandoned`: whether the thread goes on without anybody who waits for it.
+    using EndNotify = std::function<void(bool abandoned)>;
 
-    // Threads that may hang at one time; beyond it nothing more is opened.
+    // Each is counted for itself: a disk that hangs keeps no station from playing.
+    enum class Kind { kFile, kWeb, kInput };
+
+    // Threads of a kind that may hang at one time, and those that may be under way to their end, the ones that
+    // hang among them. Beyond either nothing more of the kind is opened.
     static constexpr unsigned kMaxAbandoned = 32;
+    static constexpr unsigned kMaxEnding = 256;
 
     // `patience`: for the end.
     // `device`: what one source at a time can have, "" for none: the first step waits until those that
     // had it before and are being ended have let it go.
     // Throws std::system_error when the machine has no thread left.
-    SourceThread(boost::asio::any_io_executor executor, std::chrono::milliseconds patience,
-                 std::string device);
+    SourceThread(boost::asio::any_io_executor executor, std::chrono::milliseconds patience, Kind kind,
+                 std::string device = "");
     // Lets the thread do what it still has to do, unwatched but for the patience. The loop has work until
     // then.
     ~SourceThread();
@@ -36,11 +43,11 @@ public:
 
     void Do(Step step);
 
-    // To be called on the loop when the thread is abandoned.
-    void SetAbandonedNotify(Step notify);
+    // To be called on the loop, once, when the thread has ended or is abandoned.
+    void SetEndNotify(EndNotify notify);
 
-    // Threads that hang at the moment.
-    static unsigned Abandoned();
+    // Whether one more of this kind may be opened.
+    static bool HasRoom(Kind kind);
 
 private:
     struct Shared;

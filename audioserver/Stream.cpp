@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "audioserver/LineFormat.h"
-#include "common/Log.h"
 
 namespace korvel::audioserver {
 namespace {
@@ -33,7 +32,8 @@ Stream::Stream(boost::asio::any_io_executor executor, StreamNumber number, const
       m_untilTitle(m_executor),
       m_patience(m_executor),
       m_untilRetry(m_executor),
-      m_backOff(settings.times.firstRetry, settings.times.lastRetry) {}
+      m_backOff(settings.times.firstRetry, settings.times.lastRetry),
+      m_untilLength(m_executor) {}
 
 Stream::~Stream() {
     LeaveCatalogue();
@@ -44,8 +44,7 @@ void Stream::Start() {
         std::make_unique<StreamOutput>([executor = m_executor, weak = weak_from_this()](std::string reason) {
             boost::asio::post(executor, [weak, reason = std::move(reason)] {
                 if (const auto stream = weak.lock()) {
-                    common::ProgramLog().Warning("stream " + std::to_string(stream->m_number) +
-                                                 ": output failed: " + OneLine(reason));
+                    stream->Warn("output failed: " + OneLine(reason));
                     stream->m_sink(ReportLine(stream->m_number, kStreamError, reason));
                 }
             });
@@ -108,21 +107,28 @@ void Stream::LeaveMedia() {
     m_title = std::make_shared<Title>();
     m_backOff.Reset();
     m_broadcast = false;
+    m_station = false;
     m_played = false;
     m_lastInfo.clear();
     m_lastStatus.clear();
 }
 
-void Stream::DropMedia() {
+// `onEnd`: called when the source has ended or is abandoned, if there is one.
+void Stream::DropMedia(SourceThread::EndNotify onEnd) {
     ++m_generation;
     m_output->GetFeeds().Leave();
     m_patience.cancel();
+    m_untilLength.cancel();
+    if (m_media && onEnd)
+        m_media->SetEndNotify(std::move(onEnd));
     m_media.reset();
     // Its event comes too late to be heard: left there, it would keep every later title back.
     {
         const std::lock_guard lock(m_title->mutex);
         m_title->text.reset();
     }
+    m_lengthIsAsked = false;
+    m_heldEnd.reset();
     m_ready = false;
     m_sounds = false;
 }
@@ -192,8 +198,10 @@ void Stream::OnMediaEvent(std::uint64_t generation, MediaEvent& event) {
         case MediaEvent::Kind::kFailed:
             OnFailed(event.text);
             break;
+        case MediaEvent::Kind::kFinite:
         case MediaEvent::Kind::kBroadcast:
-            OnBroadcast();
+        case MediaEvent::Kind::kStation:
+            OnLength(event.kind);
             break;
         case MediaEvent::Kind::kMoved:
             ConnectFeed();
@@ -222,7 +230,10 @@ void Stream::OnDrained() {
         m_catalogueMedia->failedTracks = 0;
         return;
     }
-    if (IsStationThatPlayed()) {
+    if (HoldEnd({MediaEvent::Kind::kDrained, {}}))
+        return;
+    // What ends in good order and is no station was a file without a length.
+    if (m_station && CanReconnect()) {
         Reconnect("it has ended");
         return;
     }
@@ -232,10 +243,12 @@ void Stream::OnDrained() {
 
 void Stream::OnFailed(const std::string& reason) {
     if (m_catalogueMedia && ++m_catalogueMedia->failedTracks < kMaxFailedTracks && GoOnWithChannel()) {
-        common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": left out: " + OneLine(reason));
+        Warn("left out: " + OneLine(reason));
         return;
     }
-    if (IsStationThatPlayed()) {
+    if (HoldEnd({MediaEvent::Kind::kFailed, reason}))
+        return;
+    if (CanReconnect()) {
         Reconnect(reason);
         return;
     }
@@ -244,23 +257,38 @@ void Stream::OnFailed(const std::string& reason) {
 
 void Stream::Fail(const std::string& reason) {
     Unload();
-    common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": bad media: " + OneLine(reason));
+    Warn("bad media: " + OneLine(reason));
     m_sink(BadMediaLine(m_number, reason));
 }
 
 void Stream::OnReady() {
     if (std::exchange(m_ready, true) || m_mediaKind == MediaReference::Kind::kFile)
         return;
-    if (m_mediaKind == MediaReference::Kind::kInput)
+    if (m_mediaKind == MediaReference::Kind::kInput) {
         OnBroadcast();
-    else
+    } else {
+        m_lengthIsAsked = true;
         m_media->FindLength();
+    }
     MoveToStart();
+}
+
+void Stream::OnLength(MediaEvent::Kind length) {
+    if (length != MediaEvent::Kind::kFinite)
+        OnBroadcast();
+    m_station = m_station || length == MediaEvent::Kind::kStation;
+    DecideEnd();
 }
 
 void Stream::OnBroadcast() {
     if (!std::exchange(m_broadcast, true))
         m_sink(ReportLine(m_number, kStreamCaps, kNoPause));
+}
+
+// No stream that fails all the time hides the lines of another.
+void Stream::Warn(const std::string& text, common::LogPlace place) const {
+    const std::string name = "stream " + std::to_string(m_number);
+    common::ProgramLog().WriteFor(name, common::LogLevel::Warning, name + ": " + text, place);
 }
 
 // Whether it is news.

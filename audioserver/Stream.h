@@ -20,6 +20,7 @@
 #include "audioserver/SourceTimes.h"
 #include "audioserver/StreamOutput.h"
 #include "common/BackOff.h"
+#include "common/Log.h"
 
 namespace korvel::audioserver {
 
@@ -37,11 +38,13 @@ struct StreamSettings {
 // loaded. What was ready of the media before is heard until the new one has sound (Feeds).
 //
 //     empty --AddMedia--> playing <--SetState play/pause--> paused
-//     playing, paused --AddMedia--> playing            (the new media)
-//     playing, paused --Unload, end, failure--> empty  (the stream and its clients stay)
+//     playing, paused --a station is lost--> reconnecting --a wait, the end of the source--> playing, paused
+//     any --AddMedia--> playing            (the new media)
+//     any --Unload, end, failure--> empty  (the stream and its clients stay)
 //
-// A source that gives no sound for too long has failed, unless it is paused. A station that has played does
-// not end and does not fail: it is connected to again, after ever longer waits, until it is unloaded.
+// A source whose first sound does not come in time has failed, unless it is paused; so has one with a reserve
+// that has run dry for too long. A broadcast that has played does not fail and a station does not end: it is
+// connected to again, after ever longer waits, until it is unloaded.
 //
 // A media of the catalogue is looked up first, which is silence. A channel of it has no end: after each
 // track the next is looked up.
@@ -83,19 +86,24 @@ private:
     std::unique_ptr<MediaSource> OpenMedia(const MediaReference& reference, std::string& error);
     void OnMediaEvent(std::uint64_t generation, MediaEvent& event);
     void OnReady();
+    void OnLength(MediaEvent::Kind length);
     void OnBroadcast();
     void OnDrained();
     void OnFailed(const std::string& reason);
     void Fail(const std::string& reason);
     void LeaveMedia();
-    void DropMedia();
+    void DropMedia(SourceThread::EndNotify onEnd = nullptr);
+    void Warn(const std::string& text, common::LogPlace place = common::LogPlace::Here()) const;
     bool Report(std::string_view prefix, const std::string& text, std::string& last);
     MediaSource::Owner MakeOwner();
 
     // StreamStation.cpp
     void StartPatience();
-    bool IsStationThatPlayed() const;
+    bool HoldEnd(MediaEvent end);
+    void DecideEnd();
+    bool CanReconnect() const;
     void Reconnect(const std::string& reason);
+    void ConnectWhenFree();
     void Connect();
     void TellTitle();
 
@@ -145,9 +153,14 @@ private:
 
     boost::asio::steady_timer m_patience;
     boost::asio::steady_timer m_untilRetry;
-    common::BackOff m_backOff; // before the station is connected to again
-    std::string m_address;     // of the station
+    common::BackOff m_backOff;   // before the station is connected to again
+    unsigned m_untilConnect = 0; // what has still to happen before: the wait, the end of the source
+    std::string m_address;       // of the station
+    boost::asio::steady_timer m_untilLength;
+    bool m_lengthIsAsked = false;
+    std::optional<MediaEvent> m_heldEnd; // how the source has ended while its length was asked
     bool m_broadcast = false;
+    bool m_station = false;
     bool m_played = false; // ever, since it was added
     bool m_sounds = false; // now, unless it is paused
 };

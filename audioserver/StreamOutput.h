@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "audioserver/Descriptors.h"
 #include "audioserver/Feeds.h"
 #include "audioserver/GstPointers.h"
 #include "audioserver/LineParser.h"
@@ -49,6 +50,7 @@ private:
     void RestWhileIdle();
     std::uint64_t PacketsUntilNow() const;
 
+    const DescriptorShare m_share{kDescriptorsPerStream};
     ElementPtr m_pipeline;
     GstElement* m_source = nullptr; // these three are owned by the pipeline
     GstElement* m_rtpSink = nullptr;

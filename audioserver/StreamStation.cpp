@@ -4,7 +4,6 @@
 
 #include "audioserver/LineFormat.h"
 #include "audioserver/Stream.h"
-#include "common/Log.h"
 
 namespace korvel::audioserver {
 namespace {
@@ -31,30 +30,67 @@ void Stream::StartPatience() {
         });
 }
 
-bool Stream::IsStationThatPlayed() const {
+// Whether the end has to wait for the length: only what has none is connected to again.
+bool Stream::HoldEnd(MediaEvent end) {
+    if (m_mediaKind != MediaReference::Kind::kWeb || !m_lengthIsAsked || !m_played)
+        return false;
+    if (m_heldEnd)
+        return true;
+    m_heldEnd = std::move(end);
+    m_patience.cancel();
+    m_untilLength.expires_after(m_settings.times.toEnd);
+    m_untilLength.async_wait(
+        [weak = weak_from_this(), generation = m_generation](const boost::system::error_code& cancelled) {
+            const auto stream = weak.lock();
+            if (!cancelled && stream && generation == stream->m_generation)
+                stream->DecideEnd();
+        });
+    return true;
+}
+
+// With what is known of the length by now.
+void Stream::DecideEnd() {
+    m_lengthIsAsked = false;
+    m_untilLength.cancel();
+    if (const auto end = std::exchange(m_heldEnd, std::nullopt)) {
+        if (end->kind == MediaEvent::Kind::kDrained)
+            OnDrained();
+        else
+            OnFailed(end->text);
+    }
+}
+
+bool Stream::CanReconnect() const {
     return m_mediaKind == MediaReference::Kind::kWeb && m_broadcast && m_played;
 }
 
 void Stream::Reconnect(const std::string& reason) {
-    if (m_media) {
-        m_media->SetAbandonedNotify([weak = weak_from_this(), title = m_title] {
-            // The title is this media's own, over all of its sources. One that plays again is not to end for an old one.
-            if (const auto stream = weak.lock(); stream && stream->m_title == title && !stream->m_sounds)
-                stream->Fail("the source does not end");
-        });
-    }
-    DropMedia();
+    m_untilConnect = m_media ? 2 : 1;
+    DropMedia([weak = weak_from_this(), generation = m_generation + 1](bool abandoned) {
+        const auto stream = weak.lock();
+        if (!stream || generation != stream->m_generation)
+            return;
+        if (abandoned)
+            stream->Fail("the source does not end");
+        else
+            stream->ConnectWhenFree();
+    });
     const auto wait = m_backOff.Next();
-    common::ProgramLog().Warning("stream " + std::to_string(m_number) + ": the station is lost: " +
-                                 OneLine(reason) + "; again in " + InSeconds(wait));
+    Warn("the station is lost: " + OneLine(reason) + "; again in " + InSeconds(wait));
     Report(kStreamStatus, "reconnecting in " + InSeconds(wait), m_lastStatus);
     m_untilRetry.expires_after(wait);
     m_untilRetry.async_wait(
         [weak = weak_from_this(), generation = m_generation](const boost::system::error_code& cancelled) {
             const auto stream = weak.lock();
             if (!cancelled && stream && generation == stream->m_generation)
-                stream->Connect();
+                stream->ConnectWhenFree();
         });
+}
+
+// A station has one source at a time: one that hangs must not take another with it.
+void Stream::ConnectWhenFree() {
+    if (--m_untilConnect == 0)
+        Connect();
 }
 
 void Stream::Connect() {

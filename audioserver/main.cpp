@@ -5,6 +5,7 @@
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <csignal>
+#include <exception>
 #include <iostream>
 #include <stdexcept>
 
@@ -30,6 +31,17 @@ void TrimMemory(boost::asio::steady_timer& timer) {
     });
 }
 
+// One bad handler must not stop the music in the whole house.
+void RunLoop(boost::asio::io_context& loop) {
+    while (!loop.stopped()) {
+        try {
+            loop.run();
+        } catch (const std::exception& error) {
+            korvel::common::ProgramLog().Error(std::string("internal error: ") + error.what());
+        }
+    }
+}
+
 int Run(const Options& options) {
     RaiseDescriptorLimit();
     GError* failure = nullptr;
@@ -47,7 +59,7 @@ int Run(const Options& options) {
         }
     });
     std::cout << "listening on " << server.Endpoint() << std::endl;
-    context.run();
+    RunLoop(context);
     korvel::common::ProgramLog().Info("stopped");
     return korvel::common::kExitDone;
 }

@@ -20,6 +20,7 @@
 #include "base/Refused.h"
 #include "common/Text.h"
 #include "front/http/ApiRequests.h"
+#include "front/http/PathPattern.h"
 #include "front/http/RequestRules.h"
 #include "front/http/StaticFiles.h"
 
@@ -269,9 +270,16 @@ void CheckBody(const std::vector<std::string>& path, const HttpRequest& request)
         Require(!order.join || order.queue == 0, "a room joins a room or hears a queue");
         CheckNumbers({order.join.value_or(0), order.queue});
     } else {
-        RefuseMembers(body);
+        ReadNothing(body);
         Require(body.empty(), "what takes nothing is given nothing");
     }
+}
+
+void CheckMatch(const std::vector<std::string>& path) {
+    const auto values = MatchPath("/api/rooms/{id}/select", path);
+    const bool fits = path.size() == 4 && path[1] == "rooms" && path[3] == "select";
+    Require(values.has_value() == fits, "a pattern stands for the paths that it shows");
+    Require(!fits || values->at("id") == path[2], "a placeholder is what stands in its place");
 }
 
 void CheckServed(const HttpRequest& request) {
@@ -284,8 +292,7 @@ void CheckServed(const HttpRequest& request) {
         CheckPage(*target);
         return;
     }
-    if (!IsPostPath(path))
-        return;
+    CheckMatch(path);
     try {
         CheckBody(path, request);
     } catch (const Refused& refused) {

@@ -52,7 +52,9 @@ bool Room::Stop() {
     return m_process.WaitForExit() == 0;
 }
 
-Bed::Bed() : m_folder((std::filesystem::temp_directory_path() / "korvel-audio-XXXXXX").string()) {
+Bed::Bed()
+    : m_serverProgram(KORVEL_AUDIOSERVER),
+      m_folder((std::filesystem::temp_directory_path() / "korvel-audio-XXXXXX").string()) {
     if (::mkdtemp(m_folder.data()) == nullptr)
         throw std::runtime_error("no temporary folder");
 }
@@ -70,7 +72,7 @@ Process& Bed::Server() {
     if (!m_server) {
         std::vector<std::string> options{"--port", "0"};
         options.insert(options.end(), m_serverOptions.begin(), m_serverOptions.end());
-        m_server = std::make_unique<Process>(KORVEL_AUDIOSERVER, options, PathOf("server.log"));
+        m_server = std::make_unique<Process>(m_serverProgram, options, PathOf("server.log"));
         m_serverPort = PortOf(m_server->ReadLine().value_or(""));
         EXPECT_NE(m_serverPort, 0) << m_server->Errors();
     }

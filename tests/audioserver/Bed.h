@@ -63,6 +63,7 @@ protected:
     // The media text for a path.
     static std::string FileMedia(const std::string& path) { return "\"file:/" + path + "\""; }
 
+    std::string m_serverProgram;
     std::vector<std::string> m_serverOptions;
 
 private:

@@ -109,6 +109,27 @@ TEST_F(Limits, APeerThatDoesNotReadIsDropped) {
         << Server().Errors();
 }
 
+TEST_F(Limits, NoPeerAndNoStreamHidesTheLogLinesOfOthers) {
+    constexpr unsigned kNoise = 20;
+    const auto noisy = Connect();
+    const auto quiet = Connect();
+    ASSERT_EQ(noisy->AddStream(), 1U);
+    for (unsigned count = 0; count < kNoise; ++count) {
+        EXPECT_EQ(noisy->Ask("noise"), "NO noise");
+        EXPECT_EQ(noisy->Ask("addmed 1 nothing"), "OK addmed 1");
+        EXPECT_TRUE(noisy->NextEvent().starts_with("* addmed BAD=1 "));
+    }
+    EXPECT_EQ(quiet->Ask("whisper"), "NO whisper");
+    EXPECT_EQ(quiet->Ask("addstr"), "addstr stream=2");
+    EXPECT_EQ(quiet->Ask("addmed 2 nowhere"), "OK addmed 2");
+    const auto isLogged = [this](const std::string& text) {
+        return Server().Errors().find(text) != std::string::npos;
+    };
+    EXPECT_TRUE(WaitUntil([&] { return isLogged("stream 2: bad media"); }));
+    EXPECT_TRUE(isLogged("sent an unusable line: 0 whisper"));
+    EXPECT_TRUE(isLogged("stream 2: media nowhere"));
+}
+
 // A line out of the protocol's own words in any order, so that many get past the first checks.
 std::string RandomLine(std::mt19937& random) {
     static const std::vector<std::string> kWords = {

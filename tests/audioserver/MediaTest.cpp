@@ -71,7 +71,7 @@ TEST_F(Media, ABroadcastCannotBePausedAndIsConnectedToAgain) {
     std::set<std::string> next = {driver->NextEvent(), driver->NextEvent()};
     EXPECT_EQ(next, (std::set<std::string>{report + "streamCaps:NO-PAUSE", report + "streamStatus:playing"}));
     EXPECT_EQ(driver->NextEvent(), report + "streamStatus:reconnecting in 1 s");
-    EXPECT_TRUE(room->Hears(500, 0.2));
+    EXPECT_TRUE(WaitUntil([&] { return room->Heard().Seconds(500) > 0.15; }));
     EXPECT_EQ(driver->NextEvent(), report + "streamStatus:connecting");
     EXPECT_EQ(driver->NextEvent(), report + "streamStatus:playing");
 }

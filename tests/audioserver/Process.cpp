@@ -71,6 +71,15 @@ void Process::Signal(int number) const {
         ::kill(m_pid, number);
 }
 
+bool Process::HasOpen(const std::string& path) const {
+    std::error_code error;
+    for (const auto& entry :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(m_pid) + "/fd", error))
+        if (std::filesystem::read_symlink(entry, error) == path)
+            return true;
+    return false;
+}
+
 unsigned Process::Threads() const {
     std::ifstream status("/proc/" + std::to_string(m_pid) + "/status");
     const std::string key = "Threads:";

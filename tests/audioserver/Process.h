@@ -28,6 +28,9 @@ public:
 
     void Signal(int number) const;
 
+    // Whether it has this file open at the moment.
+    bool HasOpen(const std::string& path) const;
+
     // How many threads it has; 0 when it has ended.
     unsigned Threads() const;
 

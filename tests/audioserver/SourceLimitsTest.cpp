@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <boost/asio/io_context.hpp>
+#include <functional>
 #include <future>
+#include <string>
 #include <vector>
 
 #include "Wait.h"
@@ -36,8 +38,9 @@ protected:
         m_loop.restart();
         m_loop.run();
     }
-    void LetOneHang() {
-        SourceThread thread(m_loop.get_executor(), milliseconds(1), "");
+    // One that does not end in time, or is given all the time that it takes.
+    void LetOneHang(SourceThread::Kind kind, milliseconds patience = milliseconds(1)) {
+        SourceThread thread(m_loop.get_executor(), patience, kind);
         thread.Do([released = m_released] { released.wait(); });
     }
 
@@ -46,20 +49,44 @@ protected:
     std::shared_future<void> m_released = m_release.get_future().share();
 };
 
-TEST_F(SourceLimits, NothingIsOpenedWhileTooManyHang) {
-    for (unsigned count = 1; count < SourceThread::kMaxAbandoned; ++count)
-        LetOneHang();
-    Run();
-    EXPECT_EQ(Try(MediaSource::OpenFile, "/nowhere.wav"), "");
-    LetOneHang();
-    Run();
-    EXPECT_EQ(SourceThread::Abandoned(), SourceThread::kMaxAbandoned);
-    EXPECT_EQ(Try(MediaSource::OpenFile, "/nowhere.wav"), "too many sources hang");
-    EXPECT_EQ(Try(MediaSource::OpenWeb, "http://127.0.0.1:1/"), "too many sources hang");
-    EXPECT_EQ(Try(MediaSource::OpenInput, "audiotestsrc"), "too many sources hang");
+TEST_F(SourceLimits, SoManyMayBeUnderWayToTheirEnd) {
+    constexpr auto kKind = SourceThread::Kind::kFile;
+    for (unsigned count = 0; count < SourceThread::kMaxEnding; ++count) {
+        EXPECT_TRUE(SourceThread::HasRoom(kKind)) << count;
+        LetOneHang(kKind, std::chrono::hours(1));
+    }
+    EXPECT_FALSE(SourceThread::HasRoom(kKind));
+    EXPECT_TRUE(SourceThread::HasRoom(SourceThread::Kind::kWeb));
     m_release.set_value();
-    EXPECT_TRUE(tests::WaitUntil([] { return SourceThread::Abandoned() == 0; }));
-    EXPECT_EQ(Try(MediaSource::OpenFile, "/nowhere.wav"), "");
+    Run();
+    EXPECT_TRUE(SourceThread::HasRoom(kKind));
+}
+
+TEST_F(SourceLimits, NothingIsOpenedWhileTooManyOfItsKindHang) {
+    struct Way {
+        SourceThread::Kind kind;
+        std::function<std::string()> open;
+    };
+    const std::vector<Way> ways = {
+        {SourceThread::Kind::kFile, [this] { return Try(MediaSource::OpenFile, "/nowhere.wav"); }},
+        {SourceThread::Kind::kWeb, [this] { return Try(MediaSource::OpenWeb, "http://127.0.0.1:1/"); }},
+        {SourceThread::Kind::kInput, [this] { return Try(MediaSource::OpenInput, "audiotestsrc"); }}};
+    for (auto way = ways.begin(); way != ways.end(); ++way) {
+        for (unsigned count = 1; count < SourceThread::kMaxAbandoned; ++count)
+            LetOneHang(way->kind);
+        Run();
+        EXPECT_EQ(way->open(), "");
+        LetOneHang(way->kind);
+        Run();
+        EXPECT_EQ(way->open(), "too many sources hang");
+        for (auto other = way + 1; other != ways.end(); ++other)
+            EXPECT_EQ(other->open(), "");
+    }
+    m_release.set_value();
+    for (const Way& way : ways) {
+        EXPECT_TRUE(tests::WaitUntil([&] { return SourceThread::HasRoom(way.kind); }));
+        EXPECT_EQ(way.open(), "");
+    }
 }
 
 // Leaves the process its own limits.

@@ -59,8 +59,7 @@ void WebServer::Answer(int connection) const {
     if (::recv(connection, request.data(), request.size(), 0) <= 0)
         return;
     std::string answer = "HTTP/1.0 200 OK\r\nContent-Type: audio/x-wav\r\n";
-    if (m_tellLength)
-        answer += "Content-Length: " + std::to_string(m_body.size()) + "\r\n";
+    answer += m_tellLength ? "Content-Length: " + std::to_string(m_body.size()) + "\r\n" : "icy-pub: 1\r\n";
     answer += "\r\n" + m_body;
     std::size_t sent = 0;
     while (sent < answer.size() && !m_stopping) {

@@ -8,7 +8,7 @@
 
 namespace korvel::tests {
 
-// Serves the same bytes for every path on 127.0.0.1, with or without telling their length.
+// Serves the same bytes for every path on 127.0.0.1: as a file that tells its length or as a radio station.
 class WebServer {
 public:
     WebServer(std::string body, bool tellLength);

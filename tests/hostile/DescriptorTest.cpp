@@ -1,5 +1,6 @@
 // A server that may open no more.
 #include "Bed.h"
+#include "Station.h"
 
 namespace korvel::tests {
 namespace {
@@ -19,7 +20,15 @@ protected:
     bool Plays(std::uint32_t stream) {
         const std::string number = std::to_string(stream);
         m_driver->Ask("addmed " + number + " " + FileMedia(ToneFile("a.wav", {{500, 0.1}})));
-        return m_driver->NextEvent() == "* addmed EOM=" + number;
+        return EndOf(number) == "* addmed EOM=" + number;
+    }
+    // How the media of a stream, or of any, ends.
+    std::string EndOf(const std::string& number = "") {
+        std::string event = m_driver->NextEvent();
+        while (!event.empty() && !event.starts_with("* addmed EOM=" + number) &&
+               !event.starts_with("* addmed BAD=" + number))
+            event = m_driver->NextEvent();
+        return event;
     }
 
     std::unique_ptr<Process> m_limited;
@@ -40,6 +49,28 @@ TEST_F(HostileDescriptors, StreamsAndMediaAreRefusedBeforeTheyRunOut) {
     for (std::uint32_t stream = last; stream > last - 6; --stream)
         EXPECT_EQ(m_driver->Ask("remstr " + std::to_string(stream)), "OK remstr " + std::to_string(stream));
     EXPECT_TRUE(Plays(1));
+}
+
+// Nothing of a burst is open yet when the last of it is asked for.
+TEST_F(HostileDescriptors, WhatIsAboutToOpenCounts) {
+    constexpr unsigned kStreams = 10;
+    constexpr unsigned kMedia = 60;
+    const Station silent([](const Visit& visit) {
+        while (visit.Dawdle()) {
+        }
+    });
+    ASSERT_TRUE(StartUnder("ulimit -n 512"));
+    for (unsigned count = 0; count < kStreams; ++count)
+        ASSERT_NE(m_driver->AddStream(), 0U);
+    std::string lines;
+    for (unsigned count = 0; count < kMedia; ++count)
+        lines += "1 addmed " + std::to_string(count % kStreams + 1) + " \"file:/stream-" + silent.Url() +
+                 "/\"\r\n";
+    m_driver->SendRaw(lines);
+    EXPECT_TRUE(EndOf().ends_with(" too many files are open"));
+    EXPECT_EQ(m_driver->Ask("reset"), "OK reset");
+    const std::uint32_t stream = m_driver->AddStream();
+    EXPECT_TRUE(WaitUntil([&] { return Plays(stream); })) << "what has ended counts no more";
 }
 
 TEST_F(HostileDescriptors, TheServerTakesWhatTheSystemGives) {

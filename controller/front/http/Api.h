@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <nlohmann/json_fwd.hpp>
-#include <optional>
 #include <string>
 
 #include "actions/Commands.h"
@@ -19,7 +18,8 @@
 
 namespace korvel::controller {
 
-// What stands behind each address of the HTTP interface; docs/api.md describes them.
+// The HTTP interface without its connections: finds the route of a request and has it answered. docs/api.md describes
+// what can be asked.
 class Api {
 public:
     using Done = std::function<void(HttpReply)>;
@@ -37,6 +37,7 @@ public:
         std::string version; // of the controller
     };
 
+    // Without a `webFolder` there is no page.
     Api(asio::io_context& loop, Parts parts, std::string webFolder)
         : m_poster(loop), m_parts(std::move(parts)), m_webFolder(std::move(webFolder)) {}
 
@@ -47,36 +48,26 @@ public:
     // The event that a new listener begins with: {"type":"snapshot","status","rooms","variables"}.
     nlohmann::json Snapshot() const;
 
-private:
+    // For the handlers of routes.
+    const Parts& GetParts() const { return m_parts; }
+    const std::string& GetWebFolder() const { return m_webFolder; }
     // {"version","ready","notReadyBecause","servers","scan","storage","announcement"}
     nlohmann::json Status() const;
     // [{"id","name",...}, ...]
     nlohmann::json Rooms() const;
-
-    HttpReply Get(const Target& target);
-    // None when `done` will be called later.
-    std::optional<HttpReply> Post(const Target& target, const HttpRequest& request, const Done& done);
-    void RunCommand(const nlohmann::json& body, const Done& done);
-    void RunRequest(const nlohmann::json& body, const Done& done);
-    void Announce(const nlohmann::json& body, const Done& done);
-    void ChangeRoom(const Target& target, const nlohmann::json& body, const Done& done);
     // `done` for a request that begins now: when something could not be written until the answer, that is the
     // answer.
     Done Checking(const Done& done) const;
     // Answers with what `answer` returns once the rooms have followed the present call of the driver.
     void AnswerSoon(const Done& done, std::function<nlohmann::json()> answer);
 
+private:
     Poster m_poster;
-    Parts m_parts;
-    std::string m_webFolder;
+    const Parts m_parts;
+    const std::string m_webFolder;
 };
 
-// POST /api/library/scan and /forget-missing. Throws Refused and media::DatabaseError.
-HttpReply ChangeLibrary(Library& library, const std::string& action);
-// GET under /api/library.
-HttpReply BrowseLibrary(Library& library, const Target& target);
-
-// POST /api/library/save-playlist. Throws Refused.
-HttpReply SavePlaylist(Library& library, const nlohmann::json& body);
+// The answer that says why.
+HttpReply ReplyTo(const Refused& refused);
 
 } // namespace korvel::controller

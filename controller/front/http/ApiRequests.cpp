@@ -1,7 +1,6 @@
 #include "front/http/ApiRequests.h"
 
 #include <algorithm>
-#include <array>
 #include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <string_view>
@@ -72,16 +71,6 @@ std::vector<std::uint32_t> SongsIn(const json& body) {
 
 } // namespace
 
-bool IsPostPath(const std::vector<std::string>& path) {
-    static constexpr std::array<std::string_view, 3> kActions = {"select", "deselect", "off"};
-    if (path.size() == 2)
-        return path[1] == "command" || path[1] == "request" || path[1] == "announce";
-    if (path.size() == 3)
-        return path[1] == "library" &&
-               (path[2] == "scan" || path[2] == "forget-missing" || path[2] == "save-playlist");
-    return path.size() == 4 && path[1] == "rooms" && std::ranges::find(kActions, path[3]) != kActions.end();
-}
-
 json ParseBody(const HttpRequest& request) {
     if (request.body.empty())
         return json::object();
@@ -138,8 +127,9 @@ PlaylistOrder ReadPlaylist(const json& body) {
     return {TitleIn(body), SongsIn(body)};
 }
 
-void RefuseMembers(const json& body) {
+Nothing ReadNothing(const json& body) {
     RefuseOtherMembers(body, {});
+    return {};
 }
 
 } // namespace korvel::controller

@@ -1,4 +1,4 @@
-// What requests ask for, out of their paths and bodies; docs/api.md describes them. All functions are pure, and those
+// What requests ask for, out of their bodies; docs/api.md describes them. All functions are pure, and those
 // that read a body throw Refused for one that is not as it must be.
 #pragma once
 
@@ -12,9 +12,6 @@
 #include "platform/CmdMessage.h"
 
 namespace korvel::controller {
-
-// Whether something is changed there, by a POST.
-bool IsPostPath(const std::vector<std::string>& path);
 
 // An object; an empty body is an empty one.
 nlohmann::json ParseBody(const HttpRequest& request);
@@ -42,6 +39,7 @@ struct PlaylistOrder {
 PlaylistOrder ReadPlaylist(const nlohmann::json& body);
 
 // For what takes nothing.
-void RefuseMembers(const nlohmann::json& body);
+struct Nothing {};
+Nothing ReadNothing(const nlohmann::json& body);
 
 } // namespace korvel::controller

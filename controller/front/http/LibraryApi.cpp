@@ -2,8 +2,7 @@
 
 #include "actions/Playlists.h"
 #include "base/Refused.h"
-#include "front/http/Api.h"
-#include "front/http/ApiRequests.h"
+#include "front/http/Handlers.h"
 
 namespace korvel::controller {
 namespace {
@@ -73,132 +72,151 @@ media::Window WindowOf(const Target& target) {
     return {*offset, *limit};
 }
 
-json Songs(MediaDatabase& database, const Target& target, const media::Window& window) {
+// A list as its route asks for it; `list` fetches a page.
+template <class List>
+HttpReply ListReply(const Call& call, List list) {
+    const media::Window window = WindowOf(call.target);
+    return JsonReply(ToJson(list(window), window));
+}
+
+// The record that the path names, as `find` makes JSON of it: null when there is none.
+template <class Find>
+HttpReply RecordReply(const Call& call, Find find) {
+    const auto id = ParseNumber(call.values.at("id"));
+    const json found = id ? find(*id, WindowOf(call.target)) : json(nullptr);
+    return found.is_null() ? NotInLibrary(call.target) : JsonReply(found);
+}
+
+MediaDatabase& DatabaseOf(Api& api) {
+    return api.GetParts().library.Database();
+}
+
+} // namespace
+
+// As people say it: "song 77".
+HttpReply NotInLibrary(const Target& target) {
+    const auto& path = target.path;
+    if (path.size() != 4)
+        return ErrorReply(404, "there is no such thing in the library");
+    const std::string& kind = path[2];
+    const std::string one = kind.ends_with('s') ? kind.substr(0, kind.size() - 1) : kind;
+    return ErrorReply(404, "there is no " + one + " " + path[3]);
+}
+
+HttpReply ListSongs(Api& api, const Call& call) {
+    MediaDatabase& database = DatabaseOf(api);
+    const Target& target = call.target;
+    const media::Window window = WindowOf(target);
     if (target.query.contains("title")) {
         const auto songs = database.FindSongsByTitle(target.Text("title"));
-        return {{"total", songs.size()}, {"offset", 0}, {"items", ListOf(songs)}};
+        return JsonReply({{"total", songs.size()}, {"offset", 0}, {"items", ListOf(songs)}});
     }
     if (target.query.contains("artist"))
-        return ToJson(database.ListSongsOfArtist(target.Text("artist"), window), window);
+        return JsonReply(ToJson(database.ListSongsOfArtist(target.Text("artist"), window), window));
     if (target.query.contains("genre"))
-        return ToJson(database.ListSongsOfGenre(target.Text("genre"), window), window);
-    return ToJson(database.ListSongs(window), window);
+        return JsonReply(ToJson(database.ListSongsOfGenre(target.Text("genre"), window), window));
+    return JsonReply(ToJson(database.ListSongs(window), window));
 }
 
-json Albums(MediaDatabase& database, const Target& target, const media::Window& window) {
-    if (target.query.contains("artist"))
-        return ToJson(database.ListAlbumsOfArtist(target.Text("artist"), window), window);
-    return ToJson(database.ListAlbums(window), window);
+HttpReply ListAlbums(Api& api, const Call& call) {
+    return ListReply(call, [&](const media::Window& window) {
+        return call.target.query.contains("artist")
+                   ? DatabaseOf(api).ListAlbumsOfArtist(call.target.Text("artist"), window)
+                   : DatabaseOf(api).ListAlbums(window);
+    });
 }
 
-json Inputs(const Library& library) {
+HttpReply ListArtists(Api& api, const Call& call) {
+    return ListReply(call, [&](const media::Window& window) { return DatabaseOf(api).ListArtists(window); });
+}
+
+HttpReply ListGenres(Api& api, const Call& call) {
+    return ListReply(call, [&](const media::Window& window) { return DatabaseOf(api).ListGenres(window); });
+}
+
+HttpReply ListPlaylists(Api& api, const Call& call) {
+    return ListReply(call,
+                     [&](const media::Window& window) { return DatabaseOf(api).ListPlaylists(window); });
+}
+
+HttpReply ListStations(Api& api, const Call& call) {
+    return ListReply(call, [&](const media::Window& window) { return DatabaseOf(api).ListStations(window); });
+}
+
+HttpReply ListInputs(Api& api, const Call&) {
     json items = json::array();
-    for (const LineInput& input : library.Inputs())
+    for (const LineInput& input : api.GetParts().library.Inputs())
         items.push_back({{"id", input.albumId}, {"name", input.name}, {"device", input.deviceId}});
-    return {{"total", items.size()}, {"offset", 0}, {"items", std::move(items)}};
+    return JsonReply({{"total", items.size()}, {"offset", 0}, {"items", std::move(items)}});
 }
 
-json Search(MediaDatabase& database, const Target& target, const media::Window& window) {
-    const std::string text = target.Text("q");
+HttpReply SearchLibrary(Api& api, const Call& call) {
+    MediaDatabase& database = DatabaseOf(api);
+    const media::Window window = WindowOf(call.target);
+    const std::string text = call.target.Text("q");
     if (text.empty())
         throw Refused(Refused::Why::Invalid, "q must say what to search for");
-    return {{"songs", ToJson(database.SearchSongs(text, window), window)},
-            {"albums", ToJson(database.SearchAlbums(text, window), window)},
-            {"artists", ToJson(database.SearchArtists(text, window), window)}};
+    return JsonReply({{"songs", ToJson(database.SearchSongs(text, window), window)},
+                      {"albums", ToJson(database.SearchAlbums(text, window), window)},
+                      {"artists", ToJson(database.SearchArtists(text, window), window)}});
 }
 
-json List(MediaDatabase& database, const std::string& kind, const Target& target) {
-    const media::Window window = WindowOf(target);
-    if (kind == "songs")
-        return Songs(database, target, window);
-    if (kind == "albums")
-        return Albums(database, target, window);
-    if (kind == "artists")
-        return ToJson(database.ListArtists(window), window);
-    if (kind == "genres")
-        return ToJson(database.ListGenres(window), window);
-    if (kind == "playlists")
-        return ToJson(database.ListPlaylists(window), window);
-    if (kind == "stations")
-        return ToJson(database.ListStations(window), window);
-    if (kind == "search")
-        return Search(database, target, window);
-    return nullptr;
-}
-
-json One(MediaDatabase& database, const std::string& kind, std::uint32_t id, const Target& target) {
-    const media::Window window = WindowOf(target);
-    if (kind == "songs") {
-        const auto song = database.FindSong(id);
+HttpReply ShowSong(Api& api, const Call& call) {
+    return RecordReply(call, [&](std::uint32_t id, const media::Window&) -> json {
+        const auto song = DatabaseOf(api).FindSong(id);
         if (!song)
             return nullptr;
         json found = ToJson(*song);
         found["location"] = song->location;
         return found;
-    }
-    if (kind == "albums") {
-        const auto album = database.FindAlbum(id);
+    });
+}
+
+HttpReply ShowAlbum(Api& api, const Call& call) {
+    return RecordReply(call, [&](std::uint32_t id, const media::Window& window) -> json {
+        const auto album = DatabaseOf(api).FindAlbum(id);
         if (!album)
             return nullptr;
         return {{"id", id},
                 {"title", album->title},
                 {"input", album->inputName},
-                {"songs", ToJson(database.ListSongsOfAlbum(id, window), window)}};
-    }
-    if (kind == "playlists") {
-        const auto playlist = database.FindPlaylist(id);
+                {"songs", ToJson(DatabaseOf(api).ListSongsOfAlbum(id, window), window)}};
+    });
+}
+
+HttpReply ShowPlaylist(Api& api, const Call& call) {
+    return RecordReply(call, [&](std::uint32_t id, const media::Window& window) -> json {
+        const auto playlist = DatabaseOf(api).FindPlaylist(id);
         if (!playlist)
             return nullptr;
         json found = ToJson(*playlist);
-        found["entries"] = ToJson(database.ListPlaylistEntries(id, window), window);
+        found["entries"] = ToJson(DatabaseOf(api).ListPlaylistEntries(id, window), window);
         return found;
-    }
-    if (kind == "stations") {
-        const auto station = database.FindStation(id);
+    });
+}
+
+HttpReply ShowStation(Api& api, const Call& call) {
+    return RecordReply(call, [&](std::uint32_t id, const media::Window&) -> json {
+        const auto station = DatabaseOf(api).FindStation(id);
         return station ? ToJson(*station) : json(nullptr);
-    }
-    return nullptr;
+    });
 }
 
-// What the path asks for, as people say it: "song 77".
-std::string NameOf(const std::vector<std::string>& path) {
-    if (path.size() != 4)
-        return "such thing in the library";
-    const std::string& kind = path[2];
-    return (kind.ends_with('s') ? kind.substr(0, kind.size() - 1) : kind) + " " + path[3];
-}
-
-} // namespace
-
-HttpReply ChangeLibrary(Library& library, const std::string& action) {
-    if (action == "forget-missing") {
-        const std::uint32_t forgotten = library.ForgetMissing();
-        return JsonReply(
-            {{"forgotten", forgotten}, {"kept", library.Database().CountSongs(media::Presence::Away)}});
-    }
-    if (!library.StartScan())
+HttpReply StartScan(Api& api, const Call&) {
+    if (!api.GetParts().library.StartScan())
         throw Refused(Refused::Why::Conflict, "a scan is running already");
     return JsonReply({{"started", true}}, 202);
 }
 
-HttpReply SavePlaylist(Library& library, const json& body) {
-    const PlaylistOrder order = ReadPlaylist(body);
-    return JsonReply({{"id", SavePlaylist(library.Database(), order.title, order.songs)}});
+HttpReply ForgetMissing(Api& api, const Call&) {
+    Library& library = api.GetParts().library;
+    const std::uint32_t forgotten = library.ForgetMissing();
+    return JsonReply(
+        {{"forgotten", forgotten}, {"kept", library.Database().CountSongs(media::Presence::Away)}});
 }
 
-HttpReply BrowseLibrary(Library& library, const Target& target) {
-    MediaDatabase& database = library.Database();
-    const auto& path = target.path;
-    json found = nullptr;
-    if (path.size() == 3 && path[2] == "inputs") {
-        found = Inputs(library);
-    } else if (path.size() == 3) {
-        found = List(database, path[2], target);
-    } else if (path.size() == 4) {
-        if (const auto id = ParseNumber(path[3]))
-            found = One(database, path[2], *id, target);
-    }
-    return found.is_null() ? ErrorReply(404, "there is no " + NameOf(path)) : JsonReply(found);
+std::optional<HttpReply> StorePlaylist(Api& api, const PlaylistOrder& order, const Api::Done&) {
+    return JsonReply({{"id", SavePlaylist(DatabaseOf(api), order.title, order.songs)}});
 }
 
 } // namespace korvel::controller
