@@ -194,7 +194,7 @@ void HouseReader::ReadMedia(Queue& queue, const std::vector<MediaRef>& media) {
     const Session& session = *house.FindSession(queue.session);
     if (!session.entries.empty() && !media.empty() && session.PlaysAlone() != IsAlone(media)) {
         const std::vector<RoomId> rooms = session.rooms;
-        house.SetPresence(session.id, Presence::Asleep, m_parts.now());
+        LetSleep(session.id);
         queue.session = house.Begin();
         house.SetRooms(queue.session, rooms);
         house.SetPresence(queue.session, Presence::Live, m_parts.now());
@@ -210,6 +210,9 @@ void HouseReader::KeepRefused(const Session& session, const std::vector<MediaRef
     for (Entry& entry : entries)
         if (!entry.unplayable && std::ranges::find(media, entry.media) == media.end())
             entry.unplayable = Problem{"unplayable", *m_refused};
+    const auto refused = [](const Entry& entry) { return entry.unplayable.has_value(); };
+    while (entries.size() > kMaxEntries && std::ranges::any_of(entries, refused))
+        entries.erase(std::ranges::find_if(entries, refused));
     m_parts.house.SetEntries(session.id, std::move(entries));
 }
 
@@ -220,7 +223,22 @@ void HouseReader::Forget(const Queue& queue) {
     if (session->entries.empty())
         m_parts.house.End(session->id);
     else
-        m_parts.house.SetPresence(session->id, Presence::Asleep, m_parts.now());
+        LetSleep(session->id);
+}
+
+void HouseReader::LetSleep(SessionId session) {
+    m_parts.house.SetPresence(session, Presence::Asleep, m_parts.now());
+    std::size_t asleep = 0;
+    const Session* oldest = nullptr;
+    for (const auto& [id, other] : m_parts.house.GetSessions()) {
+        if (other.presence != Presence::Asleep)
+            continue;
+        ++asleep;
+        if (!oldest || other.revision < oldest->revision)
+            oldest = &other;
+    }
+    if (asleep > kMaxAsleep)
+        m_parts.house.End(oldest->id);
 }
 
 std::uint32_t HouseReader::QueueIn(RoomId room) const {

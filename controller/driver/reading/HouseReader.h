@@ -14,6 +14,11 @@
 
 namespace korvel::controller {
 
+// Sessions that sleep; the one that has slept for longest ends when there is another.
+inline constexpr std::size_t kMaxAsleep = 100;
+// Entries of a session with those that cannot be played, of which the first goes.
+inline constexpr std::size_t kMaxEntries = 4095;
+
 // Inside a call of the driver it only notes what has changed; after it Read() looks at those queues and tells the house.
 // Each queue of the driver is a session that is live. A queue that goes leaves its session asleep, or, when it was empty,
 // ends it. When what plays alone (a station, an input) comes into the place of songs, or the other way round, the session
@@ -71,6 +76,7 @@ private:
     void ReadMedia(Queue& queue, const std::vector<MediaRef>& media);
     void KeepRefused(const Session& session, const std::vector<MediaRef>& media);
     void Forget(const Queue& queue);
+    void LetSleep(SessionId session);
     std::uint32_t QueueIn(RoomId room) const;
 
     Parts m_parts;

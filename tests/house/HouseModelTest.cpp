@@ -8,7 +8,7 @@ namespace {
 
 constexpr Milliseconds kNow{5000};
 
-class HouseTest : public testing::Test {
+class HouseModelTest : public testing::Test {
 protected:
     // A session that is live in those rooms.
     SessionId Live(std::vector<RoomId> rooms, std::string_view songs = "abc") {
@@ -25,7 +25,7 @@ protected:
                 {.revision = 1000, .session = 10, .entry = 500}};
 };
 
-TEST_F(HouseTest, NumbersGoOnWhereTheyStopped) {
+TEST_F(HouseModelTest, NumbersGoOnWhereTheyStopped) {
     const SessionId id = Live({1});
     EXPECT_EQ(id, SessionId(10));
     EXPECT_EQ(Text(Of(id).entries), "500:a 501:b 502:c");
@@ -34,7 +34,7 @@ TEST_F(HouseTest, NumbersGoOnWhereTheyStopped) {
     EXPECT_GT(Of(id).revision, Revision(1000));
 }
 
-TEST_F(HouseTest, EachChangeHasANewerRevisionAndIsToldOnce) {
+TEST_F(HouseModelTest, EachChangeHasANewerRevisionAndIsToldOnce) {
     const SessionId id = Live({1});
     house.TakeChanges();
     const Revision before = Of(id).revision;
@@ -46,7 +46,7 @@ TEST_F(HouseTest, EachChangeHasANewerRevisionAndIsToldOnce) {
     EXPECT_TRUE(house.TakeChanges().IsEmpty());
 }
 
-TEST_F(HouseTest, SayingTheSameAgainIsNoChange) {
+TEST_F(HouseModelTest, SayingTheSameAgainIsNoChange) {
     const SessionId id = Live({1});
     house.SetModes(id, true, false);
     house.TakeChanges();
@@ -59,7 +59,7 @@ TEST_F(HouseTest, SayingTheSameAgainIsNoChange) {
     EXPECT_TRUE(house.TakeChanges().IsEmpty());
 }
 
-TEST_F(HouseTest, TheListenerIsCalledOnceUntilTheChangesAreTaken) {
+TEST_F(HouseModelTest, TheListenerIsCalledOnceUntilTheChangesAreTaken) {
     int called = 0;
     house.SetListener([&] { ++called; });
     Live({1, 2});
@@ -69,7 +69,7 @@ TEST_F(HouseTest, TheListenerIsCalledOnceUntilTheChangesAreTaken) {
     EXPECT_EQ(called, 2);
 }
 
-TEST_F(HouseTest, ARoomHearsOneSession) {
+TEST_F(HouseModelTest, ARoomHearsOneSession) {
     const SessionId first = Live({1, 2});
     const SessionId second = Live({2});
     EXPECT_EQ(Of(first).rooms, std::vector<RoomId>{1});
@@ -79,7 +79,7 @@ TEST_F(HouseTest, ARoomHearsOneSession) {
     EXPECT_EQ(house.SessionOf(1)->id, second);
 }
 
-TEST_F(HouseTest, ARoomChangesWithItsSession) {
+TEST_F(HouseModelTest, ARoomChangesWithItsSession) {
     const SessionId id = Live({1});
     house.TakeChanges();
     house.SetRooms(id, {2});
@@ -91,7 +91,7 @@ TEST_F(HouseTest, ARoomChangesWithItsSession) {
     EXPECT_EQ(house.TakeChanges().rooms, (std::map<RoomId, ChangeMask>{{2, kChangedSession}}));
 }
 
-TEST_F(HouseTest, ASleepingSessionKeepsItsPlaceAndItsRoomHearsNothing) {
+TEST_F(HouseModelTest, ASleepingSessionKeepsItsPlaceAndItsRoomHearsNothing) {
     const SessionId id = Live({1});
     house.SetCurrent(id, EntryId(501));
     house.SetPlayhead(id, {.clock = Milliseconds(1000), .position = Milliseconds(60000), .runs = true});
@@ -104,7 +104,7 @@ TEST_F(HouseTest, ASleepingSessionKeepsItsPlaceAndItsRoomHearsNothing) {
     EXPECT_EQ(house.SessionOf(1), nullptr);
 }
 
-TEST_F(HouseTest, ASessionThatWakesTakesItsRooms) {
+TEST_F(HouseModelTest, ASessionThatWakesTakesItsRooms) {
     const SessionId sleeper = Live({1, 2});
     house.SetPresence(sleeper, Presence::Asleep, kNow);
     const SessionId other = Live({2});
@@ -113,7 +113,7 @@ TEST_F(HouseTest, ASessionThatWakesTakesItsRooms) {
     EXPECT_EQ(house.SessionOf(2)->id, sleeper);
 }
 
-TEST_F(HouseTest, AnExpectedListHasTheEntriesThatTheActionMeant) {
+TEST_F(HouseModelTest, AnExpectedListHasTheEntriesThatTheActionMeant) {
     const SessionId id = Live({1}, "aba");
     Entries moved = Of(id).entries;
     std::swap(moved[0], moved[2]);
@@ -122,7 +122,7 @@ TEST_F(HouseTest, AnExpectedListHasTheEntriesThatTheActionMeant) {
     EXPECT_EQ(Text(Of(id).entries), "502:a 501:b 500:a");
 }
 
-TEST_F(HouseTest, AnotherListThanTheExpectedOneIsFollowed) {
+TEST_F(HouseModelTest, AnotherListThanTheExpectedOneIsFollowed) {
     const SessionId id = Live({1}, "abc");
     Entries moved = Of(id).entries;
     std::swap(moved[0], moved[2]);
@@ -133,7 +133,7 @@ TEST_F(HouseTest, AnotherListThanTheExpectedOneIsFollowed) {
     EXPECT_EQ(Text(Of(id).entries), "503:c 501:b 500:a") << "it is forgotten";
 }
 
-TEST_F(HouseTest, WhatIsCurrentGoesWithItsEntry) {
+TEST_F(HouseModelTest, WhatIsCurrentGoesWithItsEntry) {
     const SessionId id = Live({1});
     house.SetCurrent(id, EntryId(501));
     house.TakeChanges();
@@ -144,7 +144,7 @@ TEST_F(HouseTest, WhatIsCurrentGoesWithItsEntry) {
     EXPECT_EQ(Of(id).current, EntryId::None);
 }
 
-TEST_F(HouseTest, TheEntriesHaveARevisionOfTheirOwn) {
+TEST_F(HouseModelTest, TheEntriesHaveARevisionOfTheirOwn) {
     const SessionId id = Live({1});
     const Revision before = Of(id).entriesRevision;
     house.SetTransport(id, Transport::Playing);
@@ -153,7 +153,7 @@ TEST_F(HouseTest, TheEntriesHaveARevisionOfTheirOwn) {
     EXPECT_GT(Of(id).entriesRevision, before);
 }
 
-TEST_F(HouseTest, WhoMissedSomethingGetsWhatIsNewer) {
+TEST_F(HouseModelTest, WhoMissedSomethingGetsWhatIsNewer) {
     const SessionId first = Live({1});
     const SessionId second = Live({2});
     const SessionId third = Live({});
@@ -169,13 +169,13 @@ TEST_F(HouseTest, WhoMissedSomethingGetsWhatIsNewer) {
     (void)first;
 }
 
-TEST_F(HouseTest, WhoKnowsAnotherRunGetsAllOfIt) {
+TEST_F(HouseModelTest, WhoKnowsAnotherRunGetsAllOfIt) {
     EXPECT_FALSE(house.GetSince(Revision(999)));
     EXPECT_FALSE(house.GetSince(static_cast<Revision>(static_cast<std::uint64_t>(house.GetRevision()) + 1)));
     EXPECT_TRUE(house.GetSince(Revision(1000)));
 }
 
-TEST_F(HouseTest, WhoMissedMoreEndsThanAreRememberedGetsAllOfIt) {
+TEST_F(HouseModelTest, WhoMissedMoreEndsThanAreRememberedGetsAllOfIt) {
     const Revision known = house.GetRevision();
     Revision later = known;
     for (std::size_t i = 0; i <= kMaxEndedRemembered; ++i) {
@@ -188,7 +188,7 @@ TEST_F(HouseTest, WhoMissedMoreEndsThanAreRememberedGetsAllOfIt) {
     EXPECT_EQ(house.GetSince(later)->ended.size(), kMaxEndedRemembered);
 }
 
-TEST_F(HouseTest, WhatWasKeptComesBackAsleepAndStandsStill) {
+TEST_F(HouseModelTest, WhatWasKeptComesBackAsleepAndStandsStill) {
     Session kept;
     kept.id = SessionId(3);
     kept.rooms = {1};
@@ -203,7 +203,7 @@ TEST_F(HouseTest, WhatWasKeptComesBackAsleepAndStandsStill) {
     EXPECT_EQ(house.SessionOf(1), nullptr);
 }
 
-TEST_F(HouseTest, NothingHappensToASessionThatIsNotThere) {
+TEST_F(HouseModelTest, NothingHappensToASessionThatIsNotThere) {
     const SessionId none = SessionId(77);
     house.End(none);
     house.SetPresence(none, Presence::Live, kNow);
