@@ -1,10 +1,9 @@
 #include "driver/reading/HouseFollower.h"
 
-#include <algorithm>
 #include <chrono>
 #include <string_view>
 
-#include "common/Text.h"
+#include "links/MediaFailures.h"
 
 namespace korvel::controller {
 
@@ -14,21 +13,14 @@ constexpr std::uint32_t kRoomQueueSettings = 1003;
 constexpr std::uint32_t kQueueInfo = 1007;
 constexpr std::uint32_t kRoomMap = 1009;
 
-constexpr std::size_t kMaxRefusal = 400; // bytes, as the audio server keeps to
-
 Milliseconds Now() {
     return std::chrono::duration_cast<Milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
 }
 
-// Why the audio server does not play a media; none when the line says something else.
-std::optional<std::string> RefusalIn(std::string_view line) {
-    constexpr std::string_view kBad = "* addmed BAD=";
-    if (line.starts_with(kBad))
-        return common::OneLine(line.substr(std::min(line.find(' ', kBad.size()), line.size())), kMaxRefusal);
-    const std::size_t answer = line.find(' ');
-    if (answer != std::string_view::npos && line.substr(answer).starts_with(" NO addmed"))
-        return "the audio server does not take it";
-    return {};
+// Whether it says that a media is not taken at all.
+bool Refuses(std::string_view line) {
+    const std::size_t blank = line.find(' ');
+    return blank != std::string_view::npos && line.substr(blank).starts_with(" NO addmed");
 }
 
 } // namespace
@@ -59,8 +51,10 @@ void HouseFollower::OnMessage(const Room& room, const ICmdMessage& message) {
 }
 
 void HouseFollower::OnServerLine(const std::string& line) {
-    if (const auto reason = RefusalIn(line))
+    if (const auto reason = BadMediaIn(line))
         m_reader.OnRefused(*reason);
+    else if (Refuses(line))
+        m_reader.OnRefused("the audio server does not take it");
 }
 
 void HouseFollower::OnServerLost() {
