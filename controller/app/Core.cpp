@@ -1,8 +1,29 @@
 #include "app/Core.h"
 
+#include <chrono>
+
 #include "driver/Ids.h"
 
 namespace korvel::controller {
+
+namespace {
+
+std::vector<HouseRoom> RoomsOf(const Config& config) {
+    std::vector<HouseRoom> rooms;
+    for (const RoomConfig& room : config.rooms)
+        rooms.push_back({room.id, room.name, {}, {}});
+    return rooms;
+}
+
+// Numbers that no run before this one has given: it would have taken a change in each microsecond.
+House::Numbers NumbersOfNow() {
+    const auto now = std::chrono::duration_cast<std::chrono::microseconds>(
+        std::chrono::system_clock::now().time_since_epoch());
+    const auto number = static_cast<std::uint64_t>(now.count());
+    return {number, number, number};
+}
+
+} // namespace
 
 Core::Core(asio::io_context& loop, const Config& config, const common::Log& log)
     : m_config(config),
@@ -13,10 +34,13 @@ Core::Core(asio::io_context& loop, const Config& config, const common::Log& log)
       m_driver(log),
       m_timers(loop, m_driver),
       m_rooms(config.rooms),
+      m_house(RoomsOf(config), NumbersOfNow()),
+      m_follower({m_house, m_driver, m_rooms, [this](std::uint32_t device) { return InputName(device); }}),
       m_sources(m_rooms, log),
       m_variables(m_events),
       m_devices(m_rooms, m_events, log),
       m_library(loop, config, m_events, m_storage, log),
+      m_houseEvents(loop, m_house, m_library.Database(), m_events),
       m_helper(m_sources, m_library.StorageDevices()),
       m_host({m_variables, m_timers, m_devices, m_helper, m_driver, m_events, log, &m_library.Database()}),
       m_bindings({loop, m_driver, m_system, m_events, log}, config.servers),
@@ -33,21 +57,32 @@ Core::Core(asio::io_context& loop, const Config& config, const common::Log& log)
       m_rhapsody(loop, log, m_driver, config.catalogAddress),
       m_stringX(CreateStandardStringX()),
       m_message(CreateStandardKVMessage()) {
-    m_devices.SetRoomListener(
-        [this](Room& room, const ICmdMessage& message) { m_router.OnMessage(room, message); });
+    m_devices.SetRoomListener([this](Room& room, const ICmdMessage& message) {
+        m_router.OnMessage(room, message);
+        m_follower.OnMessage(room, message);
+    });
+    m_variables.SetListener(
+        [this](std::uint32_t id, const std::string& text) { m_follower.OnVariable(id, text); });
     m_host.SetBindingOffered([this](std::uint32_t id) { m_bindings.OnBindingOffered(id); });
     m_host.SetStateInvalid([this] { m_state.SaveSoon(); });
     m_bindings.SetServerLost([this](std::uint32_t binding) {
         m_router.OnServerLost(binding);
         m_announcements.OnServerLost(binding);
+        m_follower.OnServerLost();
     });
     m_bindings.SetLineListener([this](std::uint32_t binding, const std::string& line) {
         m_announcements.OnServerLine(binding, line);
         m_failures.OnServerLine(line);
+        m_follower.OnServerLine(line);
     });
     m_router.SetRoomOffListener([this] { m_announcements.OnRoomOff(); });
     OfferServices();
     StartDriver();
+}
+
+std::optional<std::string> Core::InputName(std::uint32_t device) const {
+    const std::uint32_t index = device - kFirstInputDevice;
+    return index < m_config.inputs.size() ? std::optional(m_config.inputs[index]) : std::nullopt;
 }
 
 void Core::StartDriver() {

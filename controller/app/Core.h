@@ -7,11 +7,13 @@
 #include "actions/Commands.h"
 #include "actions/Library.h"
 #include "driver/Plugin.h"
+#include "driver/reading/HouseFollower.h"
 #include "driver/rooms/Announcements.h"
 #include "driver/services/Instances.h"
 #include "driver/services/RealSystem.h"
 #include "driver/services/RhapsodyService.h"
 #include "front/http/Api.h"
+#include "front/http/HouseEvents.h"
 #include "links/MediaFailures.h"
 #include "platform/Utilities.h"
 #include "store/StateFolder.h"
@@ -47,11 +49,13 @@ public:
 
     // What the HTTP interface is an interface to.
     Api::Parts GetParts() {
-        return {m_events,        m_storage, m_library,   m_commands, m_router,
-                m_announcements, m_rooms,   m_variables, m_bindings, kVersion};
+        return {m_events,        m_house, m_storage,   m_library,  m_commands, m_router,
+                m_announcements, m_rooms, m_variables, m_bindings, kVersion};
     }
 
 private:
+    // Of the device of a line input; none for any other.
+    std::optional<std::string> InputName(std::uint32_t device) const;
     void OfferServices();
     void StartDriver();
     // What the driver's initialisation returned.
@@ -69,10 +73,13 @@ private:
     DriverPort m_driver;
     TimerService m_timers;
     RoomTable m_rooms;
+    House m_house;
+    HouseFollower m_follower;
     AnalogSources m_sources;
     VariableStore m_variables;
     DeviceMessaging m_devices;
     Library m_library;
+    HouseEvents m_houseEvents;
     DriverHelper m_helper;
     DriverHost m_host;
     ServerBindings m_bindings;

@@ -28,6 +28,15 @@ bool DriverPort::Enter(const char* entry, const std::function<void()>& call) {
         m_log.Error(std::string("dropped ") + entry + ": the driver was inside another entry");
         return false;
     }
+    const bool done = RunInside(entry, call);
+    if (m_listener && !m_telling) {
+        const Inside telling(m_telling);
+        m_listener->AfterEntry();
+    }
+    return done;
+}
+
+bool DriverPort::RunInside(const char* entry, const std::function<void()>& call) {
     const Inside inside(m_inside);
     const auto failed = [&](const std::string& what) {
         m_log.Error(std::string("the driver let an exception out of ") + entry + ": " + what);
@@ -60,11 +69,18 @@ void DriverPort::BoundCall(std::uint32_t bindingId, const std::string& name, con
     });
 }
 
+void DriverPort::TellCommand(const ICmdMessage& command) {
+    if (m_listener && !m_telling && !m_inside)
+        m_listener->OnCommand(command);
+}
+
 void DriverPort::Execute(const ICmdMessage& command, ICmdReturn& answer) {
+    TellCommand(command);
     Enter("ExecuteCommand", [&] { m_driver->ExecuteCommand(command, &answer, 0); });
 }
 
 kv::auto_com<KVXML::INode> DriverPort::Request(const ICmdMessage& request) {
+    TellCommand(request);
     kv::auto_com<KVXML::INode> reply;
     Enter("UIRequest", [&] { reply = m_driver->UIRequest(request); });
     return reply;

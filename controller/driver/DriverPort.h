@@ -16,6 +16,17 @@ namespace korvel::controller {
 // is logged and dropped; every entry is dropped while no driver is attached. No exception comes out.
 class DriverPort {
 public:
+    // Told of what is asked of the driver, and that a call of it is over; may then ask it something itself, of which it is
+    // told nothing.
+    class Listener {
+    public:
+        virtual void OnCommand(const ICmdMessage& command) = 0;
+        virtual void AfterEntry() = 0;
+
+    protected:
+        ~Listener() = default;
+    };
+
     explicit DriverPort(const common::Log& log) : m_log(log) {}
 
     // The driver stays owned by the caller and attached until Detach(). `announcements` is null for a driver
@@ -28,6 +39,8 @@ public:
         m_driver = nullptr;
         m_announcements = nullptr;
     }
+    // Null for none; used until then.
+    void SetListener(Listener* listener) { m_listener = listener; }
     bool MakesAnnouncements() const { return m_announcements != nullptr; }
 
     // Runs `call`, which enters the driver by a callback or ends it. False when it was dropped or let an
@@ -50,12 +63,16 @@ public:
     void RemoveAnnouncementStream();
 
 private:
+    bool RunInside(const char* entry, const std::function<void()>& call);
+    void TellCommand(const ICmdMessage& command);
     void Announce(const char* entry, const std::function<void(IDigitalAudio&)>& call);
 
     const common::Log& m_log;
     IDriver* m_driver = nullptr;
     IDigitalAudio* m_announcements = nullptr;
+    Listener* m_listener = nullptr;
     bool m_inside = false;
+    bool m_telling = false; // the listener of an entry that is over
 };
 
 } // namespace korvel::controller

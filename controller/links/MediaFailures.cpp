@@ -14,13 +14,19 @@ constexpr std::size_t kMaxReason = 400; // bytes, as the audio server keeps to
 
 } // namespace
 
-void MediaFailures::OnServerLine(const std::string& line) const {
+std::optional<std::string> BadMediaIn(const std::string& line) {
     if (!line.starts_with(kMediaIsBad))
-        return;
+        return {};
     const std::size_t blank = std::min(line.find(' ', kMediaIsBad.size()), line.size());
-    const std::string reason = common::OneLine(std::string_view(line).substr(blank), kMaxReason);
-    m_log.Warning("the audio server cannot play what it was given: " + reason);
-    m_events.Publish({{"type", "media"}, {"state", "failed"}, {"reason", reason}});
+    return common::OneLine(std::string_view(line).substr(blank), kMaxReason);
+}
+
+void MediaFailures::OnServerLine(const std::string& line) const {
+    const auto reason = BadMediaIn(line);
+    if (!reason)
+        return;
+    m_log.Warning("the audio server cannot play what it was given: " + *reason);
+    m_events.Publish({{"type", "media"}, {"state", "failed"}, {"reason", *reason}});
 }
 
 } // namespace korvel::controller

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "base/EventBus.h"
 #include "common/Log.h"
 
 namespace korvel::controller {
+
+// Why a media cannot be played, in a line of an audio server that says so; none in any other.
+std::optional<std::string> BadMediaIn(const std::string& line);
 
 // Tells the house why an audio server could not play something: the driver only learns that it could not. Each
 // failure is a line of the log and an event {"type":"media","state":"failed","reason"}.

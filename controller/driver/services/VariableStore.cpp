@@ -14,6 +14,8 @@ void VariableStore::Change(std::uint32_t id, const std::string& text, bool notif
     if (found == m_variables.end() || found->second.value == text)
         return;
     found->second.value = text;
+    if (m_listener)
+        m_listener(id, text);
     if (notify)
         m_events.Publish({{"type", "variable"}, {"id", id}, {"name", found->second.name}, {"value", text}});
 }

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "base/EventBus.h"
 #include "platform/Services.h"
@@ -20,6 +22,11 @@ public:
 
     explicit VariableStore(EventBus& events) : m_events(events) {}
 
+    // `listener` is called with each change, within the driver's call.
+    void SetListener(std::function<void(std::uint32_t, const std::string&)> listener) {
+        m_listener = std::move(listener);
+    }
+
     void Add(std::uint32_t id, const std::string& name, std::uint32_t type, const std::string& value);
     void Remove(std::uint32_t id) { m_variables.erase(id); }
     // Nothing happens for a variable that is not there. Setting the same text again is no change.
@@ -34,6 +41,7 @@ public:
 
 private:
     EventBus& m_events;
+    std::function<void(std::uint32_t, const std::string&)> m_listener;
     std::map<std::uint32_t, Variable> m_variables;
 };
 

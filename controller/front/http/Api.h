@@ -14,6 +14,7 @@
 #include "driver/services/ServerBindings.h"
 #include "driver/services/VariableStore.h"
 #include "front/http/Message.h"
+#include "house/House.h"
 #include "store/StorageStatus.h"
 
 namespace korvel::controller {
@@ -26,6 +27,7 @@ public:
 
     struct Parts {
         EventBus& events;
+        const House& house;
         const StorageStatus& storage;
         Library& library;
         Commands& commands;

@@ -15,7 +15,7 @@ namespace korvel::controller {
 namespace beast = boost::beast;
 
 // A WebSocket that hears everything that happens, starting with a snapshot.
-class EventSession final : public Session, public std::enable_shared_from_this<EventSession> {
+class EventSession final : public Connection, public std::enable_shared_from_this<EventSession> {
 public:
     static constexpr std::size_t kMaxWaiting = 8u
                                                << 20; // bytes; a listener that is slower than that is dropped

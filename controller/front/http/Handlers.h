@@ -17,6 +17,11 @@ HttpReply ShowEvents(Api& api, const Call& call);
 // A file of the page, or nothing.
 HttpReply ShowOther(Api& api, const Call& call);
 
+// Its sessions.
+HttpReply ShowHouse(Api& api, const Call& call);
+HttpReply ShowSession(Api& api, const Call& call);
+HttpReply ListEntries(Api& api, const Call& call);
+
 // The driver.
 std::optional<HttpReply> RunCommand(Api& api, const kv::auto_com<ICmdMessage>& command,
                                     const Api::Done& done);

@@ -25,8 +25,8 @@ HttpServer::~HttpServer() {
 
 void HttpServer::Stop() {
     m_acceptor.Stop();
-    const std::set<Session*> sessions = m_sessions; // they remove themselves
-    for (Session* session : sessions)
+    const std::set<Connection*> sessions = m_sessions; // they remove themselves
+    for (Connection* session : sessions)
         session->Close();
 }
 

@@ -10,13 +10,13 @@
 namespace korvel::controller {
 
 // Something that a connection is at present: a session of requests or of events.
-class Session {
+class Connection {
 public:
     // Ends it now.
     virtual void Close() = 0;
 
 protected:
-    virtual ~Session() = default;
+    virtual ~Connection() = default;
 };
 
 // Listens on one loopback address and serves the interface there.
@@ -40,8 +40,8 @@ public:
     void Stop();
 
     // For sessions: each is known here from its start to its end.
-    void Add(Session& session) { m_sessions.insert(&session); }
-    void Remove(Session& session) { m_sessions.erase(&session); }
+    void Add(Connection& session) { m_sessions.insert(&session); }
+    void Remove(Connection& session) { m_sessions.erase(&session); }
 
     // For those that listen to the events. False when there are too many already.
     bool AddListener();
@@ -55,7 +55,7 @@ private:
     Api& m_api;
     const common::Log& m_log;
     std::string m_address;
-    std::set<Session*> m_sessions;
+    std::set<Connection*> m_sessions;
     std::size_t m_listeners = 0;
     common::Acceptor m_acceptor;
 };

@@ -9,7 +9,7 @@
 namespace korvel::controller {
 
 // One connection: requests, one after the other, until one asks for the events.
-class HttpSession final : public Session, public std::enable_shared_from_this<HttpSession> {
+class HttpSession final : public Connection, public std::enable_shared_from_this<HttpSession> {
 public:
     static constexpr std::chrono::seconds kPatience{30}; // for a whole request, or for an answer to be taken
 
