@@ -22,7 +22,8 @@ protected:
     // Of the entries, in order.
     json Members(const char* member) {
         json members = json::array();
-        for (const json& entry : Entries()["items"])
+        const json entries = Entries();
+        for (const json& entry : entries["items"])
             members.push_back(entry[member]);
         return members;
     }

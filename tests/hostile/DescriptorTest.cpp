@@ -9,7 +9,7 @@ class HostileDescriptors : public Bed {
 protected:
     // Starts a server of its own under these limits of the shell. False when it does not come up.
     bool StartUnder(const std::string& limits) {
-        const std::string line = limits + " && exec \"$0\" --port 0";
+        const std::string line = limits + " && exec \"$0\" --port 0 --first-stream 1";
         m_limited = std::make_unique<Process>(
             "/bin/sh", std::vector<std::string>{"-c", line, KORVEL_AUDIOSERVER}, PathOf("limited.log"));
         const auto port = PortOf(m_limited->ReadLine().value_or(""));

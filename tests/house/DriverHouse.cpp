@@ -80,7 +80,7 @@ void DriverHouse::Command(const std::string& name, const Parameters& parameters)
     Do(line);
     const std::uint32_t queue = QueueIdOf(m_return);
     if (IsMediaCommand(name) && queue != 0)
-        Select(command->GetNumber("ROOM_ID"), queue, "");
+        Select(command->GetNumber("ROOM_ID"), queue, m_input);
 }
 
 void DriverHouse::Say(const std::string& line) {
@@ -90,9 +90,9 @@ void DriverHouse::Say(const std::string& line) {
 }
 
 void DriverHouse::SelectInput(RoomId room, const std::string& input) {
+    m_input = input;
     Command("ADD_ALBUM_MP3", {{"ROOM_ID", std::to_string(room)}, {"MEDIA_ID", "12"}});
-    const Session* const session = m_house.SessionOf(room);
-    Select(room, session ? m_reader.QueueOf(session->id) : 0, input);
+    m_input.clear();
 }
 
 void DriverHouse::Select(RoomId room, std::uint32_t queueId, const std::string& input) {

@@ -62,6 +62,7 @@ private:
     replay::Session m_session;
     std::string m_roomMap;
     std::map<RoomId, std::string> m_inputs;
+    std::string m_input;               // that the next command brings, "" for none
     std::deque<std::string> m_waiting; // lines that the world answers with
     std::string m_return;
     std::uint32_t m_streams = 0;

@@ -13,7 +13,7 @@ namespace {
 constexpr unsigned kSeed = 1009;
 constexpr int kWishes = 20000;
 // Of sessions that sleep; people clear those that they do not want.
-constexpr std::size_t kMaxAsleep = 20;
+constexpr std::size_t kMaxSleepers = 20;
 
 using Counted = std::map<std::pair<MediaKind, std::string>, std::size_t>;
 
@@ -142,7 +142,7 @@ protected:
         for (const auto& [id, session] : m_house.GetHouse().GetSessions())
             if (session.presence == Presence::Asleep)
                 asleep.push_back(id);
-        if (asleep.size() > kMaxAsleep)
+        if (asleep.size() > kMaxSleepers)
             for (const SessionId id : asleep)
                 m_house.GetHouse().End(id);
     }

@@ -113,8 +113,9 @@ void HouseReader::TakeRoomMap(std::set<std::uint32_t>& changed) {
     ForgetIf([&](std::uint32_t queue) { return !pieces.contains(queue); });
     for (const auto& [id, piece] : pieces) {
         Queue& queue = m_queues[id];
-        if (queue.piece == piece)
-            continue;
+        const Session* const session = m_parts.house.FindSession(queue.session);
+        if (queue.piece == piece && session && !session->entries.empty())
+            continue; // an empty one may have got an input, which no document shows
         queue.piece = piece;
         changed.insert(id);
     }
@@ -169,16 +170,23 @@ SessionId HouseReader::SessionFor(const QueueStatus& status) {
     return session;
 }
 
+// Known from the room that brought it, which may leave it to others.
+std::string HouseReader::InputOf(const QueueStatus& status, Queue& queue) const {
+    for (const RoomId room : status.rooms)
+        if (const auto input = m_parts.input(room))
+            queue.input = *input;
+    return queue.input;
+}
+
 std::vector<MediaRef> HouseReader::MediaOf(const QueueStatus& status, Queue& queue) const {
     const auto info = m_parts.list(status.queueId);
     auto list = info ? ReadList(*info) : std::nullopt;
     if (!list)
         return {};
-    if (list->media.empty()) {
-        for (const RoomId room : status.rooms)
-            if (const auto input = m_parts.input(room))
-                return {{MediaKind::Input, *input}};
-    }
+    if (!list->media.empty())
+        queue.input.clear();
+    else if (const std::string input = InputOf(status, queue); !input.empty())
+        return {{MediaKind::Input, input}};
     if (list->media != std::vector{kUnnamedStation}) {
         queue.station = kUnnamedStation;
         return std::move(list->media);

@@ -64,6 +64,7 @@ private:
         SessionId session = SessionId::None;
         std::string piece;                  // of ROOM_MAP_INFO, as it was read
         MediaRef station = kUnnamedStation; // the one that it plays, which its list does not name
+        std::string input;                  // the same of a line input, "" for none
         bool ended = false;
     };
 
@@ -72,6 +73,7 @@ private:
     void ForgetIf(Gone gone);
     void ReadQueue(std::uint32_t queueId, bool listChanged);
     SessionId SessionFor(const QueueStatus& status);
+    std::string InputOf(const QueueStatus& status, Queue& queue) const;
     std::vector<MediaRef> MediaOf(const QueueStatus& status, Queue& queue) const;
     void ReadMedia(Queue& queue, const std::vector<MediaRef>& media);
     void KeepRefused(const Session& session, const std::vector<MediaRef>& media);
